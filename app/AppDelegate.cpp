@@ -1,0 +1,11 @@
+#include "app/AppDelegate.h"
+
+#include <utility>
+
+namespace paperline {
+
+AppDelegate::AppDelegate(LaunchOptions options) : launchOptions_(std::move(options)) {}
+
+AppDelegate::~AppDelegate() = default;
+
+} // namespace paperline

@@ -1,0 +1,196 @@
+// The one controller of the application: owner of all state, and the operations that join the
+// subsystems. Its operations are written in slices, one file per group below. Only slices, tests
+// and main.cpp include this header.
+#pragma once
+
+#include "app/SettingsState.h"
+#include "output/OutputState.h"
+#include "platform/Image.h"
+#include "twain/TwainState.h"
+#include "twain/TwainTypes.h"
+#include "ui/InterfaceOutlets.h"
+#include "ui/LocalisationState.h"
+#include "viewer/ViewerState.h"
+
+#include <QObject>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+class QModelIndex;
+
+namespace paperline {
+
+struct LaunchOptions {
+    uint32_t brand = PAPERLINE_BRAND;
+    // The command line: windows are never shown; the settings file, the data source's language file
+    // and the window's temporary folder stay untouched.
+    bool commandLine = false;
+    // The command line's choice of source (product name); empty: as the window would choose.
+    std::string sourceName;
+};
+
+class AppDelegate : public QObject,
+                    public SettingsState,
+                    public TwainState,
+                    public OutputState,
+                    public ViewerState,
+                    public InterfaceOutlets,
+                    public LocalisationState {
+    Q_OBJECT
+
+public:
+    explicit AppDelegate(LaunchOptions options = {});
+    ~AppDelegate() override;
+
+    const LaunchOptions& launchOptions() const { return launchOptions_; }
+
+    // Lifecycle: app/Lifecycle.cpp
+    AppDelegate* init(); // null: the application is ending
+    void applicationWillFinishLaunching();
+    void applicationDidFinishLaunching();
+    void windowDidLoad();
+    void initialApplicationUserInterface();
+    std::string
+    applicationFilesDirectory() const; // user's application-support folder + "/Corvane.Paperline"
+    void windowWillClose();
+    void applicationWillTerminate();
+
+    // Settings store: app/SettingsStore.cpp
+    void ReadDefaultScannerName();
+    void ReadUISettingForLastLanguage();
+    void ReadSettingForCreateFolder();
+    void ReadUISetting();
+    void ReadDefaultSaveImageName();
+    void fixUpSaveFolder(); // runs after every ReadUISetting of the launch
+    void writeDefaultSetting(QObject* ignored);
+    void WriteUISetting(QObject* ignored);
+    void writeSettingsAtTermination();
+    void* input(const std::string& message, const std::string& defaultValue); // always none
+
+    // Brand profile: app/AboutPanel.cpp
+    void orderFrontStandardAboutPanel(QObject* sender);
+
+    // TWAIN connection, discovery and selection: twain/SourceSelection.cpp
+    void TwainInit();
+    void SearchAllDS();
+    int32_t selectSpcificSource(); // always 0
+    void getTwiainDSInfo();
+    uint32_t GetDefaultIdentityIndex();
+    uint32_t CheckIdentityWithScannerName(const std::string& name);
+    uint16_t CheckIdentity(uint32_t index);
+    uint16_t CheckDefaultIdentity();
+    uint16_t selectSource();
+    void doBtnOK(QObject* sender);
+    void doBtnCancel(QObject* sender);
+
+    // Acquisition control: twain/Acquisition.cpp
+    void toolBarItemScan(QObject* sender);
+    void toolBarItemSetup(QObject* sender);
+    uint16_t nonUI();
+    uint16_t setupUI();
+    uint16_t aquireNativeXfer();
+    uint16_t aquireMemoryXfer();
+    uint16_t aquireFileXfer();
+    void xferReady(QObject* sender);
+    void closeRequest(QObject* sender);
+    uint16_t ShowBarcodeInfo();
+    void speedTest();
+
+    // Transfer completion: twain/TransferCompletion.cpp
+    void completeMemoryXfer();
+    void completeNativeXfer();
+    void completeFileXfer();
+    uint64_t get_free_memory();
+    int32_t checkMemorySize(uint32_t megabytes);
+    void checkmemoryEnough();
+
+    // Data source language: twain/SourceLanguage.cpp (mode 1 read, 2 write)
+    void ReadWriteDSLanguageSetting(int32_t mode, bool orgLanaguage);
+
+    // Naming and dispatch: output/NamingAndDispatch.cpp
+    int32_t saveXferDatatoMedia(BitmapImageRep& imageRep,
+                                const Image& orgImage,
+                                uint8_t* tmppDst1,
+                                float xRes,
+                                float yRes,
+                                TW_IMAGEINFO imageInfomation,
+                                int32_t imageBytesPerLine);
+    int32_t checkFreeDiskSpace(int64_t byteCount, const std::string& volumePath); // 1, or -1
+    void updateDateTimeInfo2();
+    void updateDateTimeInfo();
+    bool Contains(const std::string& needle, const std::string& text) const;
+
+    // BMP: output/SaveAsBmp.cpp
+    int32_t saveAsBMPWithName(uint8_t* pixels,
+                              BitmapImageRep& imageRep,
+                              uint32_t xRes,
+                              uint32_t yRes,
+                              const std::string& fileName);
+
+    // JPEG, PNG, GIF and single TIFF: output/SaveAsJpeg.cpp
+    int32_t saveAsJpegWithName(const Image& image,
+                               int32_t imageType,
+                               const std::string& fileName,
+                               const std::string& volumePath,
+                               int32_t resolution);
+    int32_t saveAsJpegWithName_transfer(const Image& image,
+                                        int32_t imageType,
+                                        const std::string& fileName,
+                                        const std::string& volumePath);
+
+    // Page list: viewer/PageList.cpp
+    void GetImageFromImageFolder();
+    void deleteFolderImage();
+    int32_t addOneImageToScrollView(const Image& image);
+    uint32_t numberOfRowsInTableView(const QObject* tableView) const;
+    void tableViewSelectionDidChange(QObject* tableView, int row);
+    void reloadMainTable(); // asks _tableViewMain to read its rows again
+    void selectLastRow();
+
+    // Page view: viewer/PageView.cpp
+    void showFitlSizeImage(uint32_t row);
+    void showActualSizeImage(uint32_t row);
+    void toolBarItemFitPage(QObject* sender);
+    void toolBarItemActualPage(QObject* sender);
+
+    // Toolbar, menus, commands: ui/Commands.cpp
+    void SetToolbarItemAndMenuUI(const std::shared_ptr<const LanguageBundle>& bundle);
+    void SetToolbarItemTip(const std::shared_ptr<const LanguageBundle>& bundle);
+    void enableToolbatItems(bool enabled);
+    void menuFileScan(QObject* sender);
+    void menuFileSetup(QObject* sender);
+    void menuFileQuit(QObject* sender);
+    void menuFileSelectLanguage(QObject* sender);
+    void toolBarItemFileFormat(QObject* sender);
+    void menuFileSave(QObject* sender);
+    void toolBarItemFileFormatSelect(int index);
+    void toolBarItemFolderSelect(QObject* sender);
+    void openSaveFolder(QObject* sender);
+    void addOtherOptionsItemtoMenu(const std::shared_ptr<const LanguageBundle>& bundle);
+    void showInFinder(QObject* sender);
+
+    // Messages: ui/Messages.cpp
+    void showMemoryNotEnoughMessage();
+    void showNoDisplayImageMessage();
+    void showNoDisplayImageCheckAgainMessage();
+    void showNoImageSaveMessage();
+    void showNotCorrectFolderMessage();
+    void showNoEnoughDiskSpaceMessage();
+    void showSourceNotOpenedMessage();
+
+    // Localisation: ui/Localisation.cpp
+    void getSystemInfo();
+    int32_t setFirstUILanguage(int32_t mode);
+    void addLanguageItemtoMenu(const std::shared_ptr<const LanguageBundle>& bundle);
+    void changeLanguage(QAction* menuItem);
+    void checkLanguageMenuState(uint32_t position, bool on);
+    AvailableLanguage* supportedLanguage_(int32_t& count);
+
+private:
+    LaunchOptions launchOptions_;
+};
+
+} // namespace paperline

@@ -1,0 +1,63 @@
+// A page's pixels: interleaved samples, top row first, rows `bytesPerRow` apart.
+#pragma once
+
+#include "platform/Geometry.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+
+namespace paperline {
+
+// Bytes of an image whose rows are packed to whole bytes; nothing when a number is not positive or
+// the product leaves 63 bits.
+[[nodiscard]] std::optional<uint64_t>
+imageByteCount(int32_t widthPixels, int32_t heightPixels, int bitsPerPixel);
+
+class BitmapImageRep {
+public:
+    struct Layout {
+        int32_t pixelsWide = 0;
+        int32_t pixelsHigh = 0;
+        int bitsPerSample = 8;
+        int samplesPerPixel = 1;
+        int bitsPerPixel = 8;
+        int64_t bytesPerRow = 0;
+    };
+
+    // Owns bytesPerRow x pixelsHigh zeroed bytes and `spareBytes` behind them. Nothing when a
+    // number is not positive, a row does not hold its pixels, or the memory cannot be had.
+    [[nodiscard]] static std::shared_ptr<BitmapImageRep> make(const Layout& layout,
+                                                              size_t spareBytes = 0);
+
+    int32_t pixelsWide() const { return layout_.pixelsWide; }
+    int32_t pixelsHigh() const { return layout_.pixelsHigh; }
+    int bitsPerSample() const { return layout_.bitsPerSample; }
+    int samplesPerPixel() const { return layout_.samplesPerPixel; }
+    int bitsPerPixel() const { return layout_.bitsPerPixel; }
+    int64_t bytesPerRow() const { return layout_.bytesPerRow; }
+
+    std::span<uint8_t> bitmapData() { return {data_.get(), byteCount_}; }
+    std::span<const uint8_t> bitmapData() const { return {data_.get(), byteCount_}; }
+    std::span<const uint8_t> row(int32_t y) const;
+
+    // Size in points; the resolution in dots per inch is pixels x 72 / points. Starts at one point
+    // a pixel.
+    Size size() const { return size_; }
+    void setSize(Size sizePoints) { size_ = sizePoints; }
+
+private:
+    struct Free {
+        void operator()(uint8_t* bytes) const noexcept;
+    };
+    BitmapImageRep() = default;
+
+    Layout layout_;
+    Size size_;
+    size_t byteCount_ = 0;
+    std::unique_ptr<uint8_t[], Free> data_;
+};
+
+} // namespace paperline

@@ -1,0 +1,60 @@
+// Files and folders. Errors are values; nothing here throws. Paths are UTF-8.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace paperline {
+
+bool fileExists(const std::string& path); // a file or a folder; a dangling link does not exist
+bool folderExists(const std::string& path);
+bool isWritable(const std::string& path); // this user may write it (folder: may add entries)
+
+[[nodiscard]] bool createFolder(const std::string& path); // one level, mode 0777 less umask
+[[nodiscard]] bool
+createFolderWithParents(const std::string& path); // true when it is there afterwards
+// A scratch folder: mode 0700, made here or already this user's own; never through a link.
+[[nodiscard]] bool createPrivateFolder(const std::string& path);
+
+// Removes a file, a link (never what it points to) or a folder with all it holds.
+bool removePath(const std::string& path);
+
+// Copies the bytes; the target must not exist.
+[[nodiscard]] bool copyFile(const std::string& from, const std::string& to);
+// Moves within or across file systems without ever replacing an existing target: linked or copied
+// beside it, synced, then put under its name.
+[[nodiscard]] bool moveFile(const std::string& from, const std::string& to);
+
+// Names below the folder: one level, or every file and folder at any depth as relative paths, in
+// the order the file system gives. Not followed through links. Empty when it cannot be read.
+std::vector<std::string> folderEntries(const std::string& folder);
+std::vector<std::string> deepFolderEntries(const std::string& folder);
+
+// The file's bytes; nothing when it cannot be read or is larger than `maximumBytes`.
+std::optional<std::vector<uint8_t>> readFile(const std::string& path,
+                                             uint64_t maximumBytes = UINT64_MAX);
+
+// Replaces the file's content (created with mode 0666 less umask), not atomically. False on any
+// error, short write and failed close included.
+[[nodiscard]] bool writeFile(const std::string& path, std::span<const uint8_t> bytes);
+
+// Writes beside and renames over the file: readers see the old bytes or all the new ones.
+[[nodiscard]] bool writeFileAtomically(const std::string& path, std::span<const uint8_t> bytes);
+
+// Like writeFile, but the name appears only with the whole content, and never over another file.
+enum class CreateResult { created, alreadyThere, failed };
+[[nodiscard]] CreateResult createFileWhole(const std::string& path, std::span<const uint8_t> bytes);
+
+// Path text, without looking at the disk.
+std::string lastPathComponent(const std::string& path); // "/a/b/" gives "b"; "/" gives "/"
+std::string folderOfPath(const std::string& path);      // "/a/b" gives "/a"; "a" gives ""
+std::string appendPathComponent(const std::string& path,
+                                const std::string& component); // one "/" between
+std::string pathExtension(const std::string& path); // "ds" of "x.ds"; "" when there is none
+std::string withoutPathExtension(const std::string& path);
+
+} // namespace paperline

@@ -1,0 +1,38 @@
+// State of the TWAIN session: known data sources and the acquisition under way.
+#pragma once
+
+#include "twain/DsData.h"
+#include "twain/TwainInfo.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+class QPushButton;
+
+namespace paperline {
+
+class TWAINHandler;
+
+struct TwainState {
+    std::vector<TWAIN_INFO> dsArray; // sources that the manager reports, brand filter passed
+    std::vector<DsData> dsDatas;     // bundles on disk
+    uint32_t SelectSourceCount = 0;
+    uint32_t mSourceDSSelect = UINT32_MAX; // above 999: use the default source
+    uint32_t mSourceDSDefault = 0;         // row preselected in the selection table
+    int32_t currentDSIndex = 0;            // into dsDatas
+    std::string currentProductName;
+    std::string currentManufacturer;
+    std::string scannerName; // last used source's product name
+
+    QPushButton* mAquireNativeXfer = nullptr;
+    QPushButton* mAquireMemoryXfer = nullptr;
+    int32_t mNativeTransfer = 0; // 1 native, 2 memory, 3 file
+};
+
+extern TWAINHandler* gTWAINHandler; // created once by TwainInit
+
+extern bool gHighResolutionScan;    // the page's horizontal resolution is at least 301 dpi
+extern int32_t gPageHeightAt300Dpi; // pixels high x 300 / horizontal resolution
+
+} // namespace paperline
