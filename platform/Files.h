@@ -46,7 +46,12 @@ std::optional<std::vector<uint8_t>> readFile(const std::string& path,
 [[nodiscard]] bool writeFileAtomically(const std::string& path, std::span<const uint8_t> bytes);
 
 // Like writeFile, but the name appears only with the whole content, and never over another file.
-enum class CreateResult { created, alreadyThere, failed };
+enum class CreateResult {
+    created,
+    alreadyThere,
+    notOpened, // no file could be made there: folder missing, read-only, name too long
+    failed,    // the content could not be written whole; nothing is left behind
+};
 [[nodiscard]] CreateResult createFileWhole(const std::string& path, std::span<const uint8_t> bytes);
 
 // Path text, without looking at the disk.
