@@ -20,13 +20,18 @@ createFolderWithParents(const std::string& path); // true when it is there after
 // A scratch folder: mode 0700, made here or already this user's own; never through a link.
 [[nodiscard]] bool createPrivateFolder(const std::string& path);
 
-// Removes a file, a link (never what it points to) or a folder with all it holds.
+// True for a file or folder (not a link) that belongs to this user or to root.
+bool ownedByUserOrRoot(const std::string& path);
+
+// Removes a file, a link (never what it points to) or a folder with all it holds. True when
+// nothing is there afterwards.
 bool removePath(const std::string& path);
 
-// Copies the bytes; the target must not exist.
+// Copies the bytes of a regular file and its permissions; the target must not exist.
 [[nodiscard]] bool copyFile(const std::string& from, const std::string& to);
-// Moves within or across file systems without ever replacing an existing target: linked or copied
-// beside it, synced, then put under its name.
+// Moves within or across file systems without ever replacing an existing target: synced, and across
+// file systems copied beside the target, then put under its name. A folder or a link moves only
+// within its file system.
 [[nodiscard]] bool moveFile(const std::string& from, const std::string& to);
 
 // Names below the folder: one level, or every file and folder at any depth as relative paths, in
@@ -39,13 +44,15 @@ std::optional<std::vector<uint8_t>> readFile(const std::string& path,
                                              uint64_t maximumBytes = UINT64_MAX);
 
 // Replaces the file's content (created with mode 0666 less umask), not atomically. False on any
-// error, short write and failed close included.
+// error, short write and failed close included. In a folder shared with strangers (sticky and
+// writable by all) a link or another user's file is refused.
 [[nodiscard]] bool writeFile(const std::string& path, std::span<const uint8_t> bytes);
 
 // Writes beside and renames over the file: readers see the old bytes or all the new ones.
 [[nodiscard]] bool writeFileAtomically(const std::string& path, std::span<const uint8_t> bytes);
 
-// Like writeFile, but the name appears only with the whole content, and never over another file.
+// Like writeFile, but the name appears only with the whole content, and never over another file. Not
+// synced: page after page must not wait for the disk.
 enum class CreateResult {
     created,
     alreadyThere,

@@ -19,7 +19,7 @@ std::string buildTreeFolder();
 std::string systemPlace(const std::string& absolutePath);
 
 // A scratch name below /tmp ("/tmp/CorvaneTempImage", "/tmp/1.jpg", the volume path "/tmp" itself)
-// in this process's scratch root. chooseScratchRoot must have run; before that the root is "/tmp".
+// in this process's scratch root. Other paths are returned as they are.
 std::string scratchPath(const std::string& pathBelowTmp);
 
 enum class ScratchKind {
@@ -27,8 +27,10 @@ enum class ScratchKind {
                // owns one
     ownFolder, // the command line: a fresh private folder
 };
-// Chooses the scratch root once, before start. PAPERLINE_SCRATCH stands in front of everything.
-// False: no folder could be had; `error` says why.
+// Chooses the scratch root once, before start. With PAPERLINE_SCRATCH set, "$PAPERLINE_SCRATCH/tmp"
+// (made when it is missing) stands where "/tmp" does; without it an own folder goes to TMPDIR.
+// Until a root is chosen it is the one of these two. False: no folder could be had; `error` says
+// why.
 [[nodiscard]] bool chooseScratchRoot(ScratchKind kind, std::string& error);
 std::string scratchRoot();
 // Removes what chooseScratchRoot(ownFolder) made; called at exit.
