@@ -57,6 +57,15 @@ public:
     applicationFilesDirectory() const; // user's application-support folder + "/Corvane.Paperline"
     void windowWillClose();
     void applicationWillTerminate();
+    void makeTemporaryFolders(); // the fresh temporary root and its two staging folders
+    void
+    loadSettingsOfSelectedSource(); // settings, texts and data source language of mSourceDSSelect
+    void openOnlySource();
+    void showInstalledSourcesChoice(); // several sources: the selection window
+    void reloadSourceTable();
+    void selectSourceRow(uint32_t row);
+    bool runSelectionWindow(); // true: ended by OK
+    void showMainWindow();
 
     // Settings store: app/SettingsStore.cpp
     void ReadDefaultScannerName();
@@ -64,7 +73,8 @@ public:
     void ReadSettingForCreateFolder();
     void ReadUISetting();
     void ReadDefaultSaveImageName();
-    void fixUpSaveFolder(); // runs after every ReadUISetting of the launch
+    void setDefaultProfile(); // what ReadUISetting takes when there is no settings file
+    void fixUpSaveFolder();   // runs after every ReadUISetting of the launch
     void writeDefaultSetting(QObject* ignored);
     void WriteUISetting(QObject* ignored);
     void writeSettingsAtTermination();

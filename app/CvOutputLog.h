@@ -19,7 +19,7 @@ public:
                         int32_t functionReturn,
                         int64_t data,
                         uint32_t type) {
-        if (debugLevel != 0)
+        if (debugLevel > 0)
             writeNumberEntry(subject, functionStatus, functionReturn, data, type);
     }
     // The same with a text as data (type 1).
@@ -28,12 +28,13 @@ public:
                         int32_t functionReturn,
                         std::string_view data,
                         uint32_t type) {
-        if (debugLevel != 0)
+        if (debugLevel > 0)
             writeTextEntry(subject, functionStatus, functionReturn, data, type);
     }
 
     int32_t debugLevel = 0;
-    bool logWritting = false; // an entry is being written; a best-effort guard by design
+    // Set while an entry is written. Any thread may write; a plain flag is the agreed best effort.
+    volatile bool logWritting = false;
     std::string logPath;
     std::string debugFile;
     std::string logDir;

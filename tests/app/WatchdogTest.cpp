@@ -1,0 +1,25 @@
+#include "app/Watchdog.h"
+
+#include <gtest/gtest.h>
+
+#include <future>
+
+using namespace paperline;
+using namespace std::chrono_literals;
+
+TEST(Watchdog, BarksWhenACallStaysAway) {
+    std::promise<void> barked;
+    Watchdog dog(20ms, [&barked] { barked.set_value(); });
+    dog.callStarts();
+    EXPECT_EQ(barked.get_future().wait_for(30s), std::future_status::ready);
+}
+
+TEST(Watchdog, StaysQuietWhenCallsReturn) {
+    std::atomic<bool> barked = false;
+    {
+        Watchdog dog(60s, [&barked] { barked = true; });
+        dog.callStarts();
+        dog.callEnds();
+    }
+    EXPECT_FALSE(barked);
+}
