@@ -1,0 +1,19 @@
+#!/bin/sh
+# Installs what is missing, builds everything with warnings as errors, and runs every test.
+# ./test.sh [ctest options]; PAPERLINE_SKIP_SANITIZERS=1 leaves the second, sanitized round out.
+set -eu
+cd "$(dirname "$0")"
+. packaging/packages.sh
+
+# shellcheck disable=SC2086
+install_missing $build_packages $run_packages $test_packages
+
+cmake --preset test
+cmake --build --preset test
+ctest --test-dir build/test --output-on-failure -j "$(nproc)" "$@"
+
+if [ -z "${PAPERLINE_SKIP_SANITIZERS:-}" ]; then
+    cmake --preset asan
+    cmake --build --preset asan
+    ctest --test-dir build/asan --output-on-failure -j "$(nproc)" -L 'unit|device' "$@"
+fi
