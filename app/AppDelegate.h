@@ -108,6 +108,7 @@ public:
     void closeRequest(QObject* sender);
     uint16_t ShowBarcodeInfo();
     void speedTest();
+    void endScan(); // every end of a scan: idle again, controls enabled, observer told
 
     // Transfer completion: twain/TransferCompletion.cpp
     void completeMemoryXfer();

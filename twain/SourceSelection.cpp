@@ -1,0 +1,280 @@
+// Operations of AppDelegate that connect to the data source manager, list the sources and choose
+// one.
+#include "app/AppDelegate.h"
+
+#include "app/BrandProfile.h"
+#include "app/CvOutputLog.h"
+#include "platform/Files.h"
+#include "platform/MainLoop.h"
+#include "platform/Places.h"
+#include "platform/PropertyList.h"
+#include "twain/BrandFilter.h"
+#include "twain/SessionNumber.h"
+#include "twain/TWAINHandler.h"
+
+#include <QDialog>
+#include <QPointer>
+
+#include <algorithm>
+#include <cctype>
+
+namespace paperline {
+
+TWAINHandler* gTWAINHandler = nullptr;
+
+void endTwainSession() {
+    delete gTWAINHandler;
+    gTWAINHandler = nullptr;
+}
+
+namespace {
+
+constexpr double callbackDelaySeconds = 0.1;
+constexpr const char* makerWord = "Corvane";
+constexpr uint32_t talmerickBrand = 2;
+constexpr int modalStop = -1000;
+constexpr int modalAbort = -1001;
+// A manager that never ends its list is cut off here; nobody has as many scanners.
+constexpr int identityLimit = 10'000;
+
+// The controller that receives the sources' messages. Looked at on the main thread only.
+QPointer<AppDelegate>& messageReceiver() {
+    static QPointer<AppDelegate> receiver;
+    return receiver;
+}
+
+// Runs the operation on the main loop a little later: work never happens inside the callback. A
+// message of an earlier scan that comes late finds another session and is dropped.
+void schedule(void (AppDelegate::*operation)(QObject*)) {
+    performAfterDelay(callbackDelaySeconds, [operation, session = currentSession()] {
+        if (!messageReceiver().isNull() && session == currentSession())
+            (messageReceiver()->*operation)(nullptr);
+    });
+}
+
+// May be entered on any thread.
+TW_UINT16
+receiveMessage(TW_IDENTITY*, TW_IDENTITY*, TW_UINT32, TW_UINT16, TW_UINT16 message, TW_MEMREF) {
+    if (message == twain::MSG_XFERREADY)
+        schedule(&AppDelegate::xferReady);
+    else if (message == twain::MSG_CLOSEDSREQ || message == twain::MSG_CLOSEDSOK)
+        schedule(&AppDelegate::closeRequest);
+    return twain::TWRC_SUCCESS;
+}
+
+TWAINHandler::ApplicationStrings applicationStrings() {
+    const BrandProfile& brand = brandProfile(gBrandNumber);
+    return {.manufacturer = TW_STR32::from(brand.twainManufacturer),
+            .productFamily = TW_STR32::from(brand.twainProductFamily),
+            .productName = TW_STR32::from(brand.twainProductName),
+            .versionText = TW_STR32::from(twainVersionText)};
+}
+
+BrandWords brandWords() {
+    const BrandProfile& brand = brandProfile(gBrandNumber);
+    return {.brandWord = brand.sourceBrandWord,
+            .secondBrandWord =
+                brand.sourceSecondBrandWord != nullptr ? brand.sourceSecondBrandWord : "",
+            .makerWord = makerWord,
+            .testsProductFamily = gBrandNumber == 0};
+}
+
+bool isTracing() {
+    return gOutputLog != nullptr && gOutputLog->debugLevel != 0;
+}
+
+void traceComparison(const std::string& found, const std::string& wanted) {
+    if (!isTracing())
+        return;
+    traceLine(("Manufacturer org  " + found).c_str());
+    traceLine(("Manufacturer dest " + wanted).c_str());
+}
+
+std::string textUnder(const PropertyListDictionary& dictionary, const std::string& key) {
+    const PropertyListValue* value = find(dictionary, key);
+    const std::string* text = value != nullptr ? value->asString() : nullptr;
+    return text != nullptr ? *text : std::string();
+}
+
+std::string lowerCase(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(), [](char letter) {
+        return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+    });
+    return text;
+}
+
+// The handler's codes fit 16 bits but for -1, which stays a failure.
+uint16_t code16(int32_t code) {
+    return static_cast<uint16_t>(code);
+}
+
+// Opens the handler's source to see that it works, and closes it at once.
+uint16_t testOpen() {
+    const int32_t code = gTWAINHandler->OpenDS();
+    if (code == twain::TWRC_SUCCESS)
+        gTWAINHandler->CloseDS();
+    return code16(code);
+}
+
+uint32_t indexOfProduct(const std::vector<TWAIN_INFO>& sources, const std::string& name) {
+    const auto found = std::find_if(sources.begin(), sources.end(), [&](const TWAIN_INFO& source) {
+        return source.productNameText() == name;
+    });
+    return found == sources.end() ? 0 : static_cast<uint32_t>(found - sources.begin());
+}
+
+// Makes the manager's first source of that product and maker current; the last one it lists when
+// none matches.
+void fetchIdentity(const TWAIN_INFO& wanted) {
+    const std::string product = wanted.productNameText();
+    const std::string maker = wanted.manufacturerText();
+    TW_UINT16 message = twain::MSG_GETFIRST;
+    for (int count = 0; count < identityLimit; ++count) {
+        TW_IDENTITY identity{};
+        if (gTWAINHandler->GetIdentity(message, identity) != twain::TWRC_SUCCESS)
+            return;
+        const std::string foundMaker = identity.Manufacturer.text();
+        traceComparison(foundMaker, maker);
+        if (identity.ProductName.text() == product && foundMaker == maker)
+            return;
+        message = twain::MSG_GETNEXT;
+    }
+}
+
+} // namespace
+
+void AppDelegate::TwainInit() {
+    TraceScope trace("TwainInit");
+    if (gTWAINHandler == nullptr) {
+        gTWAINHandler = new TWAINHandler(applicationStrings());
+        if (gBrandNumber == talmerickBrand)
+            traceLine("gTWAINHandler COMPANYNAME_TALMERICK");
+    }
+    messageReceiver() = this;
+    gTWAINHandler->RegisterCallback(receiveMessage, reinterpret_cast<uintptr_t>(this));
+    gTWAINHandler->GetDSIdentity();
+}
+
+void AppDelegate::SearchAllDS() {
+    TraceScope trace("SearchAllDS");
+    dsDatas.clear();
+    for (const std::string& folder : dataSourceFolders()) {
+        for (const std::string& entry : folderEntries(folder)) {
+            if (lowerCase(pathExtension(entry)) != "ds")
+                continue;
+            const std::string path = folder + "/" + entry;
+            const PropertyListFile info =
+                readPropertyList(path + "/Versions/A/Resources/Info.plist");
+            if (info.status == PropertyListStatus::missing)
+                continue;
+            dsDatas.push_back({.dsName = entry,
+                               .dsPath = path,
+                               .Manufacturer = textUnder(info.root, "Manufacturer"),
+                               .ProductName = textUnder(info.root, "ProductName")});
+        }
+    }
+}
+
+int32_t AppDelegate::selectSpcificSource() {
+    TraceScope trace("selectSpcificSource");
+    const BrandWords words = brandWords();
+    dsArray.clear();
+    TW_IDENTITY identity{};
+    // Sent once for the trace and once for use.
+    traceValue("selectSpcificSource - MSG_GETFIRST",
+               gTWAINHandler->GetIdentity(twain::MSG_GETFIRST, identity));
+    TW_UINT16 message = twain::MSG_GETFIRST;
+    for (int count = 0; count < identityLimit; ++count) {
+        identity = {};
+        if (gTWAINHandler->GetIdentity(message, identity) != twain::TWRC_SUCCESS)
+            break;
+        message = twain::MSG_GETNEXT;
+        const TWAIN_INFO source = TWAIN_INFO::from(identity);
+        if (passesBrandFilter(source, words))
+            dsArray.push_back(source);
+    }
+    return 0;
+}
+
+void AppDelegate::getTwiainDSInfo() {
+    TraceScope trace("getTwiainDSInfo");
+    hasSourceBundle = false;
+    if (mSourceDSSelect >= dsArray.size())
+        return;
+    const std::string product = dsArray[mSourceDSSelect].productNameText();
+    for (size_t index = 0; index < dsDatas.size(); ++index) {
+        if (dsDatas[index].ProductName != product)
+            continue;
+        currentProductName = product;
+        currentDSIndex = static_cast<int32_t>(index);
+        hasSourceBundle = true;
+        traceText("currentProductName", currentProductName);
+        return;
+    }
+}
+
+uint32_t AppDelegate::GetDefaultIdentityIndex() {
+    TraceScope trace("GetDefaultIdentityIndex");
+    TW_IDENTITY identity{};
+    if (gTWAINHandler->GetIdentity(twain::MSG_GETDEFAULT, identity) != twain::TWRC_SUCCESS)
+        return 0;
+    return indexOfProduct(dsArray, identity.ProductName.text());
+}
+
+uint32_t AppDelegate::CheckIdentityWithScannerName(const std::string& name) {
+    TraceScope trace("CheckIdentityWithScannerName");
+    return indexOfProduct(dsArray, name);
+}
+
+uint16_t AppDelegate::CheckIdentity(uint32_t index) {
+    TraceScope trace("CheckIdentity");
+    if (index >= dsArray.size())
+        return twain::TWRC_FAILURE;
+    const TWAIN_INFO& wanted = dsArray[index];
+    if (isTracing()) {
+        traceText("ProductName select", wanted.productNameText());
+        traceText("Manufacturer select", wanted.manufacturerText());
+    }
+    fetchIdentity(wanted);
+    const uint16_t code = testOpen();
+    if (code == twain::TWRC_SUCCESS) {
+        scannerName = gTWAINHandler->dsIdentity.ProductName.text();
+        currentManufacturer = gTWAINHandler->dsIdentity.Manufacturer.text();
+    }
+    return code;
+}
+
+uint16_t AppDelegate::CheckDefaultIdentity() {
+    TraceScope trace("CheckDefaultIdentity");
+    TW_IDENTITY identity{};
+    gTWAINHandler->GetIdentity(twain::MSG_GETDEFAULT, identity);
+    const uint16_t code = testOpen();
+    if (code == twain::TWRC_SUCCESS) {
+        scannerName = gTWAINHandler->dsIdentity.ProductName.text();
+        currentManufacturer = gTWAINHandler->dsIdentity.Manufacturer.text();
+    }
+    mSourceDSSelect = GetDefaultIdentityIndex();
+    return code;
+}
+
+uint16_t AppDelegate::selectSource() {
+    TraceScope trace("selectSource");
+    const int32_t chosen = gTWAINHandler->UserSelect();
+    if (chosen != twain::TWRC_SUCCESS)
+        return code16(chosen);
+    return testOpen();
+}
+
+void AppDelegate::doBtnOK(QObject*) {
+    TraceScope trace("doBtnOK");
+    if (twainSelectSourceWindow != nullptr)
+        twainSelectSourceWindow->done(modalStop);
+}
+
+void AppDelegate::doBtnCancel(QObject*) {
+    TraceScope trace("doBtnCancel");
+    if (twainSelectSourceWindow != nullptr)
+        twainSelectSourceWindow->done(modalAbort);
+}
+
+} // namespace paperline
