@@ -5,6 +5,7 @@
 
 #include "twain/TwainTypes.h"
 
+#include <cstddef>
 #include <functional>
 #include <string>
 
@@ -32,12 +33,30 @@ TW_UINT16 DSM_Entry(TW_IDENTITY* origin,
                     TW_UINT16 message,
                     TW_MEMREF data);
 
+// How the records travel:
+// - The application's own record keeps what the application set; the Id and the flags that the
+//   manager gave it stay behind this entry. Records of sources carry the manager's Id.
+// - A source's record that was asked for is changed only by TWRC_SUCCESS and TWRC_CHECKSTATUS, any
+//   other record by every code but TWRC_FAILURE.
+// - DAT_CAPABILITY goes through untouched, in the standard's layout (twain::abi::Capability).
+// - Without data a triplet goes through as it is, except that DAT_USERINTERFACE gets a zeroed
+//   record: sources read it without a look. Any other data is refused with TWRC_FAILURE.
+
 // Replaces what DSM_Entry does (tests script it); an empty function restores the loaded library.
 void setDsmEntry(DsmEntry entry);
 
 // File of the library that is loaded: PAPERLINE_DSM, else the one in the bundle's Frameworks
 // folder.
 std::string dataSourceManagerFile();
+
+// A handle that a source hands over (the picture of a native transfer) belongs to the application.
+// These are the loaded manager's functions, or the C library's where it has none.
+void* lockDsmMemory(TW_HANDLE handle);
+void unlockDsmMemory(TW_HANDLE handle);
+void freeDsmMemory(TW_HANDLE handle);
+// Bytes of the block, perhaps a few more than were asked for; 0 when another maker's manager owns
+// it and does not tell.
+size_t dsmMemorySize(TW_HANDLE handle);
 
 // Called after every call into the manager or a source returns, and before it starts: a watchdog
 // sees a hang from another thread. Empty: none.

@@ -1,0 +1,23 @@
+// The data source manager's shared library.
+#pragma once
+
+#include "twain/abi/StandardRecords.h"
+
+#include <memory>
+#include <string>
+
+namespace paperline {
+
+struct DsmLibrary {
+    std::string file;
+    twain::abi::EntryFunction entry = nullptr;
+    // The manager's memory functions; null until it has told them, and with managers of the first
+    // standard, whose handles are blocks of the C library.
+    twain::abi::EntryPoint entryPoint{};
+};
+
+// Null when the file cannot be loaded or has no DSM_Entry; `error` says why. A library stays loaded
+// to the end of the process: sources may have threads that run through it.
+std::unique_ptr<DsmLibrary> loadDsmLibrary(const std::string& file, std::string& error);
+
+} // namespace paperline
