@@ -1,6 +1,8 @@
 // State of naming and saving.
 #pragma once
 
+#include "output/PageFile.h"
+
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -27,6 +29,15 @@ struct OutputState {
     uint32_t nPageNumber = 0;
     uint32_t dwPreImageSize = 0;
     uint32_t nPreBitsPixel = 0;
+
+    // Set by the dispatch while a writer runs: the next free name when the one it was given was
+    // taken between search and write.
+    NextPagePath nextPagePath;
+    // Where the last page went that a writer wrote, and whether it is whole. The writers' codes do
+    // not tell.
+    PageWrite lastPageWrite;
+    // The multi-page file being built, as far as its staged pages tell.
+    SavedFile multiPageFile;
 
     // Told about every file of the user's that is really complete; the command line prints them.
     std::function<void(const SavedFile&)> savedFileObserver;

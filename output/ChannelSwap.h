@@ -1,0 +1,12 @@
+// The inner loop of swapping red and blue.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace paperline {
+
+// Swaps bytes 0 and 2 of each of `count` groups of three that follow one another.
+void swapFirstAndThird(uint8_t* bytes, size_t count);
+
+} // namespace paperline
