@@ -1,0 +1,83 @@
+// Draws one row of the page list: thumbnail and caption, at the places that viewer/CellGeometry.h
+// gives.
+#pragma once
+
+#include "platform/Geometry.h"
+#include "viewer/CellInfo.h"
+#include "viewer/ViewTrace.h"
+
+#include <QImage>
+#include <QString>
+#include <QStyledItemDelegate>
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace paperline {
+
+class CustomCell : public QStyledItemDelegate {
+    Q_OBJECT
+
+public:
+    explicit CustomCell(QObject* parent = nullptr);
+    // A cell with the same content, sharing the image.
+    std::unique_ptr<CustomCell> copy(QObject* parent = nullptr) const;
+
+    const QImage& image() const { return image_; }
+    void setImage(const QImage& image) { image_ = image; }
+    const std::string& title() const { return title_; }
+    void setTitle(const std::string& title) { title_ = title; }
+    const std::string& subtitle() const { return subtitle_; }
+    void setSubtitle(const std::string& subtitle) { subtitle_ = subtitle; }
+    const std::string& imagePath() const { return imagePath_; }
+    void setImagePath(const std::string& path) { imagePath_ = path; }
+    int imageIndex() const { return imageIndex_; }
+    void setImageIndex(int index) { imageIndex_ = index; }
+
+    // Fills the cell before row `row` is drawn. Without one the cell takes the model's CellInfo.
+    void setWillDisplayCell(std::function<void(int row)> fill) {
+        willDisplayCell_ = std::move(fill);
+    }
+    void setTrace(ViewTrace trace) { trace_ = std::move(trace); }
+
+    // Rectangles for the cell's present content in the cell frame `bounds`. Looks up the page's
+    // pixel size in the file on disk each time.
+    Rect imageRectForBounds(const Rect& bounds) const;
+    Rect titleRectForBounds(const Rect& bounds) const;
+    Rect subtitleRectForBounds(const Rect& bounds,
+                               const Rect& titleBounds,
+                               const Rect& imageBounds) const;
+    // The caption's colour: light grey while highlighted, grey otherwise, each as far from the
+    // background as reading needs.
+    static QColor captionColour(bool highlighted, const QColor& background);
+    // The colour behind a highlighted row: the given one, dark enough for the light grey caption.
+    static QColor highlightColour(const QColor& paletteHighlight);
+
+    // Tall enough for a thumbnail and the caption in its lower place.
+    static int rowHeight(const QFont& font);
+
+    void paint(QPainter* painter,
+               const QStyleOptionViewItem& option,
+               const QModelIndex& index) const override;
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+
+private:
+    void take(const QModelIndex& index) const;
+    void drawInteriorWithFrame(QPainter& painter,
+                               const QStyleOptionViewItem& option,
+                               const QColor& background) const;
+
+    // What is drawn next; filled for each row, also while Qt paints through a const cell.
+    mutable QImage image_;
+    mutable std::string title_;
+    mutable std::string subtitle_;
+    mutable std::string imagePath_;
+    mutable int imageIndex_ = 0;
+    mutable double titleHeight_ = 0; // of the table's font
+
+    std::function<void(int)> willDisplayCell_;
+    ViewTrace trace_;
+};
+
+} // namespace paperline
