@@ -1,7 +1,7 @@
 #include "platform/DataSourceManager.h"
 
-#include "platform/DsmClients.h"
-#include "platform/DsmLibrary.h"
+#include "platform/DataSourceManagerClients.h"
+#include "platform/DataSourceManagerLibrary.h"
 #include "platform/MainLoop.h"
 #include "platform/Places.h"
 #include "platform/SystemLog.h"

@@ -1,4 +1,4 @@
-#include "platform/DsmClients.h"
+#include "platform/DataSourceManagerClients.h"
 
 #include "platform/TwainRecords.h"
 

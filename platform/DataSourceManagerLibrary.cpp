@@ -1,4 +1,4 @@
-#include "platform/DsmLibrary.h"
+#include "platform/DataSourceManagerLibrary.h"
 
 #include <dlfcn.h>
 
