@@ -1,0 +1,150 @@
+#include "sources/worker/WorkerProcess.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <ctime>
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+extern char** environ;
+
+namespace paperline::sources {
+
+namespace {
+
+struct SpawnSettings {
+    SpawnSettings() {
+        posix_spawn_file_actions_init(&actions);
+        posix_spawnattr_init(&attributes);
+    }
+    ~SpawnSettings() {
+        posix_spawn_file_actions_destroy(&actions);
+        posix_spawnattr_destroy(&attributes);
+    }
+    SpawnSettings(const SpawnSettings&) = delete;
+    SpawnSettings& operator=(const SpawnSettings&) = delete;
+
+    posix_spawn_file_actions_t actions;
+    posix_spawnattr_t attributes;
+};
+
+// Standard input is empty, standard output goes to standard error, then the socket, nothing more.
+void setDescriptors(posix_spawn_file_actions_t& actions, int socket) {
+    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    if (fcntl(STDERR_FILENO, F_GETFD) < 0)
+        posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_adddup2(&actions, STDERR_FILENO, STDOUT_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, socket, workerSocketDescriptor);
+    posix_spawn_file_actions_addclosefrom_np(&actions, workerSocketDescriptor + 1);
+}
+
+// A process group of its own and no signal settings of the application.
+void setAttributes(posix_spawnattr_t& attributes) {
+    sigset_t none, all;
+    sigemptyset(&none);
+    sigfillset(&all);
+    posix_spawnattr_setsigmask(&attributes, &none);
+    posix_spawnattr_setsigdefault(&attributes, &all);
+    posix_spawnattr_setpgroup(&attributes, 0);
+    posix_spawnattr_setflags(
+        &attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+}
+
+// A connected pair above the numbers that the child's own descriptors take.
+bool makeSocketPair(Descriptor& ours, Descriptor& theirs) {
+    std::array<int, 2> pair{-1, -1};
+    if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, pair.data()) != 0)
+        return false;
+    const Descriptor first(pair[0]), second(pair[1]);
+    ours.reset(fcntl(first.get(), F_DUPFD_CLOEXEC, workerSocketDescriptor + 1));
+    theirs.reset(fcntl(second.get(), F_DUPFD_CLOEXEC, workerSocketDescriptor + 1));
+    return ours.isOpen() && theirs.isOpen();
+}
+
+} // namespace
+
+bool WorkerProcess::start(const std::string& program,
+                          const std::vector<std::string>& arguments,
+                          std::string& error) {
+    kill();
+    ending_.clear();
+    Descriptor theirs;
+    if (!makeSocketPair(socket_, theirs)) {
+        error = std::strerror(errno);
+        return false;
+    }
+    SpawnSettings settings;
+    setDescriptors(settings.actions, theirs.get());
+    setAttributes(settings.attributes);
+    std::vector<char*> words{const_cast<char*>(program.c_str())};
+    for (const std::string& argument : arguments)
+        words.push_back(const_cast<char*>(argument.c_str()));
+    words.push_back(nullptr);
+    pid_t process = 0;
+    const int failure = posix_spawn(
+        &process, program.c_str(), &settings.actions, &settings.attributes, words.data(), environ);
+    if (failure != 0) {
+        error = program + ": " + std::strerror(failure);
+        socket_.reset();
+        return false;
+    }
+    process_ = process;
+    return true;
+}
+
+bool WorkerProcess::hasEnded() const {
+    if (process_ <= 0)
+        return true;
+    siginfo_t information{};
+    const int result =
+        waitid(P_PID, static_cast<id_t>(process_), &information, WEXITED | WNOHANG | WNOWAIT);
+    // Without a child to ask about, somebody else has collected it.
+    return result != 0 ? errno == ECHILD : information.si_pid == process_;
+}
+
+bool WorkerProcess::collect() {
+    int status = 0;
+    const pid_t result = waitpid(process_, &status, WNOHANG);
+    if (result == 0 || (result < 0 && errno == EINTR))
+        return false;
+    if (result == process_ && WIFSIGNALED(status))
+        ending_ = "signal " + std::to_string(WTERMSIG(status));
+    else if (result == process_ && WIFEXITED(status))
+        ending_ = "exit status " + std::to_string(WEXITSTATUS(status));
+    process_ = 0;
+    return true;
+}
+
+bool WorkerProcess::waitForEnd(std::chrono::milliseconds patience) {
+    constexpr std::chrono::milliseconds step{5};
+    for (std::chrono::milliseconds waited{0}; process_ > 0; waited += step) {
+        if (hasEnded()) {
+            // While the leader is not collected the group's number cannot be anyone else's.
+            ::kill(-process_, SIGKILL);
+            return collect();
+        }
+        if (waited >= patience)
+            return false;
+        const timespec pause{0, std::chrono::nanoseconds(step).count()};
+        nanosleep(&pause, nullptr);
+    }
+    return true;
+}
+
+void WorkerProcess::kill() {
+    socket_.reset();
+    if (process_ <= 0)
+        return;
+    ::kill(-process_, SIGKILL);
+    // A process in the middle of a device's I/O may not go at once; nobody waits for it longer.
+    if (!waitForEnd(std::chrono::seconds(2)))
+        process_ = 0;
+}
+
+} // namespace paperline::sources

@@ -1,0 +1,181 @@
+// A worker as a program: its arguments, its ties to the process that started it, and its end.
+#include "sources/worker/WorkerServer.h"
+
+#include "sources/worker/OptionSettings.h"
+#include "sources/worker/Protocol.h"
+
+#include <charconv>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <string_view>
+#include <thread>
+
+#include <fcntl.h>
+#include <sys/prctl.h>
+#include <unistd.h>
+
+namespace paperline::sources {
+
+namespace {
+
+// How long a device may take to be let go of once nobody wants it any more.
+constexpr std::chrono::seconds lettingGoTime{8};
+
+pid_t startedBy = 0;
+
+// Ends this process and whatever drivers have forked off, at once.
+void endProcessGroup() {
+    if (getpgrp() == getpid())
+        kill(0, SIGKILL);
+    _exit(3);
+}
+
+// The kernel sends it when the thread that started this process ends, which may be before the
+// process that it belonged to does.
+void parentMayBeGone(int) {
+    if (getppid() != startedBy)
+        endProcessGroup();
+}
+
+void tieToParent() {
+    startedBy = getppid();
+    std::signal(SIGHUP, parentMayBeGone);
+    prctl(PR_SET_PDEATHSIG, SIGHUP);
+    // Chatter of drivers must not stop a process group that is not the terminal's own.
+    std::signal(SIGTTOU, SIG_IGN);
+    std::signal(SIGPIPE, SIG_IGN);
+}
+
+const char* kindName(OptionKind kind) {
+    switch (kind) {
+    case OptionKind::boolean:
+        return "bool";
+    case OptionKind::integer:
+        return "int";
+    case OptionKind::fixed:
+        return "fixed";
+    case OptionKind::button:
+        return "button";
+    case OptionKind::text:
+        break;
+    }
+    return "string";
+}
+
+std::string numberText(double value) {
+    char text[32];
+    const auto result = std::to_chars(text, text + sizeof text, value);
+    return std::string(text, result.ptr);
+}
+
+std::string allowedValues(const OptionDescriptor& option) {
+    std::string text;
+    if (option.hasRange) {
+        text = numberText(option.minimum) + ".." + numberText(option.maximum);
+        if (option.step > 0)
+            text += " step " + numberText(option.step);
+        return text;
+    }
+    for (const std::string& choice : option.choices)
+        text += (text.empty() ? "" : "|") + choice;
+    return text;
+}
+
+std::string oneField(std::string text) {
+    for (char& character : text)
+        if (static_cast<unsigned char>(character) < ' ')
+            character = ' ';
+    return text;
+}
+
+int describe(ScanDevice& device, const WorkerArguments& arguments, int output) {
+    std::string error;
+    ScanStatus status = device.open();
+    if (status != ScanStatus::good)
+        error = device.errorText();
+    else
+        status = applyOptionSettings(device, arguments.product, error);
+    if (status != ScanStatus::good) {
+        std::fprintf(stderr, "%s\n", error.c_str());
+        return 1;
+    }
+    std::string text;
+    for (const OptionDescriptor& option : device.options()) {
+        if (!option.active || !option.settable)
+            continue;
+        text += oneField(option.name) + '\t' + kindName(option.kind) + '\t';
+        text += oneField(option.value) + '\t' + oneField(option.unit) + '\t';
+        text += oneField(allowedValues(option)) + '\t' + oneField(option.title) + '\n';
+    }
+    for (size_t written = 0; written < text.size();) {
+        const ssize_t count = write(output, text.data() + written, text.size() - written);
+        if (count < 0)
+            return 1;
+        written += static_cast<size_t>(count);
+    }
+    return 0;
+}
+
+} // namespace
+
+int divertStandardOutput() {
+    const int output = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, workerSocketDescriptor + 1);
+    std::fflush(stdout);
+    dup2(STDERR_FILENO, STDOUT_FILENO);
+    return output;
+}
+
+WorkerArguments parseWorkerArguments(int argc, const char* const* argv) {
+    WorkerArguments arguments;
+    for (int i = 1; i < argc; ++i) {
+        const std::string_view word = argv[i];
+        const char* const value = i + 1 < argc ? argv[i + 1] : nullptr;
+        if (word == "--serve") {
+            arguments.mode = WorkerArguments::Mode::serve;
+            continue;
+        }
+        if (value == nullptr)
+            return {};
+        ++i;
+        if (word == "--describe") {
+            arguments.mode = WorkerArguments::Mode::describe;
+            arguments.device = value;
+        } else if (word == "--device") {
+            arguments.device = value;
+        } else if (word == "--product") {
+            arguments.product = value;
+        } else {
+            return {};
+        }
+    }
+    return arguments;
+}
+
+int runWorker(ScanDevice& device, int argc, const char* const* argv) {
+    const WorkerArguments arguments = parseWorkerArguments(argc, argv);
+    switch (arguments.mode) {
+    case WorkerArguments::Mode::describe:
+        return describe(device, arguments, divertStandardOutput());
+    case WorkerArguments::Mode::serve:
+        break;
+    case WorkerArguments::Mode::none:
+        std::fputs("This program is started by a data source.\n", stderr);
+        return 2;
+    }
+    tieToParent();
+    // Programs that a driver starts must not keep the data source waiting for this one's end.
+    fcntl(workerSocketDescriptor, F_SETFD, FD_CLOEXEC);
+    // From then on until the program's own end, the device's included.
+    const auto limitLettingGo = [] {
+        std::thread([] {
+            std::this_thread::sleep_for(lettingGoTime);
+            endProcessGroup();
+        }).detach();
+    };
+    serveDevice(device, workerSocketDescriptor, arguments.product, limitLettingGo);
+    return 0;
+}
+
+} // namespace paperline::sources
