@@ -167,21 +167,39 @@ public:
     void toolBarItemFitPage(QObject* sender);
     void toolBarItemActualPage(QObject* sender);
 
-    // Toolbar, menus, commands: ui/Commands.cpp
+    // The window and its wiring: ui/Interface.cpp
+    void loadInterface(); // makes every outlet and joins it to its command; once, before launch
+
+    // Titles: ui/Titles.cpp
     void SetToolbarItemAndMenuUI(const std::shared_ptr<const LanguageBundle>& bundle);
     void SetToolbarItemTip(const std::shared_ptr<const LanguageBundle>& bundle);
+
+    // Toolbar and File menu: ui/Commands.cpp
     void enableToolbatItems(bool enabled);
+    void enableSavingControls(bool enabled); // format list and save-folder field
     void menuFileScan(QObject* sender);
     void menuFileSetup(QObject* sender);
     void menuFileQuit(QObject* sender);
     void menuFileSelectLanguage(QObject* sender);
     void toolBarItemFileFormat(QObject* sender);
     void menuFileSave(QObject* sender);
+    void showSaveSwitch(bool on); // the save switch's picture
+    void layOutWindow();          // panes for the save switch; shows the page again
     void toolBarItemFileFormatSelect(int index);
+    void eyeDropperCursor(QObject* sender);
+
+    // Save folder and options: ui/FolderCommands.cpp
     void toolBarItemFolderSelect(QObject* sender);
     void openSaveFolder(QObject* sender);
     void addOtherOptionsItemtoMenu(const std::shared_ptr<const LanguageBundle>& bundle);
     void showInFinder(QObject* sender);
+
+    // Status line: ui/StatusLine.cpp. The last two repaint at once, though the main thread works on.
+    void showStatus(const char* key);
+    void showIdleStatus();
+    void showPageCount(); // and the empty page area, while there is no page
+    void showScanningStatus(uint32_t pageNumber); // from 1
+    void showSavingStatus(const std::string& path);
 
     // Messages: ui/Messages.cpp
     void showMemoryNotEnoughMessage();
@@ -198,7 +216,11 @@ public:
     void addLanguageItemtoMenu(const std::shared_ptr<const LanguageBundle>& bundle);
     void changeLanguage(QAction* menuItem);
     void checkLanguageMenuState(uint32_t position, bool on);
-    AvailableLanguage* supportedLanguage_(int32_t& count);
+    AvailableLanguage* supportedLanguages(int32_t& count); // those offered, in table order
+    // Makes the language's folder the source of all texts. False, and nothing changes, without it.
+    bool loadLanguage(int32_t language);
+    void rebuildOptionsMenu();
+    void rebuildMenusAndLabels(); // all texts that the current language gives
 
 private:
     LaunchOptions launchOptions_;

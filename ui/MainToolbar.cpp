@@ -1,0 +1,118 @@
+#include "ui/MainToolbar.h"
+
+#include "ui/Colours.h"
+#include "ui/InterfaceOutlets.h"
+#include "ui/SaveFolderTextField.h"
+#include "ui/ThemedIcon.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QHBoxLayout>
+#include <QMainWindow>
+#include <QToolBar>
+#include <QToolButton>
+#include <QWidgetAction>
+
+namespace paperline {
+namespace {
+
+constexpr int iconSide = 24;
+constexpr int groupSpace = 8;
+constexpr int narrowestFolderField = 160;
+
+QAction* addButton(QToolBar* toolbar,
+                   const std::string& picture,
+                   Qt::ToolButtonStyle style,
+                   QPalette::ColorRole role = QPalette::ButtonText) {
+    QAction* action = toolbar->addAction(themedIcon(picture, role), QString());
+    if (auto* button = qobject_cast<QToolButton*>(toolbar->widgetForAction(action))) {
+        button->setToolButtonStyle(style);
+        button->setFocusPolicy(Qt::TabFocus);
+    }
+    return action;
+}
+
+// A control with the space that sets its group apart.
+QAction* addControl(QToolBar* toolbar, QWidget* control, QSizePolicy::Policy horizontal) {
+    auto* frame = new QWidget(toolbar);
+    auto* row = new QHBoxLayout(frame);
+    row->setContentsMargins(groupSpace, 0, groupSpace, 0);
+    row->addWidget(control);
+    frame->setSizePolicy(horizontal, QSizePolicy::Preferred);
+    auto* action = new QWidgetAction(toolbar);
+    action->setDefaultWidget(frame);
+    toolbar->addAction(action);
+    return action;
+}
+
+QString rgb(const QColor& colour) {
+    return colour.name(QColor::HexRgb);
+}
+
+} // namespace
+
+QWidget* toolbarButton(const QToolBar* toolbar, QAction* action) {
+    return toolbar->widgetForAction(action);
+}
+
+void makeMainToolbar(QMainWindow& window, InterfaceOutlets& outlets, const std::string& resources) {
+    auto* toolbar = new QToolBar(&window);
+    toolbar->setObjectName("paperlineToolbar");
+    toolbar->setMovable(false);
+    toolbar->setFloatable(false);
+    toolbar->setContextMenuPolicy(Qt::PreventContextMenu);
+    toolbar->setIconSize(QSize(iconSide, iconSide));
+    toolbar->layout()->setContentsMargins(8, 6, 8, 6);
+    toolbar->layout()->setSpacing(4);
+    outlets.paperlineToolbar = toolbar;
+
+    outlets.paperlineToolbar_Setup =
+        addButton(toolbar, resources + "/Setup.png", Qt::ToolButtonTextBesideIcon);
+    outlets.paperlineToolbar_Scan = addButton(
+        toolbar, resources + "/Scan.png", Qt::ToolButtonTextBesideIcon, QPalette::HighlightedText);
+    outlets.paperlineToolbar_FileFormatsCombox = new QComboBox;
+    outlets.paperlineToolbar_FileFormatsCombox->setFocusPolicy(Qt::StrongFocus);
+    addControl(toolbar, outlets.paperlineToolbar_FileFormatsCombox, QSizePolicy::Fixed);
+    outlets.paperlineToolbar_FileFormat =
+        addButton(toolbar, resources + "/Floppy.png", Qt::ToolButtonIconOnly);
+    outlets.paperlineToolbar_FolderSelect =
+        addButton(toolbar, resources + "/Folder.png", Qt::ToolButtonTextBesideIcon);
+    outlets.currentSaveFolder = new SaveFolderTextField;
+    outlets.currentSaveFolder->setMinimumWidth(narrowestFolderField);
+    outlets.paperlineToolbar_CurrentForder =
+        addControl(toolbar, outlets.currentSaveFolder, QSizePolicy::Expanding);
+    outlets.paperlineToolbar_OpenDlg =
+        addButton(toolbar, resources + "/OpenFolder.png", Qt::ToolButtonIconOnly);
+    outlets.paperlineToolbar_FitPage =
+        addButton(toolbar, resources + "/FitPage.png", Qt::ToolButtonIconOnly);
+    outlets.paperlineToolbar_ActualPage =
+        addButton(toolbar, resources + "/ActualPage.png", Qt::ToolButtonIconOnly);
+
+    window.addToolBar(Qt::TopToolBarArea, toolbar);
+    styleScanButton(outlets);
+}
+
+void styleScanButton(const InterfaceOutlets& outlets) {
+    QWidget* button = toolbarButton(outlets.paperlineToolbar, outlets.paperlineToolbar_Scan);
+    if (button == nullptr)
+        return;
+    const QPalette colours = outlets.paperlineToolbar->palette();
+    const QColor text = colours.color(QPalette::HighlightedText);
+    const QColor ground = readableBackground(colours.color(QPalette::Highlight), text);
+    const QColor pressed = readableBackground(ground.darker(115), text);
+    const QColor disabledText = colours.color(QPalette::Disabled, QPalette::WindowText);
+    button->setStyleSheet(
+        QStringLiteral(
+            "QToolButton { background: %1; color: %2; border: 2px solid %1; border-radius: 6px;"
+            " padding: 2px 10px 2px 6px; }"
+            "QToolButton:hover, QToolButton:pressed { background: %3; border-color: %3; }"
+            "QToolButton:focus { border-color: %2; }"
+            "QToolButton:disabled { background: transparent; color: %4; border-color: %5; }")
+            .arg(rgb(ground),
+                 rgb(text),
+                 rgb(pressed),
+                 rgb(disabledText),
+                 rgb(colours.color(QPalette::Mid))));
+}
+
+} // namespace paperline

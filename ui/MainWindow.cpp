@@ -1,0 +1,212 @@
+#include "ui/MainWindow.h"
+
+#include "ui/EmptyState.h"
+#include "ui/InterfaceOutlets.h"
+#include "ui/MainMenus.h"
+#include "ui/MainToolbar.h"
+#include "ui/SaveFolderTextField.h"
+#include "ui/ThemedIcon.h"
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QScrollArea>
+#include <QSplitter>
+#include <QStatusBar>
+#include <QTableView>
+#include <QToolBar>
+
+namespace paperline {
+namespace {
+
+constexpr int narrowestPageList = 140;
+
+QString textOf(const std::shared_ptr<const LanguageBundle>& bundle, const char* key) {
+    return QString::fromStdString(localizedString(bundle, key));
+}
+
+QTableView* makePageList() {
+    auto* table = new QTableView;
+    table->setObjectName("pageList");
+    table->horizontalHeader()->hide();
+    table->verticalHeader()->hide();
+    table->setShowGrid(false);
+    table->setFrameShape(QFrame::NoFrame);
+    table->setSelectionBehavior(QAbstractItemView::SelectRows);
+    table->setSelectionMode(QAbstractItemView::SingleSelection);
+    table->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    table->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    table->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    table->setTabKeyNavigation(false); // Tab leaves the list; the arrows walk in it
+    table->setMinimumWidth(narrowestPageList);
+    return table;
+}
+
+QScrollArea* makePageScroller(QWidget* pageView) {
+    auto* scroller = new QScrollArea;
+    scroller->setObjectName("pageScroller");
+    scroller->setFrameShape(QFrame::NoFrame);
+    scroller->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    scroller->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    scroller->setWidget(pageView);
+    return scroller;
+}
+
+void describe(QWidget* widget, const QString& nameText, const QString& helpText) {
+    if (widget == nullptr)
+        return;
+    widget->setAccessibleName(nameText);
+    widget->setAccessibleDescription(helpText);
+}
+
+} // namespace
+
+MainWindow::MainWindow(InterfaceOutlets& outlets, QWidget* pageView, const std::string& resources)
+    : outlets_(outlets) {
+    setObjectName("paperlineWindow");
+    outlets.paperlineWindow = this;
+    outlets._window = this;
+    outlets.mWindow = this;
+    outlets._imageViewMain = new QLabel(this); // of the layout, though nothing shows in these two
+    outlets._imageViewMain->hide();
+    outlets._textFieldMain = new QLineEdit(this);
+    outlets._textFieldMain->hide();
+    makeMainMenus(*this, outlets);
+    makeMainToolbar(*this, outlets, resources);
+    makePanes(pageView);
+    makeStatusLine();
+    emptyState_ = new EmptyState(themedIcon(resources + "/EmptyPages.png", QPalette::WindowText),
+                                 outlets.showImageScrollView);
+    resize(designWidth, designHeight);
+    layOutPanes(true);
+    orderTabs();
+}
+
+void MainWindow::makePanes(QWidget* pageView) {
+    outlets_._tableViewMain = makePageList();
+    outlets_.thumbnailView = outlets_._tableViewMain;
+    outlets_.showImageScrollView = makePageScroller(pageView);
+
+    auto* split = new QSplitter(Qt::Horizontal);
+    split->setObjectName("paperlineSplitView");
+    split->setHandleWidth(1);
+    split->setChildrenCollapsible(false);
+    split->addWidget(outlets_._tableViewMain);
+    split->addWidget(outlets_.showImageScrollView);
+    split->setStretchFactor(0, 0);
+    split->setStretchFactor(1, 1);
+    outlets_.paperlineSplitView = split;
+    setCentralWidget(split);
+}
+
+void MainWindow::makeStatusLine() {
+    status_ = new QLabel;
+    status_->setContentsMargins(8, 2, 8, 2);
+    status_->setTextFormat(Qt::PlainText);
+    pageCount_ = new QLabel;
+    pageCount_->setContentsMargins(8, 2, 8, 2);
+    statusBar()->setSizeGripEnabled(false);
+    statusBar()->addWidget(status_, 1);
+    statusBar()->addPermanentWidget(pageCount_);
+}
+
+void MainWindow::orderTabs() {
+    const auto button = [this](QAction* action) {
+        return toolbarButton(outlets_.paperlineToolbar, action);
+    };
+    const QList<QWidget*> order{button(outlets_.paperlineToolbar_Setup),
+                                button(outlets_.paperlineToolbar_Scan),
+                                outlets_.paperlineToolbar_FileFormatsCombox,
+                                button(outlets_.paperlineToolbar_FileFormat),
+                                button(outlets_.paperlineToolbar_FolderSelect),
+                                outlets_.currentSaveFolder,
+                                button(outlets_.paperlineToolbar_OpenDlg),
+                                button(outlets_.paperlineToolbar_FitPage),
+                                button(outlets_.paperlineToolbar_ActualPage),
+                                outlets_._tableViewMain,
+                                outlets_.showImageScrollView};
+    for (qsizetype i = 1; i < order.size(); ++i)
+        setTabOrder(order.at(i - 1), order.at(i));
+    outlets_._tableViewMain->setFocus();
+}
+
+void MainWindow::layOutPanes(bool withPageList) {
+    QSplitter* split = outlets_.paperlineSplitView;
+    outlets_.thumbnailView->setVisible(withPageList);
+    if (!withPageList)
+        return;
+    outlets_._tableViewMain->setColumnWidth(0, thumbnailColumnWidth);
+    const int available = split->width() - split->handleWidth();
+    split->setSizes({dividerPosition, qMax(0, available - dividerPosition)});
+}
+
+void MainWindow::name(QAction* item, const std::string& nameText, const std::string& helpText) {
+    describe(toolbarButton(outlets_.paperlineToolbar, item),
+             QString::fromStdString(nameText),
+             QString::fromStdString(helpText));
+}
+
+void MainWindow::retranslate(const std::shared_ptr<const LanguageBundle>& bundle) {
+    const auto text = [&bundle](const char* key) { return localizedString(bundle, key); };
+    name(outlets_.paperlineToolbar_Setup, text("Setup"), text("SetupHelp"));
+    name(outlets_.paperlineToolbar_Scan, text("Scan"), text("ScanHelp"));
+    name(outlets_.paperlineToolbar_FileFormat, text("Save"), text("SaveHelp"));
+    name(outlets_.paperlineToolbar_FolderSelect, text("FileFormat"), text("FolderButtonHelp"));
+    name(outlets_.paperlineToolbar_OpenDlg, text("OpenFolder"), text("OpenFolderHelp"));
+    name(outlets_.paperlineToolbar_FitPage, text("FitPage"), text("FitPageHelp"));
+    name(outlets_.paperlineToolbar_ActualPage, text("ActualPage"), text("ActualPageHelp"));
+    outlets_.paperlineToolbar_OpenDlg->setText(textOf(bundle, "OpenFolder"));
+    outlets_.paperlineToolbar_OpenDlg->setToolTip(textOf(bundle, "OpenFolderHelp"));
+    outlets_.paperlineToolbar_Setup->setToolTip(textOf(bundle, "SetupHelp"));
+    outlets_.paperlineToolbar_Scan->setToolTip(textOf(bundle, "ScanHelp"));
+    outlets_.paperlineToolbar_FolderSelect->setToolTip(textOf(bundle, "FolderButtonHelp"));
+    outlets_.paperlineToolbar_FileFormatsCombox->setToolTip(textOf(bundle, "FormatListHelp"));
+    outlets_.currentSaveFolder->setToolTip(textOf(bundle, "SaveFolderHelp"));
+
+    describe(outlets_.paperlineToolbar, textOf(bundle, "ToolbarName"), {});
+    describe(outlets_.paperlineToolbar_FileFormatsCombox,
+             textOf(bundle, "FormatListName"),
+             textOf(bundle, "FormatListHelp"));
+    describe(outlets_.currentSaveFolder,
+             textOf(bundle, "SaveFolderName"),
+             textOf(bundle, "SaveFolderHelp"));
+    describe(
+        outlets_._tableViewMain, textOf(bundle, "PageListName"), textOf(bundle, "PageListHelp"));
+    describe(outlets_.showImageScrollView,
+             textOf(bundle, "PageViewName"),
+             textOf(bundle, "PageViewHelp"));
+    describe(outlets_.showImageScrollView->widget(),
+             textOf(bundle, "PageViewName"),
+             textOf(bundle, "PageViewHelp"));
+    emptyState_->setTexts(textOf(bundle, "NoPagesTitle"), textOf(bundle, "NoPagesHint"));
+    // The status label's text is its name for screen readers; only its purpose is added.
+    status_->setAccessibleDescription(textOf(bundle, "StatusName"));
+}
+
+void MainWindow::setEmptyStateShown(bool shown) {
+    emptyState_->setVisible(shown);
+}
+
+void MainWindow::setStatus(const QString& text) {
+    status_->setText(text);
+}
+
+void MainWindow::setPageCount(const QString& text) {
+    pageCount_->setText(text);
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    event->accept();
+    emit closing();
+}
+
+void MainWindow::changeEvent(QEvent* event) {
+    if (event->type() == QEvent::PaletteChange && outlets_.paperlineToolbar_Scan != nullptr)
+        styleScanButton(outlets_);
+    QMainWindow::changeEvent(event);
+}
+
+} // namespace paperline

@@ -1,0 +1,64 @@
+// Operations of AppDelegate that show the modal messages of other subsystems.
+#include "app/AppDelegate.h"
+
+#include "app/CvOutputLog.h"
+#include "platform/Alert.h"
+#include "platform/MainLoop.h"
+
+namespace paperline {
+namespace {
+
+void showMessage(const char* key) {
+    const DelayedMessagesHold hold;
+    runAlertPanel({.title = " ",
+                   .message = localizedString(gLanguageBundle, key),
+                   .informativeText = "",
+                   .defaultButton = ""});
+}
+
+// Both entry points share one flag, which the next scan clears.
+void showNoDisplayImageOnce() {
+    if (gNoDisplayImageShown != 0)
+        return;
+    gNoDisplayImageShown = 1;
+    showMessage("NoDisplayImage");
+}
+
+} // namespace
+
+void AppDelegate::showMemoryNotEnoughMessage() {
+    TraceScope trace("showMemoryNotEnoughMessage");
+    showMessage("ShowNoMem");
+}
+
+void AppDelegate::showNoDisplayImageMessage() {
+    TraceScope trace("showNoDisplayImageMessage");
+    showNoDisplayImageOnce();
+}
+
+void AppDelegate::showNoDisplayImageCheckAgainMessage() {
+    TraceScope trace("showNoDisplayImageCheckAgainMessage");
+    showNoDisplayImageOnce();
+}
+
+void AppDelegate::showNoImageSaveMessage() {
+    TraceScope trace("showNoImageSaveMessage");
+    showMessage("NoSaveImage");
+}
+
+void AppDelegate::showNotCorrectFolderMessage() {
+    TraceScope trace("showNotCorrectFolderMessage");
+    showMessage("NotCorrectFolder");
+}
+
+void AppDelegate::showNoEnoughDiskSpaceMessage() {
+    TraceScope trace("showNoEnoughDiskSpaceMessage");
+    showMessage("NoEnoughDiskSpace");
+}
+
+void AppDelegate::showSourceNotOpenedMessage() {
+    TraceScope trace("showSourceNotOpenedMessage");
+    showMessage("SourceNotOpened");
+}
+
+} // namespace paperline

@@ -1,0 +1,27 @@
+#include "ui/SaveFolderChoice.h"
+
+#include "platform/Files.h"
+
+namespace paperline {
+
+std::string nameToCarryOver(const std::string& folderText) {
+    if (folderText.ends_with('/'))
+        return "Image";
+    return lastPathComponent(folderText);
+}
+
+std::string chosenFolderText(const std::string& chosenFolder,
+                             const std::string& name,
+                             bool nameComesFromField) {
+    if (!nameComesFromField)
+        return chosenFolder;
+    return chosenFolder.ends_with('/') ? chosenFolder + name : chosenFolder + "/" + name;
+}
+
+std::string folderOfPages(const std::string& folderText, bool nameComesFromField) {
+    if (!nameComesFromField || folderText.ends_with('/'))
+        return folderText;
+    return folderOfPath(folderText);
+}
+
+} // namespace paperline

@@ -1,0 +1,19 @@
+#include "ui/SaveFolderTextField.h"
+
+namespace paperline {
+
+SaveFolderTextField::SaveFolderTextField(QWidget* parent) : QLineEdit(parent) {
+    connect(this, &QLineEdit::textEdited, this, &SaveFolderTextField::textDidChange);
+    connect(this, &QLineEdit::editingFinished, this, &SaveFolderTextField::textDidEndEditing);
+}
+
+void SaveFolderTextField::textDidChange(const QString& text) {
+    [[maybe_unused]] const QString discarded = text;
+}
+
+void SaveFolderTextField::setFolderText(const std::string& folder) {
+    setText(QString::fromStdString(folder));
+    setCursorPosition(0); // a long path shows from its start
+}
+
+} // namespace paperline

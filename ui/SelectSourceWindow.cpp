@@ -1,0 +1,75 @@
+#include "ui/SelectSourceWindow.h"
+
+#include "ui/InterfaceOutlets.h"
+#include "ui/SourceListModel.h"
+
+#include <QDialogButtonBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QPushButton>
+#include <QTableView>
+#include <QVBoxLayout>
+
+namespace paperline {
+namespace {
+
+constexpr int windowWidth = 440;
+constexpr int windowHeight = 320;
+constexpr int margin = 20;
+constexpr int rowPadding = 12;
+
+QTableView* makeNameTable(QWidget* parent, const QStringList& names) {
+    auto* table = new QTableView(parent);
+    auto* model = new SourceListModel(table);
+    model->setNames(names);
+    table->setModel(model);
+    table->horizontalHeader()->hide();
+    table->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    table->verticalHeader()->hide();
+    table->verticalHeader()->setDefaultSectionSize(table->fontMetrics().height() + rowPadding);
+    table->setShowGrid(false);
+    table->setSelectionBehavior(QAbstractItemView::SelectRows);
+    table->setSelectionMode(QAbstractItemView::SingleSelection);
+    table->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    table->setTabKeyNavigation(false);
+    table->setTextElideMode(Qt::ElideMiddle);
+    return table;
+}
+
+} // namespace
+
+SelectSourceWindow::SelectSourceWindow(InterfaceOutlets& outlets) : outlets_(outlets) {
+    setObjectName("twainSelectSourceWindow");
+    outlets.twainSelectSourceWindow = this;
+    outlets.twainSelectSourceScannerType = new QLabel(this);
+    outlets._tableViewSelectSource = makeNameTable(this, {});
+    outlets._tableViewSelectSource->setObjectName("sourceList");
+    outlets._tableViewTWAIN = makeNameTable(this, {"TWAIN"}); // of the layout, but never shown
+    outlets._tableViewTWAIN->hide();
+    outlets.twainSelectSourceScannerType->setBuddy(outlets._tableViewSelectSource);
+
+    auto* buttons = new QDialogButtonBox(this);
+    outlets.twainSelectSourceOKBtn = buttons->addButton(QDialogButtonBox::Ok);
+    outlets.twainSelectSourceCancelBtn = buttons->addButton(QDialogButtonBox::Cancel);
+    outlets.twainSelectSourceOKBtn->setDefault(true);
+    connect(outlets._tableViewSelectSource,
+            &QTableView::doubleClicked,
+            outlets.twainSelectSourceOKBtn,
+            &QPushButton::click);
+
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(margin, margin, margin, margin);
+    column->setSpacing(margin / 2);
+    column->addWidget(outlets.twainSelectSourceScannerType);
+    column->addWidget(outlets._tableViewSelectSource, 1);
+    column->addSpacing(margin / 2);
+    column->addWidget(buttons);
+    resize(windowWidth, windowHeight);
+    outlets._tableViewSelectSource->setFocus();
+}
+
+void SelectSourceWindow::reject() {
+    outlets_.twainSelectSourceCancelBtn->click();
+}
+
+} // namespace paperline

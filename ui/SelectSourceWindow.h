@@ -1,0 +1,25 @@
+// The window that asks which data source to work with.
+#pragma once
+
+#include <QDialog>
+
+namespace paperline {
+
+struct InterfaceOutlets;
+
+class SelectSourceWindow : public QDialog {
+    Q_OBJECT
+
+public:
+    // Fills the outlets of the source selection. A second click on a row counts as OK; closing the
+    // window and Escape count as Cancel.
+    explicit SelectSourceWindow(InterfaceOutlets& outlets);
+
+protected:
+    void reject() override;
+
+private:
+    InterfaceOutlets& outlets_;
+};
+
+} // namespace paperline

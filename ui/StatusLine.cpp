@@ -1,0 +1,61 @@
+// Operations of AppDelegate that say in the status line what is going on. They repaint at once,
+// because the main thread may be about to scan or to write.
+#include "app/AppDelegate.h"
+
+#include "platform/Files.h"
+#include "platform/MainLoop.h"
+#include "ui/MainWindow.h"
+
+namespace paperline {
+namespace {
+
+QString filledIn(const std::string& text, const std::string& marker, const std::string& value) {
+    return QString::fromStdString(text).replace(QString::fromStdString(marker),
+                                                QString::fromStdString(value));
+}
+
+} // namespace
+
+void AppDelegate::showStatus(const char* key) {
+    if (auto* window = qobject_cast<MainWindow*>(paperlineWindow))
+        window->setStatus(QString::fromStdString(localizedString(mlangBundle, key)));
+}
+
+void AppDelegate::showIdleStatus() {
+    auto* window = qobject_cast<MainWindow*>(paperlineWindow);
+    if (window == nullptr)
+        return;
+    showStatus(mMenuFileSave != 0 ? "StatusReady" : "StatusSaveOff");
+    showPageCount();
+}
+
+void AppDelegate::showPageCount() {
+    auto* window = qobject_cast<MainWindow*>(paperlineWindow);
+    if (window == nullptr)
+        return;
+    window->setEmptyStateShown(cellInfos.empty());
+    window->setPageCount(cellInfos.empty() ? QString()
+                                           : filledIn(localizedString(mlangBundle, "StatusPages"),
+                                                      "%d",
+                                                      std::to_string(cellInfos.size())));
+}
+
+void AppDelegate::showScanningStatus(uint32_t pageNumber) {
+    auto* window = qobject_cast<MainWindow*>(paperlineWindow);
+    if (window == nullptr)
+        return;
+    window->setStatus(
+        filledIn(localizedString(mlangBundle, "StatusScanning"), "%d", std::to_string(pageNumber)));
+    repaintWithoutInput();
+}
+
+void AppDelegate::showSavingStatus(const std::string& path) {
+    auto* window = qobject_cast<MainWindow*>(paperlineWindow);
+    if (window == nullptr)
+        return;
+    window->setStatus(
+        filledIn(localizedString(mlangBundle, "StatusSaving"), "%@", lastPathComponent(path)));
+    repaintWithoutInput();
+}
+
+} // namespace paperline
