@@ -52,7 +52,25 @@ std::shared_ptr<BitmapImageRep> BitmapImageRep::make(const Layout& layout, size_
     return result;
 }
 
+std::shared_ptr<BitmapImageRep>
+BitmapImageRep::makePage(int32_t widthPixels, int32_t heightPixels, int bitsPerPixel) {
+    if (widthPixels <= 0 || (bitsPerPixel != 1 && bitsPerPixel != 8 && bitsPerPixel != 24))
+        return nullptr;
+    Layout layout{widthPixels, heightPixels, bitsPerPixel == 1 ? 1 : 8, 1, bitsPerPixel, 0};
+    if (bitsPerPixel == 24)
+        layout.samplesPerPixel = 3;
+    layout.bytesPerRow = (int64_t{widthPixels} * bitsPerPixel + 7) / 8;
+    return make(layout);
+}
+
 std::span<const uint8_t> BitmapImageRep::row(int32_t y) const {
+    if (y < 0 || y >= layout_.pixelsHigh)
+        return {};
+    const auto stride = static_cast<size_t>(layout_.bytesPerRow);
+    return bitmapData().subspan(static_cast<size_t>(y) * stride, stride);
+}
+
+std::span<uint8_t> BitmapImageRep::row(int32_t y) {
     if (y < 0 || y >= layout_.pixelsHigh)
         return {};
     const auto stride = static_cast<size_t>(layout_.bytesPerRow);

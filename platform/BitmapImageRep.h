@@ -32,6 +32,10 @@ public:
     [[nodiscard]] static std::shared_ptr<BitmapImageRep> make(const Layout& layout,
                                                               size_t spareBytes = 0);
 
+    // A page of 1, 8 (grey) or 24 bits (RGB) with rows of the fewest whole bytes.
+    [[nodiscard]] static std::shared_ptr<BitmapImageRep>
+    makePage(int32_t widthPixels, int32_t heightPixels, int bitsPerPixel);
+
     int32_t pixelsWide() const { return layout_.pixelsWide; }
     int32_t pixelsHigh() const { return layout_.pixelsHigh; }
     int bitsPerSample() const { return layout_.bitsPerSample; }
@@ -41,7 +45,8 @@ public:
 
     std::span<uint8_t> bitmapData() { return {data_.get(), byteCount_}; }
     std::span<const uint8_t> bitmapData() const { return {data_.get(), byteCount_}; }
-    std::span<const uint8_t> row(int32_t y) const;
+    std::span<const uint8_t> row(int32_t y) const; // empty outside the page
+    std::span<uint8_t> row(int32_t y);
 
     // Size in points; the resolution in dots per inch is pixels x 72 / points. Starts at one point
     // a pixel.

@@ -27,9 +27,13 @@ struct DecodedImage {
     double horizontalDpi = 0;              // 0: the file does not say
     double verticalDpi = 0;
 };
+// With a known resolution the image's size in points follows from it.
 // `scaleDenominator` 1, 2, 4 or 8 decodes at reduced size. Damaged data gives nothing; data that
 // ends early is damaged.
 [[nodiscard]] std::optional<DecodedImage> decodeJpeg(std::span<const uint8_t> bytes,
                                                      int scaleDenominator = 1);
+
+// Pixels of the image as its header says; nothing when the header is damaged.
+[[nodiscard]] std::optional<Size> jpegPixelSize(std::span<const uint8_t> bytes);
 
 } // namespace paperline
