@@ -71,8 +71,10 @@ Manager::entry(Identity* origin, const Identity* destination, const Triplet& tri
         return sourceMessage(origin, destination, triplet);
     if (origin == nullptr)
         return settle(0, failure(twain::TWCC_BADVALUE));
-    if (control && triplet.type == twain::DAT_PARENT && triplet.message == twain::MSG_OPENDSM)
-        return settle(0, openManager(*origin));
+    if (control && triplet.type == twain::DAT_PARENT && triplet.message == twain::MSG_OPENDSM) {
+        const Outcome outcome = openManager(*origin);
+        return settle(origin->Id, outcome);
+    }
 
     uint32_t application = 0;
     bool toOpenSource = false;
