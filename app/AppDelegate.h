@@ -108,7 +108,9 @@ public:
     void closeRequest(QObject* sender);
     uint16_t ShowBarcodeInfo();
     void speedTest();
-    void endScan(); // every end of a scan: idle again, controls enabled, observer told
+    // Every end of a scan: idle again, controls enabled, observer told. `scanSetupAfter` is left in
+    // mScanSetup.
+    void endScan(int32_t scanSetupAfter = 0);
 
     // Transfer completion: twain/TransferCompletion.cpp
     void completeMemoryXfer();
@@ -156,12 +158,7 @@ public:
     void GetImageFromImageFolder();
     void deleteFolderImage();
     int32_t addOneImageToScrollView(const Image& image);
-    void GetImageFromImageBuffer(const QImage& image);
-
-    // The tables' questions: viewer/PageListRows.cpp
     uint32_t numberOfRowsInTableView(const QObject* tableView) const;
-    TableObjectValue objectValueForTableColumn(const QObject* tableView, int row) const;
-    void willDisplayCell(const QObject* tableView, CustomCell& cell, int row) const;
     void tableViewSelectionDidChange(QObject* tableView, int row);
     void reloadMainTable(); // asks _tableViewMain to read its rows again
     void selectLastRow();
@@ -171,12 +168,6 @@ public:
     void showActualSizeImage(uint32_t row);
     void toolBarItemFitPage(QObject* sender);
     void toolBarItemActualPage(QObject* sender);
-    bool shouldHideDividerAtIndex(int dividerIndex) const;
-    void splitViewDidResizeSubviews();
-    // Joins page list and page view to the controller; once, when the window's outlets are filled:
-    // viewer/PageViewSetup.cpp
-    void connectPageViews();
-    void pagePaneDidResize();
 
     // The window and its wiring: ui/Interface.cpp
     void loadInterface(); // makes every outlet and joins it to its command; once, before launch
@@ -205,11 +196,10 @@ public:
     void addOtherOptionsItemtoMenu(const std::shared_ptr<const LanguageBundle>& bundle);
     void showInFinder(QObject* sender);
 
-    // Status line: ui/StatusLine.cpp. The last two repaint at once, though the main thread works
-    // on.
+    // Status line: ui/StatusLine.cpp. The last two repaint at once, though the main thread works on.
     void showStatus(const char* key);
     void showIdleStatus();
-    void showPageCount();                         // and the empty page area, while there is no page
+    void showPageCount(); // and the empty page area, while there is no page
     void showScanningStatus(uint32_t pageNumber); // from 1
     void showSavingStatus(const std::string& path);
 

@@ -152,6 +152,9 @@ inline constexpr uint16_t TWSX_MEMORY = 2;
 inline constexpr uint16_t TWFF_TIFF = 0;
 inline constexpr uint16_t TWFF_BMP = 2;
 
+// Extended image information.
+inline constexpr uint16_t TWEI_BARCODETEXT = 0x1202;
+
 // Languages and countries.
 inline constexpr uint16_t TWLG_USA = 13;
 inline constexpr uint16_t TWCY_USA = 1;

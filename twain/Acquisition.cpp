@@ -1,0 +1,242 @@
+// Operations of AppDelegate that turn the commands into an enabled data source and route its
+// messages.
+#include "app/AppDelegate.h"
+
+#include "app/CvOutputLog.h"
+#include "platform/Files.h"
+#include "twain/SessionNumber.h"
+#include "twain/TWAINHandler.h"
+#include "ui/SaveFolderTextField.h"
+
+namespace paperline {
+namespace {
+
+constexpr int32_t nativeTransfer = 1;
+constexpr int32_t memoryTransfer = 2;
+constexpr int32_t fileTransfer = 3;
+constexpr int32_t noDisplayImageSuppressed = 2;
+
+enum class Interface { none, acquire, settingsOnly };
+
+TW_USERINTERFACE userInterfaceRecord(Interface interface) {
+    TW_USERINTERFACE record{};
+    record.ShowUI = interface == Interface::none ? 0 : 1;
+    return record;
+}
+
+uint16_t enableSource(Interface interface) {
+    beginSession();
+    TW_USERINTERFACE record = userInterfaceRecord(interface);
+    const int32_t code = interface == Interface::settingsOnly
+                             ? gTWAINHandler->EnableDSUIOnly(&record)
+                             : gTWAINHandler->EnableDS(&record);
+    return static_cast<uint16_t>(code);
+}
+
+// Opens and enables the source. A source that does not open is told to the user; one that opens but
+// cannot be enabled is closed again.
+uint16_t openAndEnable(AppDelegate& controller, Interface interface) {
+    const auto opened = static_cast<uint16_t>(gTWAINHandler->OpenDS());
+    if (opened != twain::TWRC_SUCCESS) {
+        controller.showSourceNotOpenedMessage();
+        return opened;
+    }
+    const uint16_t enabled = enableSource(interface);
+    if (enabled != twain::TWRC_SUCCESS)
+        gTWAINHandler->CloseDS();
+    return enabled;
+}
+
+uint16_t acquire(AppDelegate& controller, int32_t mechanism) {
+    controller.mNativeTransfer = mechanism;
+    controller.settingsDialogOpen = false;
+    const uint16_t code = openAndEnable(controller, Interface::acquire);
+    if (code != twain::TWRC_SUCCESS)
+        controller.endScan();
+    return code;
+}
+
+// Creates the folder with those above it; true when it is there afterwards.
+bool createSaveFolder(const std::string& folder) {
+    const bool created = createFolderWithParents(folder);
+    if (created)
+        traceLine("Success!");
+    else if (gOutputLog != nullptr && gOutputLog->debugLevel != 0)
+        traceLine(("Error! The folder cannot be created: " + folder).c_str());
+    return created;
+}
+
+// The save-folder text is the folder and, behind its last "/", the file-name template.
+void takeFolderAndTemplate(AppDelegate& controller) {
+    const std::string& folder = controller.profileFolderName;
+    if (!folder.empty() && folder.back() == '/') {
+        if (!fileExists(folder))
+            createSaveFolder(folder);
+        controller.saveImageName.clear();
+        controller.createFolerprofileFolderName = folder;
+        return;
+    }
+    controller.saveImageName = lastPathComponent(folder);
+    controller.createFolerprofileFolderName = folderOfPath(folder);
+    controller.updateDateTimeInfo2();
+}
+
+std::string folderFieldText(const AppDelegate& controller) {
+    return controller.currentSaveFolder != nullptr
+               ? controller.currentSaveFolder->text().toStdString()
+               : std::string();
+}
+
+void setFolderFieldText(AppDelegate& controller, const std::string& text) {
+    if (controller.currentSaveFolder != nullptr)
+        controller.currentSaveFolder->setText(QString::fromStdString(text));
+}
+
+// The field decides; an empty one shows the stored folder.
+void syncFolderWithField(AppDelegate& controller) {
+    const std::string text = folderFieldText(controller);
+    if (text.empty())
+        setFolderFieldText(controller, controller.profileFolderName);
+    else
+        controller.profileFolderName = text;
+}
+
+// The whole text is created as a folder too, template included.
+void createTypedFolder(AppDelegate& controller) {
+    traceLine("current profileFolderName fileExistsAtPath?");
+    if (!fileExists(controller.profileFolderName)) {
+        traceLine("current profileFolderName not Exists");
+        traceLine("createDirectoryAtPath tmpFolderName");
+        if (!createFolderWithParents(controller.profileFolderName))
+            setFolderFieldText(controller, controller.profileFolderName);
+        else if (controller.currentSaveFolder != nullptr)
+            controller.profileFolderName = folderFieldText(controller);
+    }
+    traceLine("current profileFolderName fileExistsAtPath End");
+}
+
+} // namespace
+
+void AppDelegate::toolBarItemScan(QObject*) {
+    TraceScope trace("toolBarItemScan");
+    if (gNoDisplayImageShown != noDisplayImageSuppressed)
+        gNoDisplayImageShown = 0;
+    syncFolderWithField(*this);
+    if (SelectFolderAutoDetectFlag != 0) {
+        takeFolderAndTemplate(*this);
+    } else {
+        if (!isWritable(profileFolderName)) {
+            showNotCorrectFolderMessage();
+            endScan();
+            return;
+        }
+        ReadDefaultSaveImageName();
+    }
+    createTypedFolder(*this);
+    mScanSetup = 1;
+    enableToolbatItems(false);
+    nonUI();
+}
+
+void AppDelegate::toolBarItemSetup(QObject*) {
+    TraceScope trace("toolBarItemSetup");
+    mScanSetup = 1;
+    enableToolbatItems(false);
+    if (setupUI() != twain::TWRC_SUCCESS)
+        endScan();
+}
+
+uint16_t AppDelegate::nonUI() {
+    TraceScope trace("nonUI");
+    mNativeTransfer = memoryTransfer;
+    settingsDialogOpen = false;
+    const auto opened = static_cast<uint16_t>(gTWAINHandler->OpenDS());
+    if (opened != twain::TWRC_SUCCESS) {
+        showSourceNotOpenedMessage();
+        endScan();
+        return opened;
+    }
+    currentMultiPage = 1;
+    const uint16_t enabled = enableSource(Interface::none);
+    if (enabled == twain::TWRC_SUCCESS)
+        return twain::TWRC_SUCCESS;
+
+    TW_USERINTERFACE record = userInterfaceRecord(Interface::none);
+    gTWAINHandler->DisableDS(&record);
+    gTWAINHandler->CloseDS();
+    if (enabled != twain::TWRC_CANCEL)
+        showSourceNotOpenedMessage();
+    endScan();
+    return twain::TWRC_SUCCESS; // also after a failed enable
+}
+
+uint16_t AppDelegate::setupUI() {
+    TraceScope trace("setupUI");
+    settingsDialogOpen = true; // from here on: the source may call back inside the call
+    const uint16_t code = openAndEnable(*this, Interface::settingsOnly);
+    if (code != twain::TWRC_SUCCESS)
+        settingsDialogOpen = false;
+    return code;
+}
+
+uint16_t AppDelegate::aquireNativeXfer() {
+    TraceScope trace("aquireNativeXfer");
+    return acquire(*this, nativeTransfer);
+}
+
+uint16_t AppDelegate::aquireMemoryXfer() {
+    TraceScope trace("aquireMemoryXfer");
+    return acquire(*this, memoryTransfer);
+}
+
+uint16_t AppDelegate::aquireFileXfer() {
+    TraceScope trace("aquireFileXfer");
+    return acquire(*this, fileTransfer);
+}
+
+void AppDelegate::xferReady(QObject*) {
+    TraceScope trace("xferReady");
+    // A second or late message finds the source closed; a settings dialog transfers nothing.
+    if (gTWAINHandler == nullptr || !gTWAINHandler->dsEnabled || settingsDialogOpen)
+        return;
+    if (mNativeTransfer == nativeTransfer)
+        completeNativeXfer();
+    else if (mNativeTransfer == memoryTransfer)
+        completeMemoryXfer();
+    else
+        completeFileXfer();
+}
+
+void AppDelegate::closeRequest(QObject*) {
+    TraceScope trace("closeRequest");
+    gTWAINHandler->DisableDS(nullptr);
+    gTWAINHandler->CloseDS();
+    // The dialog may have changed the language.
+    ReadWriteDSLanguageSetting(1, false);
+    initialApplicationUserInterface();
+    endScan();
+}
+
+uint16_t AppDelegate::ShowBarcodeInfo() {
+    TraceScope trace("ShowBarcodeInfo");
+    TW_EXTIMAGEINFO record{};
+    record.NumInfos = 1;
+    record.Info[0].InfoID = twain::TWEI_BARCODETEXT;
+    const int32_t code =
+        gTWAINHandler->DSCall(twain::DG_IMAGE, twain::DAT_EXTIMAGEINFO, twain::MSG_GET, &record);
+    traceValue("ShowBarcodeInfo", code);
+    return static_cast<uint16_t>(code);
+}
+
+void AppDelegate::endScan(int32_t scanSetupAfter) {
+    TraceScope trace("endScan");
+    mScanSetup = scanSetupAfter;
+    settingsDialogOpen = false;
+    currentMultiPage = 1;
+    enableToolbatItems(true);
+    // A copy: the observer may take itself away.
+    if (const auto observer = scanEndedObserver)
+        observer();
+}
+
+} // namespace paperline

@@ -1,0 +1,256 @@
+// Operations of AppDelegate that fetch every pending page by memory transfer, have it saved and end
+// the scan, and the memory guard of long scans.
+#include "app/AppDelegate.h"
+
+#include "app/CvOutputLog.h"
+#include "output/FileFormats.h"
+#include "platform/Desktop.h"
+#include "platform/Files.h"
+#include "platform/Host.h"
+#include "platform/MainLoop.h"
+#include "platform/Places.h"
+#include "twain/FreeMemory.h"
+#include "twain/PageTransfer.h"
+#include "twain/TWAINHandler.h"
+
+#include <optional>
+
+namespace paperline {
+
+bool gHighResolutionScan = false;
+int32_t gPageHeightAt300Dpi = 0;
+
+namespace {
+
+constexpr int32_t nothingSaved = -1;
+constexpr int32_t notEnoughSpace = -2;
+constexpr const char* temporaryRoot = "/tmp/CorvaneTempImage";
+
+// State of one run of the page loop.
+struct Batch {
+    int32_t saveResult = 0; // of the last page: 0 or more, or one of the codes above
+    uint64_t copiedBytes = 0;
+    bool endFailed = false; // the source could not end a page
+    PageBuffers buffers;
+    PageGuard guard;
+};
+
+bool isMultiPageFormat(int32_t code) {
+    const FileFormat* format = fileFormatOf(code);
+    return format != nullptr && format->isMultiPage;
+}
+
+// A folder that cannot be made shows at the first page that is staged in it.
+void makeTemporaryFolder(const std::string& folder) {
+    if (!createPrivateFolder(folder))
+        traceText("temporary folder not made", folder);
+}
+
+void prepareBatch(AppDelegate& controller) {
+    const std::string root = scratchPath(temporaryRoot);
+    if (!fileExists(root))
+        makeTemporaryFolder(root);
+    for (const char* staging : {"/MultiImage", "/MultiImage_Scale"}) {
+        removePath(root + staging);
+        makeTemporaryFolder(root + staging);
+    }
+    for (const char* joined : {"/TmpImage.pdf", "/TmpImage.tif"})
+        removePath(root + joined);
+    controller.changeThumbnailSelect = 0;
+    memoryShortage = false;
+    firstPageOfBatch = true;
+    multiPageTargetPath.clear();
+}
+
+// Takes the newest path off the list, with the rows that were made of it.
+void dropNewestPath(AppDelegate& controller) {
+    if (controller.imageFilePath.empty())
+        return;
+    const std::string path = controller.imageFilePath.back();
+    controller.imageFilePath.pop_back();
+    controller.nonFileSaveImageInTempFolder = 0;
+    if (iNextImage <= static_cast<int32_t>(controller.imageFilePath.size()))
+        return;
+    iNextImage = static_cast<int32_t>(controller.imageFilePath.size());
+    while (!controller.cellInfos.empty() && controller.cellInfos.back().imageFullPath == path)
+        controller.cellInfos.pop_back();
+    controller.reloadMainTable();
+}
+
+// Turns new paths into rows and shows the newest. Without a window nobody would see them.
+void showNewPages(AppDelegate& controller) {
+    if (controller.launchOptions().commandLine)
+        return;
+    const size_t rowsBefore = controller.cellInfos.size();
+    controller.GetImageFromImageFolder();
+    controller.reloadMainTable();
+    if (controller.cellInfos.size() > rowsBefore && controller.nonFileSaveImageInTempFolder == 0)
+        controller.selectLastRow();
+}
+
+void reportUnsavedPage(AppDelegate& controller, int32_t result) {
+    if (result == notEnoughSpace) {
+        traceLine("saveXferDatatoMedia Failed(NoEnoughDiskSpace)!!");
+        controller.showNoEnoughDiskSpaceMessage();
+    } else {
+        traceLine("saveXferDatatoMedia Failed(NoImageSave)!!");
+        controller.showNoImageSaveMessage();
+    }
+}
+
+void keepMemoryForDisplay(AppDelegate& controller, uint64_t copiedBytes) {
+    if (!memoryShortage && copiedBytes > copiedBytesBeforeMemoryCheck)
+        controller.checkmemoryEnough();
+    if (memoryShortage)
+        dropNewestPath(controller);
+}
+
+struct PageFacts {
+    TW_IMAGEINFO info{};
+    PageLayout layout;
+    int32_t horizontalDpi = 0;
+    int32_t verticalDpi = 0;
+};
+
+void savePage(AppDelegate& controller, Batch& batch, const PageFacts& page) {
+    BitmapImageRep& bitmap = *batch.buffers.bitmap();
+    {
+        const Image image(batch.buffers.bitmap());
+        batch.saveResult = controller.saveXferDatatoMedia(bitmap,
+                                                          image,
+                                                          bitmap.bitmapData().data(),
+                                                          static_cast<float>(page.horizontalDpi),
+                                                          static_cast<float>(page.verticalDpi),
+                                                          page.info,
+                                                          page.layout.bytesPerLine);
+    }
+    if (batch.saveResult < 0) {
+        reportUnsavedPage(controller, batch.saveResult);
+    } else {
+        keepMemoryForDisplay(controller, batch.copiedBytes);
+        if (!isMultiPageFormat(controller.profileFileformatSelect) && controller.mMenuFileSave != 0)
+            showNewPages(controller);
+    }
+    memoryShortage = false;
+}
+
+// Page layout, when the page can be held in memory at all.
+std::optional<PageFacts> holdPage(AppDelegate& controller, Batch& batch, const TW_IMAGEINFO& info) {
+    PageFacts page{.info = info,
+                   .layout = {},
+                   .horizontalDpi = resolutionDpi(info.XResolution),
+                   .verticalDpi = resolutionDpi(info.YResolution)};
+    gHighResolutionScan = page.horizontalDpi >= highResolutionDpi;
+    const std::optional<PageLayout> layout = pageLayout(info);
+    if (!layout)
+        return std::nullopt;
+    page.layout = *layout;
+    gPageHeightAt300Dpi = pageHeightAt300Dpi(info.ImageLength, page.horizontalDpi);
+    const uint64_t bytes = layout->transferBytes;
+    if (!isPageAllocatable(bytes, 0) && !isPageAllocatable(bytes, controller.get_free_memory()))
+        return std::nullopt;
+    if (!batch.buffers.preparePage(*layout))
+        return std::nullopt;
+    return page;
+}
+
+void transferPage(AppDelegate& controller, Batch& batch, const std::optional<TW_IMAGEINFO>& info) {
+    const std::optional<PageFacts> page = info ? holdPage(controller, batch, *info) : std::nullopt;
+    if (!page) {
+        controller.showMemoryNotEnoughMessage();
+        batch.saveResult = nothingSaved;
+        return;
+    }
+    const ReceivedStrips strips = receiveStrips(*gTWAINHandler, batch.buffers);
+    batch.copiedBytes += strips.bytes;
+    const bool cancelled = strips.code == twain::TWRC_CANCEL;
+    if (strips.isEndless || !batch.guard.admits(strips.rows > 0, cancelled)) {
+        batch.saveResult = nothingSaved;
+        reportUnsavedPage(controller, batch.saveResult);
+        return;
+    }
+    if (cancelled) {
+        controller.mScanSetup = 0;
+        controller.enableToolbatItems(true);
+        return;
+    }
+    savePage(controller, batch, *page);
+}
+
+void transferPendingPages(AppDelegate& controller, Batch& batch) {
+    uint16_t pendingPages = 1;
+    while (pendingPages != 0) {
+        TW_IMAGEINFO info{};
+        const bool hasInfo = readImageInfo(*gTWAINHandler, info) == twain::TWRC_SUCCESS;
+        if (batch.saveResult == nothingSaved) {
+            controller.showMemoryNotEnoughMessage();
+            memoryShortage = true;
+            return;
+        }
+        transferPage(controller, batch, hasInfo ? std::optional(info) : std::nullopt);
+        const EndedTransfer ended = endTransfer(*gTWAINHandler);
+        batch.endFailed = ended.code != twain::TWRC_SUCCESS;
+        pendingPages = ended.pendingPages;
+        traceValue("pendingXfers.count", pendingPages);
+        repaintWithoutInput();
+    }
+}
+
+void showResults(AppDelegate& controller) {
+    if (controller.checkMemorySize(0) == 1)
+        showNewPages(controller);
+    if (controller.profileShowInFinder == 0 || !desktop().revealFile)
+        return;
+    const std::string& folder = controller.createFolerprofileFolderName;
+    desktop().revealFile(folder.empty() ? controller.profileFolderName : folder);
+}
+
+} // namespace
+
+void AppDelegate::completeMemoryXfer() {
+    TraceScope trace("completeMemoryXfer");
+    const DelayedMessagesHold hold;
+    prepareBatch(*this);
+    Batch batch;
+    transferPendingPages(*this, batch);
+
+    // A source that still holds a page can be neither disabled nor closed.
+    if (batch.saveResult == nothingSaved || batch.endFailed)
+        discardPendingPages(*gTWAINHandler);
+    closeSource(*gTWAINHandler);
+
+    if (isMultiPageFormat(profileFileformatSelect) && mMenuFileSave != 0)
+        currentPage += 1;
+    if (batch.saveResult != nothingSaved)
+        showResults(*this);
+    endScan();
+}
+
+uint64_t AppDelegate::get_free_memory() {
+    TraceScope trace("get_free_memory");
+    const std::optional<uint64_t> bytes =
+        host().availableMemoryBytes ? host().availableMemoryBytes() : std::nullopt;
+    if (!bytes) {
+        traceLine("Failed to fetch vm statistics");
+        return 0;
+    }
+    return *bytes;
+}
+
+int32_t AppDelegate::checkMemorySize(uint32_t megabytes) {
+    TraceScope trace("checkMemorySize");
+    if (hasMemoryFor(get_free_memory(), megabytes))
+        return 1;
+    showNoDisplayImageMessage();
+    return -1;
+}
+
+void AppDelegate::checkmemoryEnough() {
+    TraceScope trace("checkmemoryEnough");
+    if (memoryShortage || !isMemoryLowForDisplay(get_free_memory()))
+        return;
+    showNoDisplayImageMessage();
+    memoryShortage = true;
+}
+
+} // namespace paperline
