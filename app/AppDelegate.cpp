@@ -1,5 +1,7 @@
 #include "app/AppDelegate.h"
 
+#include <QWidget>
+
 #include <utility>
 
 namespace paperline {

@@ -20,6 +20,7 @@
 #include <vector>
 
 class QModelIndex;
+class QWidget;
 
 namespace paperline {
 
@@ -226,6 +227,7 @@ public:
 
 private:
     LaunchOptions launchOptions_;
+    std::vector<std::unique_ptr<QWidget>> windows_; // what the outlets point into
 };
 
 } // namespace paperline

@@ -24,6 +24,8 @@ public:
     DelayedMessagesHold& operator=(const DelayedMessagesHold&) = delete;
 };
 
+bool delayedMessagesAreHeld();
+
 // Asks the application to end the normal way; returns to the caller. Later calls change nothing.
 void requestTermination();
 bool terminationRequested();

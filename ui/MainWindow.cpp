@@ -13,6 +13,8 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
 #include <QScrollArea>
 #include <QSplitter>
 #include <QStatusBar>
@@ -42,6 +44,7 @@ QTableView* makePageList() {
     table->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     table->setTabKeyNavigation(false); // Tab leaves the list; the arrows walk in it
     table->setMinimumWidth(narrowestPageList);
+    table->setMaximumWidth(thumbnailColumnWidth);
     return table;
 }
 
@@ -138,7 +141,6 @@ void MainWindow::layOutPanes(bool withPageList) {
     outlets_.thumbnailView->setVisible(withPageList);
     if (!withPageList)
         return;
-    outlets_._tableViewMain->setColumnWidth(0, thumbnailColumnWidth);
     const int available = split->width() - split->handleWidth();
     split->setSizes({dividerPosition, qMax(0, available - dividerPosition)});
 }
@@ -186,6 +188,10 @@ void MainWindow::retranslate(const std::shared_ptr<const LanguageBundle>& bundle
     status_->setAccessibleDescription(textOf(bundle, "StatusName"));
 }
 
+void MainWindow::setApplicationMenuTitle(const QString& productName) {
+    menuBar()->findChild<QMenu*>("applicationMenu")->setTitle(productName);
+}
+
 void MainWindow::setEmptyStateShown(bool shown) {
     emptyState_->setVisible(shown);
 }
@@ -199,7 +205,7 @@ void MainWindow::setPageCount(const QString& text) {
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
-    event->accept();
+    event->setAccepted(!mayCloseNow_ || mayCloseNow_());
     emit closing();
 }
 

@@ -7,8 +7,10 @@
 
 #include <QMainWindow>
 
+#include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 
 class QLabel;
 
@@ -21,7 +23,7 @@ struct InterfaceOutlets;
 inline constexpr int designWidth = 1024;
 inline constexpr int designHeight = 678;
 inline constexpr int dividerPosition = 215;
-inline constexpr int thumbnailColumnWidth = 275;
+inline constexpr int thumbnailColumnWidth = 275; // room of the list; the divider cuts it
 
 class MainWindow : public QMainWindow {
     Q_OBJECT
@@ -38,12 +40,16 @@ public:
     // view alone.
     void layOutPanes(bool withPageList);
 
+    void setApplicationMenuTitle(const QString& productName);
     void setEmptyStateShown(bool shown);
     void setStatus(const QString& text);
     void setPageCount(const QString& text);
 
+    // While the guard says no, a close is announced, but the window stays.
+    void setCloseGuard(std::function<bool()> mayCloseNow) { mayCloseNow_ = std::move(mayCloseNow); }
+
 signals:
-    void closing(); // once per close that the user or the system asks for
+    void closing(); // at every close that the user or the system asks for
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -59,6 +65,7 @@ private:
     EmptyState* emptyState_ = nullptr;
     QLabel* status_ = nullptr;
     QLabel* pageCount_ = nullptr;
+    std::function<bool()> mayCloseNow_;
 };
 
 } // namespace paperline

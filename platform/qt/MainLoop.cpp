@@ -75,6 +75,10 @@ DelayedMessagesHold::~DelayedMessagesHold() {
         postToMainThread([action = std::move(action)]() mutable { runOrWait(std::move(action)); });
 }
 
+bool delayedMessagesAreHeld() {
+    return holdCount > 0;
+}
+
 void requestTermination() {
     if (!terminating.exchange(true))
         postToMainThread([] { QCoreApplication::quit(); });
