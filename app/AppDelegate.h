@@ -154,6 +154,33 @@ public:
                                         int32_t imageType,
                                         const std::string& fileName,
                                         const std::string& volumePath);
+    // A new image of exactly the target size with the source centred in it; invalid for an invalid
+    // source.
+    Image imageByScalingProportionallyToSize(Size targetSizePoints, const Image& sourceImage);
+    Image saveAsJpegWithName_scaleSize_4PDF(const Image& image); // a quarter of its size
+
+    // Multi-page TIFF: output/JoinTiff.cpp
+    std::vector<std::string> sortArray(std::vector<std::string> names) const; // plain, ascending
+    int32_t mergeTiffImage(const std::string& folder);                        // 1; -2 not written
+    int32_t mergeTiffImageEx(const std::string& folder); // 1; -1 the folder is empty
+
+    // PDF: output/SaveAsPdf.cpp
+    int32_t CreatePDF(const std::string& folder, const std::string& outFileName); // 1 or -2
+    int32_t CreateMPDF(const std::string& folder);                                // 1 or -2
+
+    // Maker and model in saved files: output/PatchMetadata.cpp
+    void replaceExifInfo(const std::string& path, const std::string& modelName);
+    void replacePDFProducer(const std::string& path, const std::string& modelName);
+
+    // Around a multi-page batch: output/MultiPageBatch.cpp
+    // Before the staging folders or the temporary root are removed: pages that a batch could not
+    // put into its file move to a folder of the user's, and a message says where.
+    void keepStagedPages();
+    // Moves a joined file ("/tmp/CorvaneTempImage/TmpImage.pdf") to multiPageTargetPath. A name
+    // taken meanwhile makes it the next free number, with the list's paths following.
+    bool moveJoinedFile(const std::string& joinedName);
+    // The batch's file is complete under its name: its staged pages go, and the observer is told.
+    void finishMultiPageFile();
 
     // Page list: viewer/PageList.cpp
     void GetImageFromImageFolder();
@@ -212,6 +239,7 @@ public:
     void showNotCorrectFolderMessage();
     void showNoEnoughDiskSpaceMessage();
     void showSourceNotOpenedMessage();
+    void showPagesKeptMessage(const std::string& folder);
 
     // Localisation: ui/Localisation.cpp
     void getSystemInfo();

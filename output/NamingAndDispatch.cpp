@@ -10,9 +10,10 @@
 #include "platform/Host.h"
 #include "platform/Places.h"
 #include "platform/SystemLog.h"
+#include "viewer/ImageView.h"
 
-#include <optional>
-#include <utility>
+#include <cmath>
+#include <string>
 
 namespace paperline {
 
@@ -101,12 +102,14 @@ int32_t saveAsImage(AppDelegate& controller,
                                          page.horizontalDpi);
 }
 
-int32_t writePage(AppDelegate& controller,
-                  const ReceivedPage& page,
-                  const FileFormat& format,
-                  const std::string& path) {
-    return format.code == formatBmp ? saveAsBmp(controller, page, path)
-                                    : saveAsImage(controller, page, format, path);
+SavedFile savedFileOf(const ReceivedPage& page, const FileFormat& format) {
+    return {.path = {},
+            .fileFormat = format.code,
+            .widthPixels = page.representation.pixelsWide(),
+            .heightPixels = page.representation.pixelsHigh(),
+            .bitsPerPixel = page.representation.bitsPerPixel(),
+            .resolutionDpi = static_cast<double>(page.horizontalDpi),
+            .pages = 1};
 }
 
 // The path that the list shows, or the writer's negative result.
@@ -115,17 +118,130 @@ struct DispatchResult {
     std::string listPath;
 };
 
-void reportSavedFile(AppDelegate& controller, const ReceivedPage& page, const FileFormat& format) {
-    if (controller.lastPageWrite.result != PageWriteResult::complete ||
-        !controller.savedFileObserver)
+// --- single-page files ---
+
+// A write that the code calls a success may have gone nowhere: the list then shows the name that
+// the file would have had.
+DispatchResult finishSinglePage(AppDelegate& controller,
+                                const ReceivedPage& page,
+                                const FileFormat& format,
+                                const std::string& wantedPath) {
+    const PageWrite written = controller.lastPageWrite;
+    const std::string path = written.path.empty() ? wantedPath : written.path;
+    const bool isComplete = written.result == PageWriteResult::complete;
+    if (isComplete && (format.code == formatJpeg || format.code == formatTiff))
+        controller.replaceExifInfo(path, controller.scannerName);
+    if (isComplete && format.code == formatPdf)
+        controller.replacePDFProducer(path, controller.scannerName);
+    if (isComplete && controller.savedFileObserver) {
+        SavedFile saved = savedFileOf(page, format);
+        saved.path = path;
+        controller.savedFileObserver(saved);
+    }
+    return {0, path};
+}
+
+// --- staged pages ---
+
+// A staged page that is not whole must not be joined: its joiner would try it again without end.
+int32_t stagePage(AppDelegate& controller,
+                  const ReceivedPage& page,
+                  const FileFormat& format,
+                  const std::string& stagedPath) {
+    const int32_t code = controller.saveAsJpegWithName(
+        page.image, format.imageType, stagedPath, scratchPath(scratchVolume), page.horizontalDpi);
+    if (code < 0 || controller.lastPageWrite.result == PageWriteResult::complete)
+        return code;
+    removePath(stagedPath);
+    return controller.lastPageWrite.result == PageWriteResult::incomplete ? -2 : -1;
+}
+
+DispatchResult saveAsPdf(AppDelegate& controller,
+                         const ReceivedPage& page,
+                         const FileFormat& format,
+                         const std::string& path) {
+    const std::string folder = scratchPath(stagingFolderName);
+    const std::string staged = folder + stagedPageName(controller.currentMultiPage, ".jpg");
+    int32_t code = stagePage(controller, page, format, staged);
+    if (code >= 0)
+        code = controller.CreatePDF(folder + "/", path);
+    if (code < 0)
+        return {code, {}};
+    removePath(staged); // it is in its file: nothing to be kept
+    return finishSinglePage(controller, page, format, path);
+}
+
+void rememberMultiPage(AppDelegate& controller,
+                       const ReceivedPage& page,
+                       const FileFormat& format,
+                       const std::string& path) {
+    if (controller.currentMultiPage != 1)
         return;
-    controller.savedFileObserver({.path = controller.lastPageWrite.path,
-                                  .fileFormat = format.code,
-                                  .widthPixels = page.representation.pixelsWide(),
-                                  .heightPixels = page.representation.pixelsHigh(),
-                                  .bitsPerPixel = page.representation.bitsPerPixel(),
-                                  .resolutionDpi = static_cast<double>(page.horizontalDpi),
-                                  .pages = 1});
+    multiPageTargetPath = path;
+    controller.multiPageFile = savedFileOf(page, format);
+    controller.multiPageFile.pages = 0;
+}
+
+DispatchResult stageForPdf(AppDelegate& controller,
+                           const ReceivedPage& page,
+                           const FileFormat& format,
+                           const std::string& path) {
+    rememberMultiPage(controller, page, format, path);
+    const int32_t code = stagePage(controller,
+                                   page,
+                                   format,
+                                   scratchPath(stagingFolderName) +
+                                       stagedPageName(controller.currentMultiPage, ".jpg"));
+    if (code < 0)
+        return {code, {}};
+    ++controller.currentMultiPage;
+    ++controller.multiPageFile.pages;
+    return {code, path};
+}
+
+DispatchResult stageForTiff(AppDelegate& controller,
+                            const ReceivedPage& page,
+                            const FileFormat& format,
+                            const std::string& path) {
+    rememberMultiPage(controller, page, format, path);
+    const std::string name = stagedPageName(controller.currentMultiPage, ".tif");
+    const std::string staged = scratchPath(stagingFolderName) + name;
+    const int32_t code = stagePage(controller, page, format, staged);
+    if (code < 0)
+        return {code, {}};
+    controller.replaceExifInfo(staged, controller.scannerName);
+    if (controller.currentMultiPage == 1)
+        multiTiffListPath =
+            scratchPath(scratchRootName) + stagedPageName(controller.currentPage, ".tif");
+    const std::string listCopy = scratchPath(listStagingFolderName) + name;
+    removePath(listCopy);
+    (void)copyFile(staged, listCopy); // only the list's copy: its result is not tested
+    ++controller.currentMultiPage;
+    ++controller.multiPageFile.pages;
+    return {code, multiTiffListPath};
+}
+
+DispatchResult writeInFormat(AppDelegate& controller,
+                             const ReceivedPage& page,
+                             const FileFormat& format,
+                             const std::string& path) {
+    if (!canWriteFormat(pageCodecs(), format.code))
+        return {-1, {}};
+    int32_t code = 0;
+    switch (format.code) {
+    case formatPdf:
+        return saveAsPdf(controller, page, format, path);
+    case formatMultiPagePdf:
+        return stageForPdf(controller, page, format, path);
+    case formatMultiPageTiff:
+        return stageForTiff(controller, page, format, path);
+    case formatBmp:
+        code = saveAsBmp(controller, page, path);
+        break;
+    default:
+        code = saveAsImage(controller, page, format, path);
+    }
+    return code < 0 ? DispatchResult{code, {}} : finishSinglePage(controller, page, format, path);
 }
 
 DispatchResult
@@ -137,15 +253,10 @@ dispatch(AppDelegate& controller, const ReceivedPage& page, const PageNamePatter
         return {0, name.base};
     traceMark(format->logLabel, format->code == formatBmp ? " In" : " In ");
     traceText(operation, name.path);
-    if (!canWriteFormat(format->code))
-        return {-1, {}};
-    const int32_t code = writePage(controller, page, *format, name.path);
-    if (code < 0)
-        return {code, {}};
-    reportSavedFile(controller, page, *format);
-    traceMark(format->logLabel, " Out");
-    const std::string& written = controller.lastPageWrite.path;
-    return {code, written.empty() ? name.path : written};
+    DispatchResult result = writeInFormat(controller, page, *format, name.path);
+    if (result.code >= 0)
+        traceMark(format->logLabel, " Out");
+    return result;
 }
 
 int32_t savePage(AppDelegate& controller, const ReceivedPage& page) {
@@ -176,6 +287,17 @@ int32_t savePage(AppDelegate& controller, const ReceivedPage& page) {
 
 // --- display only ---
 
+void restoreImageView(AppDelegate& controller) {
+    if (controller.mImageView == nullptr)
+        return;
+    const Rect& frame = controller.orgRect;
+    controller.mImageView->setGeometry(static_cast<int>(std::lround(frame.x)),
+                                       static_cast<int>(std::lround(frame.y)),
+                                       static_cast<int>(std::lround(frame.width)),
+                                       static_cast<int>(std::lround(frame.height)));
+    controller.mImageView->setFitorAcutalImage(controller._fitOrAcutalImage);
+}
+
 int32_t showPageOnly(AppDelegate& controller, const ReceivedPage& page) {
     traceMark("mMenuFileSave = 0", "");
     const std::string path = scratchPath(previewName);
@@ -184,6 +306,7 @@ int32_t showPageOnly(AppDelegate& controller, const ReceivedPage& page) {
     controller.imageFilePath.push_back(path);
     controller.GetImageFromImageFolder();
     controller.reloadMainTable();
+    restoreImageView(controller);
     if (!controller.cellInfos.empty()) {
         const auto lastRow = static_cast<uint32_t>(controller.cellInfos.size() - 1);
         if (controller._fitOrAcutalImage == 1)

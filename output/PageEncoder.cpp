@@ -1,10 +1,7 @@
 #include "output/PageEncoder.h"
 
 #include "output/FileFormats.h"
-#include "platform/JpegCodec.h"
 
-#include <algorithm>
-#include <cmath>
 #include <optional>
 #include <utility>
 
@@ -12,34 +9,48 @@ namespace paperline {
 
 namespace {
 
-// JFIF holds whole dots per inch of 16 bits.
-uint16_t storedDpi(double dpi) {
-    return static_cast<uint16_t>(std::lround(std::clamp(dpi, 1.0, 65535.0)));
+const PageCodecs::Encoder* encoderOf(const PageCodecs& codecs, int32_t imageType) {
+    switch (imageType) {
+    case imageTypeJpeg:
+        return &codecs.jpeg;
+    case imageTypePng:
+        return &codecs.png;
+    case imageTypeGif:
+        return &codecs.gif;
+    case imageTypeTiff:
+        return &codecs.tiff;
+    default:
+        return nullptr;
+    }
 }
 
-EncodedPage finished(std::optional<std::vector<uint8_t>> bytes) {
+} // namespace
+
+EncodedPage encodePage(const PageCodecs& codecs,
+                       const BitmapImageRep& page,
+                       int32_t imageType,
+                       Density density) {
+    const PageCodecs::Encoder* encode = encoderOf(codecs, imageType);
+    if (encode == nullptr || !*encode)
+        return {{}, "there is no encoder for this image type"};
+    std::optional<std::vector<uint8_t>> bytes = (*encode)(page, density);
     if (!bytes)
         return {{}, "the page cannot be encoded"};
     return {std::move(*bytes), {}};
 }
 
-} // namespace
-
-EncodedPage encodePage(const BitmapImageRep& page, int32_t imageType, Density density) {
-    switch (imageType) {
-    case imageTypeJpeg:
-        return finished(encodeJpeg(page,
-                                   {.quality = jpegQuality,
-                                    .horizontalDpi = storedDpi(density.horizontalDpi),
-                                    .verticalDpi = storedDpi(density.verticalDpi)}));
-    default:
-        return {{}, "there is no encoder for this type"};
-    }
-}
-
-bool canWriteFormat(int32_t formatCode) {
-    return fileFormatOf(formatCode) == nullptr || formatCode == formatBmp ||
-           formatCode == formatJpeg;
+bool canWriteFormat(const PageCodecs& codecs, int32_t formatCode) {
+    const FileFormat* format = fileFormatOf(formatCode);
+    if (format == nullptr || format->code == formatBmp)
+        return true;
+    const PageCodecs::Encoder* encode = encoderOf(codecs, format->imageType);
+    if (encode == nullptr || !*encode)
+        return false;
+    if (format->code == formatPdf || format->code == formatMultiPagePdf)
+        return static_cast<bool>(codecs.pdf);
+    if (format->code == formatMultiPageTiff)
+        return codecs.tiffDeclared300Dpi && codecs.tiffUnchanged;
+    return true;
 }
 
 } // namespace paperline

@@ -31,8 +31,11 @@ encodeAndWrite(AppDelegate& controller, const Image& image, const ImageWriteRequ
         return raised("the image has no representation");
     const BitmapImageRep& page = *image.representations().front();
     const Size points = pointsOfPage(page.pixelsWide(), page.pixelsHigh(), request.resolutionDpi);
-    const EncodedPage encoded = encodePage(
-        page, request.imageType, densityOfPage(page.pixelsWide(), page.pixelsHigh(), points));
+    const EncodedPage encoded =
+        encodePage(pageCodecs(),
+                   page,
+                   request.imageType,
+                   densityOfPage(page.pixelsWide(), page.pixelsHigh(), points));
     if (!encoded.failure.empty())
         return raised(encoded.failure);
     if (controller.checkFreeDiskSpace(static_cast<int64_t>(encoded.bytes.size()),

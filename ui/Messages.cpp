@@ -8,11 +8,11 @@
 namespace paperline {
 namespace {
 
-void showMessage(const char* key) {
+void showMessage(const char* key, const std::string& informativeText = {}) {
     const DelayedMessagesHold hold;
     runAlertPanel({.title = " ",
                    .message = localizedString(gLanguageBundle, key),
-                   .informativeText = "",
+                   .informativeText = informativeText,
                    .defaultButton = ""});
 }
 
@@ -59,6 +59,11 @@ void AppDelegate::showNoEnoughDiskSpaceMessage() {
 void AppDelegate::showSourceNotOpenedMessage() {
     TraceScope trace("showSourceNotOpenedMessage");
     showMessage("SourceNotOpened");
+}
+
+void AppDelegate::showPagesKeptMessage(const std::string& folder) {
+    TraceScope trace("showPagesKeptMessage");
+    showMessage("PagesKept", folder);
 }
 
 } // namespace paperline

@@ -1,0 +1,37 @@
+#include "output/PageCodecs.h"
+
+#include "platform/JpegCodec.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace paperline {
+
+namespace {
+
+// JFIF holds whole dots per inch of 16 bits.
+uint16_t storedDpi(double dpi) {
+    return static_cast<uint16_t>(std::lround(std::clamp(dpi, 1.0, 65535.0)));
+}
+
+std::optional<std::vector<uint8_t>> encodeAsJpeg(const BitmapImageRep& page, Density density) {
+    return encodeJpeg(page,
+                      {.quality = jpegQuality,
+                       .horizontalDpi = storedDpi(density.horizontalDpi),
+                       .verticalDpi = storedDpi(density.verticalDpi)});
+}
+
+} // namespace
+
+PageCodecs platformCodecs() {
+    PageCodecs codecs;
+    codecs.jpeg = encodeAsJpeg;
+    return codecs;
+}
+
+PageCodecs& pageCodecs() {
+    static PageCodecs codecs = platformCodecs();
+    return codecs;
+}
+
+} // namespace paperline

@@ -1,0 +1,185 @@
+#include "output/PageFile.h"
+
+#include "output/PageNaming.h"
+#include "platform/Files.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <set>
+#include <vector>
+
+namespace paperline {
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+
+class PageFile : public testing::Test {
+protected:
+    void SetUp() override {
+        char name[] = "/tmp/pagefileXXXXXX";
+        ASSERT_NE(mkdtemp(name), nullptr);
+        folder_ = name;
+    }
+    void TearDown() override {
+        (void)chmod(folder_.c_str(), 0700);
+        EXPECT_TRUE(removePath(folder_));
+    }
+    std::string path(const std::string& name) const { return folder_ + "/" + name; }
+    std::string folder_;
+};
+
+const Bytes page{1, 2, 3, 4};
+
+TEST_F(PageFile, AUsersFileAppearsWhole) {
+    const PageWrite write = writePageFile({path("a.jpg"), false, {}}, page);
+    EXPECT_EQ(write.result, PageWriteResult::complete);
+    EXPECT_EQ(write.path, path("a.jpg"));
+    EXPECT_EQ(readFile(path("a.jpg")), page);
+}
+
+TEST_F(PageFile, ATakenNameIsNeverOverwritten) {
+    ASSERT_TRUE(writeFile(path("a.jpg"), Bytes{9}));
+    const PageWrite write = writePageFile({path("a.jpg"), false, {}}, page);
+    EXPECT_EQ(write.result, PageWriteResult::notOpened);
+    EXPECT_EQ(readFile(path("a.jpg")), Bytes{9});
+}
+
+TEST_F(PageFile, ANameTakenMeanwhileMovesOnToTheNext) {
+    ASSERT_TRUE(writeFile(path("p1"), Bytes{9}));
+    ASSERT_TRUE(writeFile(path("p2"), Bytes{8}));
+    int number = 1;
+    const PageWrite write = writePageFile(
+        {path("p1"), false, [&] { return path("p" + std::to_string(++number)); }}, page);
+    EXPECT_EQ(write.result, PageWriteResult::complete);
+    EXPECT_EQ(write.path, path("p3"));
+    EXPECT_EQ(readFile(path("p1")), Bytes{9});
+    EXPECT_EQ(readFile(path("p2")), Bytes{8});
+    EXPECT_EQ(readFile(path("p3")), page);
+}
+
+TEST_F(PageFile, ALinkUnderTheNameIsACollisionEvenWhenItLeadsNowhere) {
+    ASSERT_EQ(symlink(path("elsewhere").c_str(), path("a.jpg").c_str()), 0);
+    const PageWrite write =
+        writePageFile({path("a.jpg"), false, [&] { return path("b.jpg"); }}, page);
+    EXPECT_EQ(write.path, path("b.jpg"));
+    EXPECT_FALSE(fileExists(path("elsewhere")));
+}
+
+TEST_F(PageFile, ScratchFilesAreReplaced) {
+    ASSERT_TRUE(writeFile(path("s"), Bytes{9, 9, 9, 9, 9, 9}));
+    EXPECT_EQ(writePageFile({path("s"), true, {}}, page).result, PageWriteResult::complete);
+    EXPECT_EQ(readFile(path("s")), page);
+}
+
+TEST_F(PageFile, AVanishedFolderIsNotOpened) {
+    EXPECT_EQ(writePageFile({path("gone/a.jpg"), false, {}}, page).result,
+              PageWriteResult::notOpened);
+    EXPECT_EQ(writePageFile({path("gone/a.jpg"), true, {}}, page).result,
+              PageWriteResult::notOpened);
+}
+
+TEST_F(PageFile, AFullDiskLeavesNothingUnderTheName) {
+    const auto full = [](const std::string&, std::span<const uint8_t>) {
+        return CreateResult::failed;
+    };
+    EXPECT_EQ(writePageFile({path("a.jpg"), false, {}}, page, full).result,
+              PageWriteResult::incomplete);
+}
+
+// Runs in a child with a limit on file sizes, which makes writes fail as a full disk does.
+int writeAboveLimit(const std::string& target) {
+    const rlimit limit{4096, 4096};
+    if (setrlimit(RLIMIT_FSIZE, &limit) != 0)
+        return 2;
+    (void)std::signal(SIGXFSZ, SIG_IGN);
+    const PageWrite write = writePageFile({target, false, {}}, Bytes(100000));
+    return write.result == PageWriteResult::incomplete ? 0 : 1;
+}
+
+TEST_F(PageFile, AWriteThatStopsHalfwayLeavesNoFile) {
+    const pid_t child = fork();
+    if (child == 0)
+        _exit(writeAboveLimit(path("a.bmp")));
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+    EXPECT_TRUE(folderEntries(folder_).empty());
+}
+
+// A plain user; root passes every permission bit.
+int writeAsPlainUser(const std::string& target) {
+    constexpr uid_t plainUser = 65534;
+    if (geteuid() == 0 && (setgid(plainUser) != 0 || setuid(plainUser) != 0))
+        return 2;
+    return writePageFile({target, false, {}}, page).result == PageWriteResult::notOpened ? 0 : 1;
+}
+
+TEST_F(PageFile, AReadOnlyFolderIsNotOpened) {
+    ASSERT_EQ(chmod(folder_.c_str(), 0555), 0);
+    const pid_t child = fork();
+    if (child == 0)
+        _exit(writeAsPlainUser(path("a.jpg")));
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_TRUE(folderEntries(folder_).empty());
+}
+
+// One writer's way through the dispatch: search, write, move on.
+int savePages(const std::string& folder, uint8_t writer, int count) {
+    uint32_t counter = 1;
+    const PageNamePattern pattern{folder, "Image", ".jpg", false};
+    const NameSearch search{.testCollisions = true, .fileExists = fileExists, .announce = {}};
+    for (int i = 0; i < count; ++i) {
+        const PageName name = findPageName(pattern, counter, search);
+        counter = name.counter;
+        const auto next = [&] {
+            const PageName free = findPageName(pattern, counter + 1, search);
+            counter = free.counter;
+            return free.path;
+        };
+        const Bytes content{writer, static_cast<uint8_t>(i)};
+        if (writePageFile({name.path, false, next}, content).result != PageWriteResult::complete)
+            return 1;
+        ++counter;
+    }
+    return 0;
+}
+
+TEST_F(PageFile, TwoProcessesInOneFolderLoseNothing) {
+    constexpr int pages = 200;
+    const pid_t child = fork();
+    if (child == 0)
+        _exit(savePages(folder_, 2, pages));
+    EXPECT_EQ(savePages(folder_, 1, pages), 0);
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    std::set<Bytes> contents;
+    for (const std::string& name : folderEntries(folder_))
+        contents.insert(readFile(path(name)).value_or(Bytes{}));
+    EXPECT_EQ(contents.size(), 2U * pages);
+    EXPECT_EQ(folderEntries(folder_).size(), 2U * pages);
+    EXPECT_TRUE(fileExists(path("Image_00400.jpg")));
+}
+
+TEST(ScratchFiles, AreThePreviewTheThumbnailAndWhatLiesBelowTheTemporaryRoot) {
+    const ScratchPlaces place = [](const std::string& name) { return "/x" + name; };
+    EXPECT_TRUE(isScratchFile("/x/tmp/CPL_image.bmp", place));
+    EXPECT_TRUE(isScratchFile("/x/tmp/1.jpg", place));
+    EXPECT_TRUE(isScratchFile("/x/tmp/CorvaneTempImage/MultiImage/Image_00001.jpg", place));
+    EXPECT_FALSE(isScratchFile("/tmp/1.jpg", place));
+    EXPECT_FALSE(isScratchFile("/x/tmp/CorvaneTempImage", place));
+    EXPECT_FALSE(isScratchFile("/x/tmp/Image_00001.jpg", place));
+}
+
+} // namespace
+} // namespace paperline

@@ -1,0 +1,102 @@
+#include "output/PageJoining.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <vector>
+
+namespace paperline {
+namespace {
+
+using Names = std::vector<std::string>;
+
+class ScriptedJoiner : public PageJoiner {
+public:
+    using Script = std::function<Added(const std::string& pageFile, int attempt)>;
+    explicit ScriptedJoiner(Script script) : script_(std::move(script)) {}
+    Added add(const std::string& pageFile) override {
+        const Added result = script_(pageFile, ++attempts);
+        if (result == Added::yes)
+            added.push_back(pageFile);
+        return result;
+    }
+    bool finish() override { return true; }
+
+    int attempts = 0;
+    Names added;
+
+private:
+    Script script_;
+};
+
+TEST(PageJoining, NamesAreSortedAsPlainText) {
+    EXPECT_EQ(sortedNames({"Image_00010.tif", "Image_00002.tif", "Image_00001.tif"}),
+              (Names{"Image_00001.tif", "Image_00002.tif", "Image_00010.tif"}));
+    EXPECT_EQ(sortedNames({"b", "a", "B", "a10", "a2"}), (Names{"B", "a", "a10", "a2", "b"}));
+    // Beyond five digits the order of the text is no longer the order of the pages.
+    EXPECT_EQ(sortedNames({"Image_99999.tif", "Image_100000.tif"}),
+              (Names{"Image_100000.tif", "Image_99999.tif"}));
+    EXPECT_TRUE(sortedNames({}).empty());
+}
+
+TEST(PageJoining, AnEntryThatFailsAThousandTimesIsStillJoinedInItsPlace) {
+    ScriptedJoiner joiner([](const std::string& file, int attempt) {
+        return file == "/s/2" && attempt <= 1001 ? PageJoiner::Added::unreadable
+                                                 : PageJoiner::Added::yes;
+    });
+    int retries = 0;
+    JoinSteps steps;
+    steps.retrying = [&retries] { ++retries; };
+    EXPECT_TRUE(joinRetrying(joiner, "/s", {"1", "2", "3"}, steps));
+    EXPECT_EQ(retries, 1000);
+    EXPECT_EQ(joiner.attempts, 1003);
+    EXPECT_EQ(joiner.added, (Names{"/s/1", "/s/2", "/s/3"}));
+}
+
+TEST(PageJoining, RetryingWaitsLongBeforeItGivesNothingUp) {
+    ScriptedJoiner joiner([](const std::string&, int attempt) {
+        return attempt <= 10005 ? PageJoiner::Added::unreadable : PageJoiner::Added::yes;
+    });
+    EXPECT_TRUE(joinRetrying(joiner, "/s", {"1"}, {}));
+    EXPECT_EQ(joiner.attempts, 10006);
+}
+
+TEST(PageJoining, SkippingLeavesUnreadableEntriesOut) {
+    ScriptedJoiner joiner([](const std::string& file, int) {
+        return file == "/s/2" ? PageJoiner::Added::unreadable : PageJoiner::Added::yes;
+    });
+    EXPECT_TRUE(joinSkipping(joiner, "/s", {"1", "2", "3"}, {}));
+    EXPECT_EQ(joiner.added, (Names{"/s/1", "/s/3"}));
+    EXPECT_EQ(joiner.attempts, 3);
+}
+
+TEST(PageJoining, AFailedOutputEndsBoth) {
+    const auto failsAtTwo = [](const std::string& file, int) {
+        return file == "/s/2" ? PageJoiner::Added::outputFailed : PageJoiner::Added::yes;
+    };
+    ScriptedJoiner retrying(failsAtTwo);
+    EXPECT_FALSE(joinRetrying(retrying, "/s", {"1", "2", "3"}, {}));
+    EXPECT_EQ(retrying.attempts, 2);
+    ScriptedJoiner skipping(failsAtTwo);
+    EXPECT_FALSE(joinSkipping(skipping, "/s", {"1", "2", "3"}, {}));
+    EXPECT_EQ(skipping.attempts, 2);
+}
+
+TEST(PageJoining, TheStepsAreToldInOrder) {
+    ScriptedJoiner joiner([](const std::string&, int attempt) {
+        return attempt == 1 ? PageJoiner::Added::unreadable : PageJoiner::Added::yes;
+    });
+    Names told;
+    const auto tell = [&told](const char* step) { return [&told, step] { told.push_back(step); }; };
+    EXPECT_TRUE(joinRetrying(joiner,
+                             "/s",
+                             {"1"},
+                             {.loading = tell("in"),
+                              .loaded = tell("out"),
+                              .retrying = tell("continue"),
+                              .added = tell("added")}));
+    EXPECT_EQ(told, (Names{"in", "continue", "in", "out", "added"}));
+}
+
+} // namespace
+} // namespace paperline
