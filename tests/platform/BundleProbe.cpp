@@ -1,0 +1,8 @@
+// Prints the bundle path that a program finds at the place it was copied to.
+#include "platform/Places.h"
+
+#include <cstdio>
+
+int main() {
+    std::puts(paperline::bundlePath().c_str());
+}
