@@ -1,0 +1,40 @@
+#include "ui/SaveFolderChoice.h"
+
+#include <gtest/gtest.h>
+
+namespace paperline {
+namespace {
+
+TEST(NameToCarryOver, IsTheLastPartOfTheFolderText) {
+    EXPECT_EQ(nameToCarryOver("/home/kai/Documents/Invoices"), "Invoices");
+}
+
+TEST(NameToCarryOver, IsImageForATextThatEndsInASlash) {
+    EXPECT_EQ(nameToCarryOver("/home/kai/Documents/"), "Image");
+    EXPECT_EQ(nameToCarryOver("/"), "Image");
+}
+
+TEST(NameToCarryOver, IsEmptyForAnEmptyText) {
+    EXPECT_EQ(nameToCarryOver(""), "");
+}
+
+TEST(ChosenFolderText, JoinsTheNameToTheFolder) {
+    EXPECT_EQ(chosenFolderText("/Volumes/Disk/Scans", "Image", true), "/Volumes/Disk/Scans/Image");
+    EXPECT_EQ(chosenFolderText("/", "Image", true), "/Image");
+}
+
+TEST(ChosenFolderText, IsTheBareFolderWhenNamesAreNotTakenFromTheField) {
+    EXPECT_EQ(chosenFolderText("/Volumes/Disk/Scans", "Image", false), "/Volumes/Disk/Scans");
+}
+
+TEST(FolderOfPages, LiesAboveTheNamesTemplate) {
+    EXPECT_EQ(folderOfPages("/home/kai/Documents/Image", true), "/home/kai/Documents");
+}
+
+TEST(FolderOfPages, IsTheTextItselfWithoutATemplate) {
+    EXPECT_EQ(folderOfPages("/home/kai/Documents/", true), "/home/kai/Documents/");
+    EXPECT_EQ(folderOfPages("/home/kai/Documents/Image", false), "/home/kai/Documents/Image");
+}
+
+} // namespace
+} // namespace paperline

@@ -1,0 +1,158 @@
+// Makes the windows of AppDelegate and joins every control to its command.
+#include "app/AppDelegate.h"
+
+#include "app/BrandProfile.h"
+#include "output/FileFormats.h"
+#include "platform/MainLoop.h"
+#include "platform/Places.h"
+#include "ui/MainWindow.h"
+#include "ui/SelectSourceWindow.h"
+#include "ui/SourceListModel.h"
+#include "ui/WindowPlace.h"
+#include "viewer/ImageView.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QComboBox>
+#include <QItemSelectionModel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPushButton>
+#include <QTableView>
+
+namespace paperline {
+namespace {
+
+using Command = void (AppDelegate::*)(QObject*);
+
+void join(AppDelegate& controller, QAction* item, Command command) {
+    QObject::connect(item, &QAction::triggered, &controller, [&controller, item, command] {
+        (controller.*command)(item);
+    });
+}
+
+void join(AppDelegate& controller, QPushButton* button, Command command) {
+    QObject::connect(button, &QPushButton::clicked, &controller, [&controller, button, command] {
+        (controller.*command)(button);
+    });
+}
+
+void joinToolbar(AppDelegate& controller) {
+    join(controller, controller.paperlineToolbar_Setup, &AppDelegate::toolBarItemSetup);
+    join(controller, controller.paperlineToolbar_Scan, &AppDelegate::toolBarItemScan);
+    join(controller, controller.paperlineToolbar_FileFormat, &AppDelegate::toolBarItemFileFormat);
+    join(controller,
+         controller.paperlineToolbar_FolderSelect,
+         &AppDelegate::toolBarItemFolderSelect);
+    join(controller, controller.paperlineToolbar_OpenDlg, &AppDelegate::openSaveFolder);
+    join(controller, controller.paperlineToolbar_FitPage, &AppDelegate::toolBarItemFitPage);
+    join(controller, controller.paperlineToolbar_ActualPage, &AppDelegate::toolBarItemActualPage);
+
+    QComboBox* formats = controller.paperlineToolbar_FileFormatsCombox;
+    for (const FileFormat& format : fileFormats)
+        formats->addItem(QString::fromUtf8(format.listName));
+    // Only what the user chooses; the launch sets positions on its own.
+    QObject::connect(formats, &QComboBox::activated, &controller, [&controller](int index) {
+        controller.toolBarItemFileFormatSelect(index);
+    });
+}
+
+void showAllWindows() {
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+        if (window->isWindow() && window->isMinimized())
+            window->showNormal();
+        if (window->isVisible())
+            window->raise();
+    }
+}
+
+void joinMenus(AppDelegate& controller) {
+    join(controller, controller.fileSave, &AppDelegate::menuFileSave);
+    join(controller, controller.fileSetup, &AppDelegate::menuFileSetup);
+    join(controller, controller.fileScan, &AppDelegate::menuFileScan);
+    join(controller, controller.fileQuit, &AppDelegate::menuFileQuit);
+    join(controller, controller.fileSelectLangage, &AppDelegate::menuFileSelectLanguage);
+    join(controller, controller.systemAbout, &AppDelegate::orderFrontStandardAboutPanel);
+    QMainWindow* window = controller.paperlineWindow;
+    for (QAction* item : {controller.windowMini, controller.systemHideCPL})
+        QObject::connect(item, &QAction::triggered, window, &QWidget::showMinimized);
+    QObject::connect(controller.systemShowAll, &QAction::triggered, window, showAllWindows);
+    QObject::connect(
+        controller.systemQuitCPL, &QAction::triggered, window, [] { requestTermination(); });
+    // No desktop of this platform lets one program hide the others.
+    controller.systemHideOthers->setVisible(false);
+}
+
+void joinSelectionWindow(AppDelegate& controller) {
+    join(controller, controller.twainSelectSourceOKBtn, &AppDelegate::doBtnOK);
+    join(controller, controller.twainSelectSourceCancelBtn, &AppDelegate::doBtnCancel);
+    QTableView* table = controller._tableViewSelectSource;
+    QObject::connect(table->selectionModel(),
+                     &QItemSelectionModel::selectionChanged,
+                     &controller,
+                     [&controller, table] {
+                         const QModelIndexList rows = table->selectionModel()->selectedRows();
+                         controller.tableViewSelectionDidChange(
+                             table, rows.isEmpty() ? -1 : rows.constFirst().row());
+                     });
+}
+
+void joinPageCount(AppDelegate& controller) {
+    const QAbstractItemModel* pages = controller._tableViewMain->model();
+    if (pages == nullptr)
+        return;
+    const auto count = [&controller] { controller.showPageCount(); };
+    QObject::connect(pages, &QAbstractItemModel::rowsInserted, &controller, count);
+    QObject::connect(pages, &QAbstractItemModel::rowsRemoved, &controller, count);
+    QObject::connect(pages, &QAbstractItemModel::dataChanged, &controller, count);
+    QObject::connect(pages, &QAbstractItemModel::modelReset, &controller, count);
+}
+
+// The command line's window is never shown, so it has no size to keep.
+void keepWindowSize(const AppDelegate& controller, MainWindow& window) {
+    if (controller.launchOptions().commandLine)
+        return;
+    const std::string folder = userDataFolder();
+    restoreWindowSize(window, folder);
+    const auto remember = [&window, folder] { rememberWindowSize(window, folder); };
+    QObject::connect(&window, &MainWindow::closing, &window, remember);
+    QObject::connect(qApp, &QCoreApplication::aboutToQuit, &window, remember);
+}
+
+} // namespace
+
+void AppDelegate::loadInterface() {
+    const std::string resources = mResourcePath.empty() ? resourcePath() : mResourcePath;
+    mImageView = new ImageView;
+    auto mainWindow = std::make_unique<MainWindow>(*this, mImageView, resources);
+    auto selectionWindow = std::make_unique<SelectSourceWindow>(*this);
+    mainWindow->setApplicationMenuTitle(
+        QString::fromUtf8(brandProfile(launchOptions_.brand).productName));
+
+    joinToolbar(*this);
+    joinMenus(*this);
+    joinSelectionWindow(*this);
+    joinPageCount(*this);
+    keepWindowSize(*this, *mainWindow);
+    // A close during a transfer waits for its end.
+    mainWindow->setCloseGuard([] { return !delayedMessagesAreHeld(); });
+    connect(mainWindow.get(), &MainWindow::closing, this, [this] {
+        if (delayedMessagesAreHeld())
+            performAfterDelay(0, [this] { windowWillClose(); });
+        else
+            windowWillClose();
+    });
+    windows_.push_back(std::move(mainWindow));
+    windows_.push_back(std::move(selectionWindow));
+    windowDidLoad();
+}
+
+void AppDelegate::reloadSourceTable() {
+    auto* model = qobject_cast<SourceListModel*>(_tableViewSelectSource->model());
+    QStringList names;
+    for (const TWAIN_INFO& source : dsArray)
+        names.append(QString::fromStdString(source.productNameText()));
+    model->setNames(names);
+}
+
+} // namespace paperline
