@@ -1,5 +1,6 @@
 // The main thread's event loop: delayed messages, posting from other threads, termination.
-// platform/qt/MainLoop.cpp does it with Qt; nothing of Qt shows here.
+// platform/qt/MainLoop.cpp does it with Qt; nothing of Qt shows here. Without an application object
+// (before it starts, after it ends) actions are dropped.
 #pragma once
 
 #include <functional>
@@ -14,7 +15,7 @@ void performAfterDelay(double seconds, std::function<void()> action);
 void postToMainThread(std::function<void()> action);
 bool isMainThread();
 
-// Delayed messages wait while one of these lives: a modal window or a transfer is on.
+// Delayed messages wait while one of these lives: a modal window or a transfer is on. Main thread.
 class DelayedMessagesHold {
 public:
     DelayedMessagesHold();

@@ -4,7 +4,10 @@
 #include <QThread>
 #include <QTimer>
 
+#include <algorithm>
 #include <atomic>
+#include <cmath>
+#include <limits>
 #include <utility>
 #include <vector>
 
@@ -12,7 +15,7 @@ namespace paperline {
 namespace {
 
 int holdCount = 0; // main thread only
-bool terminating = false;
+std::atomic<bool> terminating{false};
 
 std::vector<std::function<void()>>& waitingActions() {
     static std::vector<std::function<void()>> actions;
@@ -26,6 +29,12 @@ void runOrWait(std::function<void()> action) {
         action();
 }
 
+int timerMilliseconds(double seconds) {
+    constexpr double longest = std::numeric_limits<int>::max();
+    const double milliseconds = std::round(seconds * 1000.0);
+    return milliseconds > 0 ? static_cast<int>(std::min(milliseconds, longest)) : 0;
+}
+
 } // namespace
 
 bool isMainThread() {
@@ -34,20 +43,23 @@ bool isMainThread() {
 }
 
 void postToMainThread(std::function<void()> action) {
-    QMetaObject::invokeMethod(
-        QCoreApplication::instance(), std::move(action), Qt::QueuedConnection);
+    if (QCoreApplication* application = QCoreApplication::instance())
+        QMetaObject::invokeMethod(application, std::move(action), Qt::QueuedConnection);
 }
 
 void performAfterDelay(double seconds, std::function<void()> action) {
+    QCoreApplication* application = QCoreApplication::instance();
+    if (application == nullptr)
+        return;
     if (!isMainThread()) {
         postToMainThread([seconds, action = std::move(action)]() mutable {
             performAfterDelay(seconds, std::move(action));
         });
         return;
     }
-    QTimer::singleShot(static_cast<int>(seconds * 1000.0),
+    QTimer::singleShot(timerMilliseconds(seconds),
                        Qt::PreciseTimer,
-                       QCoreApplication::instance(),
+                       application,
                        [action = std::move(action)]() mutable { runOrWait(std::move(action)); });
 }
 
@@ -58,6 +70,7 @@ DelayedMessagesHold::DelayedMessagesHold() {
 DelayedMessagesHold::~DelayedMessagesHold() {
     if (--holdCount > 0)
         return;
+    // Queued, not called: whoever ends the hold is still in the middle of its work.
     for (std::function<void()>& action : std::exchange(waitingActions(), {}))
         postToMainThread([action = std::move(action)]() mutable { runOrWait(std::move(action)); });
 }
@@ -67,10 +80,8 @@ bool delayedMessagesAreHeld() {
 }
 
 void requestTermination() {
-    if (terminating)
-        return;
-    terminating = true;
-    postToMainThread([] { QCoreApplication::quit(); });
+    if (!terminating.exchange(true))
+        postToMainThread([] { QCoreApplication::quit(); });
 }
 
 bool terminationRequested() {
@@ -82,6 +93,8 @@ void resetTerminationRequest() {
 }
 
 void repaintWithoutInput() {
+    // What falls due while windows repaint waits: the caller is in the middle of a page.
+    const DelayedMessagesHold hold;
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }
 

@@ -32,7 +32,7 @@ QT_HEADER = re.compile(r"^Q[A-Za-z]|^Qt")
 WORKER_FILES = re.compile(r"^sources/(software|sane|worker)/")
 # Library header -> the only files that may include it.
 ADAPTERS = {
-    r"^plist/": r"^platform/PropertyListLibrary\.cpp$",
+    r"^plist/": r"^platform/PropertyList[A-Za-z]*\.cpp$",
     r"^unicode/": r"^platform/[A-Za-z]+\.cpp$",
     r"^(jpeglib|jerror|turbojpeg)\.h$": r"^platform/(JpegCodec|JpegErrors)",
     r"^png\.h$": r"^platform/Png[A-Za-z]*\.",

@@ -1,0 +1,80 @@
+// The About command.
+#include "app/AppDelegate.h"
+
+#include "app/BrandProfile.h"
+#include "app/CvOutputLog.h"
+#include "app/Version.h"
+#include "platform/DatePatterns.h"
+#include "platform/Host.h"
+#include "platform/MainLoop.h"
+#include "platform/PropertyList.h"
+
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QIcon>
+#include <QLabel>
+#include <QMainWindow>
+#include <QVBoxLayout>
+
+#include <cstdlib>
+
+namespace paperline {
+namespace {
+
+// Systems from this minor version on show a plain message instead of the standard panel.
+constexpr int firstMinorVersionWithMessage = 14;
+constexpr int panelIconSizePoints = 128;
+
+std::string bundleVersion(const std::string& bundle) {
+    const PropertyListFile info = readPropertyList(bundle + "/Contents/Info.plist");
+    const PropertyListValue* version = find(info.root, "CFBundleShortVersionString");
+    return version != nullptr && version->asString() != nullptr ? *version->asString()
+                                                                : versionText;
+}
+
+struct PanelTexts {
+    std::string name, version, copyright;
+};
+
+// The standard About panel: image, name, version, copyright.
+void showStandardPanel(QWidget* parent, const QIcon& icon, const PanelTexts& texts) {
+    QDialog panel(parent);
+    panel.setWindowTitle(QString::fromStdString(texts.name));
+    QVBoxLayout layout(&panel);
+    const auto addLabel = [&layout, &panel](const QString& text) {
+        auto* label = new QLabel(text, &panel);
+        label->setAlignment(Qt::AlignCenter);
+        layout.addWidget(label);
+        return label;
+    };
+    addLabel({})->setPixmap(icon.pixmap(panelIconSizePoints, panelIconSizePoints));
+    QLabel* heading = addLabel(QString::fromStdString(texts.name));
+    QFont bold = heading->font();
+    bold.setBold(true);
+    heading->setFont(bold);
+    addLabel(QString::fromStdString(texts.version));
+    addLabel(QString::fromStdString(texts.copyright));
+    QDialogButtonBox buttons(QDialogButtonBox::Close, &panel);
+    QObject::connect(&buttons, &QDialogButtonBox::rejected, &panel, &QDialog::reject);
+    layout.addWidget(&buttons);
+    const DelayedMessagesHold hold;
+    panel.exec();
+}
+
+} // namespace
+
+void AppDelegate::orderFrontStandardAboutPanel(QObject* /*sender*/) {
+    TraceScope trace("orderFrontStandardAboutPanel");
+    const FormatMoment now{host().secondsSinceEpoch(), host().localeIdentifier(), ""};
+    const int year = std::atoi(formatDate(now, "yyyy").c_str());
+    const PanelTexts texts{brandProfile(gBrandNumber).productName,
+                           bundleVersion(mCurrentPath),
+                           copyrightLine(gBrandNumber, year)};
+    if (mVersionMinor >= firstMinorVersionWithMessage)
+        input(texts.name + "\n" + texts.version, texts.copyright);
+    else
+        showStandardPanel(
+            paperlineWindow, QIcon(QString::fromStdString(mResourcePath + "/CPL.png")), texts);
+}
+
+} // namespace paperline

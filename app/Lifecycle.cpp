@@ -1,0 +1,300 @@
+// Operations of AppDelegate from process start to the main window, and from its closing to the end.
+#include "app/AppDelegate.h"
+
+#include "app/BrandProfile.h"
+#include "app/CvOutputLog.h"
+#include "platform/Alert.h"
+#include "platform/Files.h"
+#include "platform/Host.h"
+#include "platform/MainLoop.h"
+#include "platform/Places.h"
+#include "ui/SourceListModel.h"
+#include "viewer/ImageView.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QDialog>
+#include <QIcon>
+#include <QMainWindow>
+#include <QMenu>
+#include <QScreen>
+#include <QScrollArea>
+#include <QTableView>
+#include <QToolBar>
+
+namespace paperline {
+namespace {
+
+constexpr const char* temporaryRoot = "/tmp/CorvaneTempImage";
+constexpr uint32_t lastExplicitSource =
+    999; // a larger selection means the manager's default source
+constexpr int pngItem = 7;
+constexpr qsizetype saveSwitchItem = 3;
+
+void removeMenuItem(QMenu* menu, qsizetype index) {
+    if (menu != nullptr && index < menu->actions().size())
+        menu->removeAction(menu->actions().at(index));
+}
+
+// Results of the selection window's modal loop.
+constexpr int modalStopped = -1000;
+
+void centre(QWidget* window) {
+    const QRect screen = window->screen()->availableGeometry();
+    const QSize size = window->frameSize();
+    window->move(screen.center() - QPoint(size.width() / 2, size.height() / 2));
+}
+
+Rect rectOf(const QWidget* widget) {
+    if (widget == nullptr)
+        return {};
+    const QRect frame = widget->geometry();
+    return {static_cast<double>(frame.x()),
+            static_cast<double>(frame.y()),
+            static_cast<double>(frame.width()),
+            static_cast<double>(frame.height())};
+}
+
+} // namespace
+
+AppDelegate* AppDelegate::init() {
+    if (gOutputLog == nullptr) {
+        static CvOutputLog log;
+        gOutputLog = &log;
+        log.setDebugLevelAndCreateLogFile();
+    }
+    TraceScope trace("init");
+
+    gBrandNumber = 0;
+    _selectedRaw = -1;
+    _fitOrAcutalImage = 1;
+    _FloppySwitchON = 1;
+    mMenuFileSave = 1;
+    gBrandNumber = launchOptions_.brand;
+    mResourcePath = resourcePath();
+    traceText("init", mResourcePath);
+    QApplication::setWindowIcon(QIcon(QString::fromStdString(mResourcePath + "/CPL.png")));
+
+    TwainInit();
+    if (selectSpcificSource() != 0) {
+        requestTermination();
+        traceLine("selectSpcificSource Not TWRC_SUCCESS");
+        return nullptr;
+    }
+
+    mSourceDSSelect = UINT32_MAX;
+    currentPage = 1;
+    imageFilePath.clear();
+    mCurrentPath = bundlePath();
+    mResourcePath = resourcePath();
+    getSystemInfo();
+    firstFitImage = 0;
+    nonFileSaveImageInTempFolder = 0;
+    changeThumbnailSelect = 0;
+    mNeedSetImage = 1;
+    return this;
+}
+
+void AppDelegate::applicationWillFinishLaunching() {
+    TraceScope trace("applicationWillFinishLaunching");
+    const bool hasSaveCommand = brandProfile(gBrandNumber).hasSaveCommand;
+    const char* image = hasSaveCommand ? "Contents/Resources/Floppy.png"
+                                       : "Contents/Resources/CollapsePagesPanel.png";
+    if (paperlineToolbar_FileFormat != nullptr)
+        paperlineToolbar_FileFormat->setIcon(
+            QIcon(QString::fromStdString(mCurrentPath + "/" + image)));
+
+    if (!hasSaveCommand) {
+        if (paperlineToolbar != nullptr && paperlineToolbar->actions().size() > saveSwitchItem)
+            paperlineToolbar->removeAction(paperlineToolbar->actions().at(saveSwitchItem));
+        removeMenuItem(fileMenuSave, 0);
+        removeMenuItem(fileMenuSave, 0);
+    }
+    if (paperlineToolbar != nullptr) { // no user customisation
+        paperlineToolbar->setMovable(false);
+        paperlineToolbar->setContextMenuPolicy(Qt::PreventContextMenu);
+    }
+
+    makeTemporaryFolders();
+    cellInfos.clear();
+}
+
+void AppDelegate::makeTemporaryFolders() {
+    const std::string root = scratchPath(temporaryRoot);
+    if (fileExists(root))
+        removePath(root);
+    // A folder that cannot be made shows at the first page that needs it.
+    for (const char* folder : {"", "/MultiImage", "/MultiImage_Scale"}) {
+        if (!createPrivateFolder(root + folder))
+            traceText("temporary folder not made", root + folder);
+    }
+}
+
+void AppDelegate::applicationDidFinishLaunching() {
+    TraceScope trace("applicationDidFinishLaunching");
+    ReadDefaultScannerName();
+    SearchAllDS();
+    ReadUISettingForLastLanguage();
+    initialApplicationUserInterface();
+    setFirstUILanguage(1);
+    SelectSourceCount = static_cast<uint32_t>(dsArray.size());
+    traceValue("applicationDidFinishLaunching - SelectSourceCount",
+               static_cast<int32_t>(SelectSourceCount));
+    launchAborted = false;
+
+    if (SelectSourceCount == 0) {
+        runAlertPanel({.title = localizedString(osLangBundle, "szWarning"),
+                       .message = localizedString(osLangBundle, "NOInstallDS"),
+                       .informativeText = "",
+                       .defaultButton = localizedString(osLangBundle, "Exit")});
+        launchAborted = true;
+        requestTermination();
+        return;
+    }
+    if (SelectSourceCount > 1)
+        showInstalledSourcesChoice();
+    else
+        openOnlySource();
+    if (terminationRequested())
+        return;
+    if (SelectSourceCount != 1) {
+        // The settings now belong to the source chosen in the window.
+        getTwiainDSInfo();
+        ReadUISetting();
+        fixUpSaveFolder();
+    }
+    showMainWindow();
+}
+
+void AppDelegate::loadSettingsOfSelectedSource() {
+    getTwiainDSInfo();
+    ReadUISetting();
+    fixUpSaveFolder();
+    initialApplicationUserInterface();
+    ReadWriteDSLanguageSetting(1, true);
+    ReadWriteDSLanguageSetting(2, false);
+}
+
+void AppDelegate::openOnlySource() {
+    mSourceDSSelect = 0;
+    reloadSourceTable();
+    loadSettingsOfSelectedSource();
+    if (CheckIdentity(0) == twain::TWRC_SUCCESS)
+        return;
+    ReadWriteDSLanguageSetting(2, true);
+    launchAborted = true;
+    showSourceNotOpenedMessage();
+    requestTermination();
+}
+
+void AppDelegate::showInstalledSourcesChoice() {
+    reloadSourceTable();
+    mSourceDSDefault = scannerName.empty() ? 0 : CheckIdentityWithScannerName(scannerName);
+    if (!launchOptions_.sourceName.empty())
+        mSourceDSDefault = CheckIdentityWithScannerName(launchOptions_.sourceName);
+    selectSourceRow(mSourceDSDefault);
+    loadSettingsOfSelectedSource();
+
+    if (!launchOptions_.commandLine && !runSelectionWindow()) {
+        requestTermination(); // cancelled: the settings are still written on the way out
+        return;
+    }
+    // The preselected source gets its own language back before the chosen one takes its place.
+    ReadWriteDSLanguageSetting(2, true);
+    const uint16_t opened = mSourceDSSelect <= lastExplicitSource ? CheckIdentity(mSourceDSSelect)
+                                                                  : CheckDefaultIdentity();
+    if (opened == twain::TWRC_SUCCESS)
+        return;
+    launchAborted = true;
+    showSourceNotOpenedMessage();
+    requestTermination();
+}
+
+void AppDelegate::reloadSourceTable() {
+    auto* model = qobject_cast<SourceListModel*>(_tableViewSelectSource->model());
+    if (model == nullptr)
+        return;
+    QStringList names;
+    for (const TWAIN_INFO& source : dsArray)
+        names.append(QString::fromStdString(source.productNameText()));
+    model->setNames(names);
+}
+
+void AppDelegate::selectSourceRow(uint32_t row) {
+    // The selection change stores the row in mSourceDSSelect; selecting a selected row is no
+    // change.
+    _tableViewSelectSource->clearSelection();
+    _tableViewSelectSource->setStyleSheet("QTableView { gridline-color: blue; }");
+    _tableViewSelectSource->selectRow(static_cast<int>(row));
+}
+
+bool AppDelegate::runSelectionWindow() {
+    centre(twainSelectSourceWindow);
+    const DelayedMessagesHold hold;
+    const int result = twainSelectSourceWindow->exec();
+    twainSelectSourceWindow->hide();
+    return result == modalStopped && !terminationRequested();
+}
+
+void AppDelegate::showMainWindow() {
+    centre(paperlineWindow);
+    paperlineToolbar_FileFormatsCombox->setCurrentIndex(0);
+    orgRect = rectOf(mImageView);
+    saveRect = orgRect;
+    mImageView->setFitorAcutalImage(1);
+    fixUpSaveFolder();
+
+    paperlineToolbar_FileFormatsCombox->setCurrentIndex(profileFileformatSelect);
+    deleteFolderImage();
+    initialApplicationUserInterface();
+    if (SelectSourceCount != 1) {
+        ReadWriteDSLanguageSetting(1, true);
+        ReadWriteDSLanguageSetting(2, false);
+    }
+    showImageScrollView->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    showImageScrollView->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    cellInfoImages.clear();
+    paperlineWindow->setWindowTitle(QString::fromUtf8(brandProfile(gBrandNumber).productName));
+    if (!brandProfile(gBrandNumber).offersPng)
+        paperlineToolbar_FileFormatsCombox->removeItem(pngItem);
+
+    if (!launchOptions_.commandLine) {
+        paperlineWindow->show();
+        paperlineWindow->raise();
+        paperlineWindow->activateWindow();
+    }
+}
+
+void AppDelegate::windowDidLoad() {
+    TraceScope trace("windowDidLoad");
+    paperlineWindow->setContentsMargins(0, 0, 0, 0); // no border above or below the content
+}
+
+void AppDelegate::initialApplicationUserInterface() {
+    TraceScope trace("initialApplicationUserInterface");
+    loadLanguage(profileLanguage);
+    rebuildMenusAndLabels();
+}
+
+std::string AppDelegate::applicationFilesDirectory() const {
+    return folderOfPath(userDataFolder()) + "/Corvane.Paperline";
+}
+
+void AppDelegate::windowWillClose() {
+    TraceScope trace("windowWillClose");
+    const std::string root = scratchPath(temporaryRoot);
+    if (fileExists(root))
+        removePath(root);
+    requestTermination();
+}
+
+void AppDelegate::applicationWillTerminate() {
+    TraceScope trace("applicationWillTerminate");
+    // A failed launch and the command line leave the settings as they are.
+    if (launchAborted || launchOptions_.commandLine)
+        return;
+    writeSettingsAtTermination();
+    ReadWriteDSLanguageSetting(2, true);
+}
+
+} // namespace paperline

@@ -1,0 +1,76 @@
+#include "platform/qt/DesktopServices.h"
+
+#include "platform/Files.h"
+#include "platform/MainLoop.h"
+
+#include <QApplication>
+#include <QDBusMessage>
+#include <QDBusPendingCall>
+#include <QDBusPendingCallWatcher>
+#include <QDesktopServices>
+#include <QFileDialog>
+#include <QStringList>
+#include <QUrl>
+
+#include <utility>
+
+namespace paperline {
+namespace {
+
+constexpr int answerWithinMilliseconds = 3000;
+
+std::optional<std::string> chooseFolder(const std::string& startFolder) {
+    const DelayedMessagesHold hold;
+    const QString chosen = QFileDialog::getExistingDirectory(
+        QApplication::activeWindow(), QString(), QString::fromStdString(startFolder));
+    if (chosen.isEmpty())
+        return std::nullopt;
+    return chosen.toStdString();
+}
+
+void openFolder(const std::string& folder) {
+    QDesktopServices::openUrl(QUrl::fromLocalFile(QString::fromStdString(folder)));
+}
+
+void revealFile(const std::string& path) {
+    revealThrough(QDBusConnection::sessionBus(), path, openFolder);
+}
+
+QDBusMessage showItemsCall(const std::string& path) {
+    QDBusMessage call =
+        QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.FileManager1"),
+                                       QStringLiteral("/org/freedesktop/FileManager1"),
+                                       QStringLiteral("org.freedesktop.FileManager1"),
+                                       QStringLiteral("ShowItems"));
+    const QUrl address = QUrl::fromLocalFile(QString::fromStdString(path));
+    call << QStringList(QString::fromLatin1(address.toEncoded())) << QString();
+    return call;
+}
+
+} // namespace
+
+void revealThrough(const QDBusConnection& bus,
+                   const std::string& path,
+                   std::function<void(const std::string& folder)> openFolder) {
+    std::string folder = folderExists(path) ? path : folderOfPath(path);
+    if (!bus.isConnected()) {
+        openFolder(folder);
+        return;
+    }
+    auto* watcher = new QDBusPendingCallWatcher(
+        bus.asyncCall(showItemsCall(path), answerWithinMilliseconds), qApp);
+    QObject::connect(watcher,
+                     &QDBusPendingCallWatcher::finished,
+                     watcher,
+                     [watcher, folder = std::move(folder), openFolder = std::move(openFolder)] {
+                         if (watcher->isError())
+                             openFolder(folder);
+                         watcher->deleteLater();
+                     });
+}
+
+void installDesktopServices() {
+    desktop() = {chooseFolder, openFolder, revealFile, [] { QApplication::beep(); }};
+}
+
+} // namespace paperline
