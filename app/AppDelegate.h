@@ -24,6 +24,8 @@ class QWidget;
 
 namespace paperline {
 
+class PdfContext;
+
 struct LaunchOptions {
     uint32_t brand = PAPERLINE_BRAND;
     // The command line: windows are never shown; the settings file, the data source's language file
@@ -168,6 +170,14 @@ public:
     int32_t CreatePDF(const std::string& folder, const std::string& outFileName); // 1 or -2
     int32_t CreateMPDF(const std::string& folder);                                // 1 or -2
 
+    // PDF without a caller in the scanning flow: output/PdfLibrary.cpp
+    void appendPdf(const std::string& pdfFile,
+                   const std::string& appendPdfFile,
+                   const std::string& OutputFileName);
+    void appendPdfAtURL(const std::string& path, PdfContext& toContext);
+    void saveAsPDFWithName(const Image& image, const std::string& fileName); // may end the process
+    void savePDF(Image& image, const std::string& fileName, bool multipage); // writes nothing
+
     // Maker and model in saved files: output/PatchMetadata.cpp
     void replaceExifInfo(const std::string& path, const std::string& modelName);
     void replacePDFProducer(const std::string& path, const std::string& modelName);
@@ -181,6 +191,9 @@ public:
     bool moveJoinedFile(const std::string& joinedName);
     // The batch's file is complete under its name: its staged pages go, and the observer is told.
     void finishMultiPageFile();
+    // After the last page: joins the staged pages and moves the result to its name. False, after
+    // its message: the scan ends without showing results. True at once for single-page formats.
+    bool joinMultiPageFile();
 
     // Page list: viewer/PageList.cpp
     void GetImageFromImageFolder();
@@ -224,10 +237,11 @@ public:
     void addOtherOptionsItemtoMenu(const std::shared_ptr<const LanguageBundle>& bundle);
     void showInFinder(QObject* sender);
 
-    // Status line: ui/StatusLine.cpp. The last two repaint at once, though the main thread works on.
+    // Status line: ui/StatusLine.cpp. The last two repaint at once, though the main thread works
+    // on.
     void showStatus(const char* key);
     void showIdleStatus();
-    void showPageCount(); // and the empty page area, while there is no page
+    void showPageCount();                         // and the empty page area, while there is no page
     void showScanningStatus(uint32_t pageNumber); // from 1
     void showSavingStatus(const std::string& path);
 

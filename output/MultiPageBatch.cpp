@@ -1,6 +1,7 @@
 // What happens around the joining of a multi-page file: its final name, its report, and the pages
 // of a file that did not come to be.
 #include "app/AppDelegate.h"
+#include "app/BrandProfile.h"
 #include "app/CvOutputLog.h"
 #include "output/FileFormats.h"
 #include "output/PageNaming.h"
@@ -41,6 +42,56 @@ std::string nextTargetPath(AppDelegate& controller) {
     return name.path;
 }
 
+// A joiner's result below 0 ends the scan; only a full disk has a message.
+bool isJoined(AppDelegate& controller, int32_t result) {
+    if (result == -2)
+        controller.showNoEnoughDiskSpaceMessage();
+    return result >= 0;
+}
+
+// A join that gave no file, and said nothing, leaves nothing to be moved.
+bool moveToTarget(AppDelegate& controller, const char* joinedName) {
+    if (!fileExists(scratchPath(joinedName)))
+        return true;
+    if (!controller.moveJoinedFile(joinedName)) {
+        controller.showNoEnoughDiskSpaceMessage();
+        return false;
+    }
+    if (controller.profileFileformatSelect == formatMultiPagePdf)
+        controller.replacePDFProducer(multiPageTargetPath, controller.scannerName);
+    controller.finishMultiPageFile();
+    return true;
+}
+
+bool joinPdf(AppDelegate& controller) {
+    return isJoined(controller, controller.CreateMPDF(scratchPath(stagingFolderName))) &&
+           moveToTarget(controller, joinedPdfName);
+}
+
+// The copy that the page list shows. An older one of the same number may stand there: the counter
+// starts anew with the program.
+bool joinTiffForList(AppDelegate& controller) {
+    const std::string joined = scratchPath(joinedTiffName);
+    if (!isJoined(controller, controller.mergeTiffImage(scratchPath(listStagingFolderName))))
+        return false;
+    if (!fileExists(joined))
+        return true;
+    removePath(multiTiffListPath);
+    if (moveFile(joined, multiTiffListPath))
+        return true;
+    controller.showNoEnoughDiskSpaceMessage();
+    return false;
+}
+
+bool joinTiff(AppDelegate& controller) {
+    const std::string staging = scratchPath(stagingFolderName);
+    const int32_t result = brandProfile(gBrandNumber).patchesMetadata
+                               ? controller.mergeTiffImageEx(staging)
+                               : controller.mergeTiffImage(staging);
+    return isJoined(controller, result) && moveToTarget(controller, joinedTiffName) &&
+           joinTiffForList(controller);
+}
+
 } // namespace
 
 void AppDelegate::keepStagedPages() {
@@ -74,6 +125,14 @@ void AppDelegate::finishMultiPageFile() {
     if (savedFileObserver && multiPageFile.pages > 0)
         savedFileObserver(multiPageFile);
     multiPageFile = {};
+}
+
+bool AppDelegate::joinMultiPageFile() {
+    const FileFormat* format = fileFormatOf(profileFileformatSelect);
+    if (format == nullptr || !format->isMultiPage)
+        return true;
+    TraceScope trace("joinMultiPageFile");
+    return format->code == formatMultiPagePdf ? joinPdf(*this) : joinTiff(*this);
 }
 
 } // namespace paperline

@@ -5,6 +5,7 @@
 
 #include "output/Resolution.h"
 #include "platform/BitmapImageRep.h"
+#include "platform/Geometry.h"
 
 #include <cstdint>
 #include <functional>
@@ -35,6 +36,33 @@ public:
     [[nodiscard]] virtual bool finish() = 0;
 };
 
+// A PDF file whose pages can be drawn into another.
+class PdfSource {
+public:
+    PdfSource() = default;
+    virtual ~PdfSource() = default;
+    PdfSource(const PdfSource&) = delete;
+    PdfSource& operator=(const PdfSource&) = delete;
+
+    virtual int pageCount() const = 0;
+    virtual Rect mediaBox(int page) const = 0; // pages count from 1
+};
+
+// A PDF file being drawn page by page; complete when closed. A page begun while another is open
+// ends that one.
+class PdfContext {
+public:
+    PdfContext() = default;
+    virtual ~PdfContext() = default;
+    PdfContext(const PdfContext&) = delete;
+    PdfContext& operator=(const PdfContext&) = delete;
+
+    virtual void beginPage(const Rect& mediaBox) = 0;
+    virtual void drawPage(const PdfSource& source, int page) = 0;
+    virtual void endPage() = 0;
+    virtual void close() = 0;
+};
+
 struct PageCodecs {
     // A 1, 8 or 24-bit page as a whole file.
     using Encoder =
@@ -49,6 +77,12 @@ struct PageCodecs {
     JoinerFactory tiffDeclared300Dpi; // LZW pages declared 300/1 dots per inch
     JoinerFactory tiffUnchanged;      // pages as they are
     JoinerFactory pdf;                // one page per image, in its size in points
+
+    std::function<std::unique_ptr<PdfSource>(const std::string& path)> openPdf; // null: no PDF
+    std::function<std::unique_ptr<PdfContext>(const std::string& path)> createPdfContext;
+    // A document of one page of that size, filled with the image.
+    std::function<std::optional<std::vector<uint8_t>>(const BitmapImageRep& image, Size pageSize)>
+        pdfOfImage;
 
     // Sets make and model in a JPEG (without touching the picture) or TIFF file, atomically.
     std::function<bool(const std::string& path, const std::string& make, const std::string& model)>

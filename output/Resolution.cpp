@@ -9,7 +9,7 @@ namespace {
 constexpr double pointsPerInch = 72.0;
 constexpr int32_t fallbackDpi = 72;
 
-double pointsOfSide(int32_t pixels, int32_t resolutionDpi) {
+double pointsOfSide(double pixels, int32_t resolutionDpi) {
     const double points = pixels * pointsPerInch / resolutionDpi;
     return static_cast<double>(std::ceil(static_cast<float>(points)));
 }
@@ -28,8 +28,13 @@ int32_t wholeDpi(float resolutionDpi) {
 }
 
 Size pointsOfPage(int32_t pixelsWide, int32_t pixelsHigh, int32_t resolutionDpi) {
+    return pointsOfPage(Size{static_cast<double>(pixelsWide), static_cast<double>(pixelsHigh)},
+                        resolutionDpi);
+}
+
+Size pointsOfPage(Size pixels, int32_t resolutionDpi) {
     const int32_t dpi = resolutionDpi < 1 ? fallbackDpi : resolutionDpi;
-    return {pointsOfSide(pixelsWide, dpi), pointsOfSide(pixelsHigh, dpi)};
+    return {pointsOfSide(pixels.width, dpi), pointsOfSide(pixels.height, dpi)};
 }
 
 Density densityOfPage(int32_t pixelsWide, int32_t pixelsHigh, Size sizePoints) {

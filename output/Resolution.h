@@ -16,6 +16,7 @@ int32_t wholeDpi(float resolutionDpi);
 
 // Page size in points, each side pixels x 72 / dpi rounded up in single precision.
 Size pointsOfPage(int32_t pixelsWide, int32_t pixelsHigh, int32_t resolutionDpi);
+Size pointsOfPage(Size pixels, int32_t resolutionDpi);
 
 // Dots per inch that files record.
 struct Density {
