@@ -1,0 +1,163 @@
+#include "sources/sane/DeviceDefaults.h"
+
+#include "sources/sane/OptionText.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+
+namespace paperline::sources {
+
+namespace {
+
+double numberOf(const std::string& text) {
+    double number = 0;
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
+    return result.ec == std::errc() ? number : 0;
+}
+
+// More than 8 bits a sample cost time and are reduced afterwards.
+bool isDeepMode(const std::string& mode) {
+    for (const char* mark : {"30", "36", "42", "48", "16 bit", "16bit", "16-bit", "16 Bit"})
+        if (containsIgnoringCase(mode, mark))
+            return true;
+    return false;
+}
+
+template <typename Test>
+std::optional<std::string> firstChoice(const std::vector<std::string>& choices, Test test) {
+    const auto found = std::find_if(choices.begin(), choices.end(), test);
+    return found == choices.end() ? std::nullopt : std::optional(*found);
+}
+
+void setDefault(SaneScanner& scanner,
+                const OptionDescriptor* option,
+                const std::optional<std::string>& value) {
+    if (option != nullptr && value && option->value != *value)
+        (void)scanner.setOption(option->name, *value);
+}
+
+void setPreferredMode(SaneScanner& scanner) {
+    const std::vector<OptionDescriptor> options = scanner.options();
+    if (const OptionDescriptor* mode = settableOption(options, "mode"))
+        setDefault(scanner, mode, preferredMode(mode->choices));
+}
+
+void setNearest(SaneScanner& scanner, const std::string& name, double wish) {
+    const std::vector<OptionDescriptor> options = scanner.options();
+    if (const OptionDescriptor* option = settableOption(options, name))
+        setDefault(scanner, option, nearestValue(*option, wish));
+}
+
+void setEightBits(SaneScanner& scanner) {
+    const std::vector<OptionDescriptor> options = scanner.options();
+    const OptionDescriptor* depth = settableOption(options, "depth");
+    if (depth != nullptr &&
+        std::find(depth->choices.begin(), depth->choices.end(), "8") != depth->choices.end())
+        setDefault(scanner, depth, "8");
+}
+
+} // namespace
+
+const OptionDescriptor* settableOption(const std::vector<OptionDescriptor>& options,
+                                       const std::string& name) {
+    const auto found = std::find_if(options.begin(), options.end(), [&](const auto& option) {
+        return option.name == name && option.active && option.settable;
+    });
+    return found == options.end() ? nullptr : &*found;
+}
+
+std::optional<std::string> preferredMode(const std::vector<std::string>& choices) {
+    const auto named = [](const char* name) {
+        return [name](const std::string& choice) { return equalsIgnoringCase(choice, name); };
+    };
+    const auto isShallow = [](const char* part) {
+        return [part](const std::string& choice) {
+            return containsIgnoringCase(choice, part) && !isDeepMode(choice) &&
+                   !containsIgnoringCase(choice, "lineart") &&
+                   !containsIgnoringCase(choice, "halftone");
+        };
+    };
+    for (const char* name : {"Color", "Colour", "24bit Color"})
+        if (auto choice = firstChoice(choices, named(name)))
+            return choice;
+    for (const char* part : {"color", "colour"})
+        if (auto choice = firstChoice(choices, isShallow(part)))
+            return choice;
+    for (const char* name : {"Gray", "Grayscale"})
+        if (auto choice = firstChoice(choices, named(name)))
+            return choice;
+    for (const char* part : {"gray", "grey"})
+        if (auto choice = firstChoice(choices, isShallow(part)))
+            return choice;
+    return std::nullopt;
+}
+
+std::optional<std::string> nearestValue(const OptionDescriptor& option, double wish) {
+    if (!option.choices.empty())
+        return *std::min_element(option.choices.begin(),
+                                 option.choices.end(),
+                                 [wish](const auto& one, const auto& other) {
+                                     return std::abs(numberOf(one) - wish) <
+                                            std::abs(numberOf(other) - wish);
+                                 });
+    if (!option.hasRange || option.minimum > option.maximum)
+        return std::nullopt;
+    double value = std::clamp(wish, option.minimum, option.maximum);
+    if (option.step > 0)
+        value = option.minimum + std::round((value - option.minimum) / option.step) * option.step;
+    if (value > option.maximum)
+        value -= option.step;
+    const bool isFixed = option.kind == OptionKind::fixed;
+    if (std::abs(value) > 32767)
+        return std::nullopt;
+    return saneWordText(static_cast<int32_t>(std::lround(isFixed ? value * saneFixedScale : value)),
+                        isFixed);
+}
+
+void applyDefaults(SaneScanner& scanner) {
+    // Each may change what the next one offers.
+    setPreferredMode(scanner);
+    setEightBits(scanner);
+    for (const char* name : {"resolution", "x-resolution", "y-resolution"})
+        setNearest(scanner, name, preferredDpi);
+    applyWholeArea(scanner);
+}
+
+void applyWholeArea(SaneScanner& scanner) {
+    constexpr double edge = 32767; // as far as a fixed-point number goes
+    setNearest(scanner, "tl-x", -edge);
+    setNearest(scanner, "tl-y", -edge);
+    setNearest(scanner, "br-x", edge);
+    setNearest(scanner, "br-y", edge);
+}
+
+PageResolution pageResolution(const std::vector<OptionDescriptor>& options) {
+    const auto valueOf = [&](const char* name) {
+        const auto found = std::find_if(options.begin(), options.end(), [&](const auto& option) {
+            return option.name == name && option.active && !option.value.empty();
+        });
+        return found == options.end() ? 0 : std::max(0.0, numberOf(found->value));
+    };
+    PageResolution resolution;
+    resolution.horizontalDpi = valueOf("x-resolution");
+    if (resolution.horizontalDpi == 0)
+        resolution.horizontalDpi = valueOf("resolution");
+    resolution.verticalDpi = valueOf("y-resolution");
+    if (resolution.verticalDpi == 0)
+        resolution.verticalDpi = resolution.horizontalDpi;
+    return resolution;
+}
+
+bool usesFeeder(const std::vector<OptionDescriptor>& options) {
+    const auto source = std::find_if(
+        options.begin(), options.end(), [](const auto& option) { return option.name == "source"; });
+    if (source == options.end() || !source->active)
+        return false;
+    for (const char* mark : {"adf", "feeder", "duplex"})
+        if (containsIgnoringCase(source->value, mark))
+            return true;
+    return false;
+}
+
+} // namespace paperline::sources

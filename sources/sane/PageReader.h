@@ -1,0 +1,44 @@
+// Reads one page from a SANE scanner: one frame, or one for each colour.
+#pragma once
+
+#include "sources/sane/SaneScanner.h"
+#include "sources/worker/ScanDevice.h"
+
+#include <atomic>
+#include <string>
+#include <vector>
+
+namespace paperline::sources {
+
+class PageReader {
+public:
+    // `cancelled` is looked at between reads.
+    PageReader(SaneScanner& scanner, const std::atomic<bool>& cancelled)
+        : scanner_(scanner), cancelled_(cancelled) {}
+
+    // Starts the scanner and puts its page into the sink. noMorePages: there was none.
+    [[nodiscard]] ScanStatus read(PageSink& sink, double horizontalDpi, double verticalDpi);
+    std::string errorText() const { return errorText_; }
+
+private:
+    [[nodiscard]] ScanStatus startFrame();
+    [[nodiscard]] ScanStatus checkParameters();
+    [[nodiscard]] ScanStatus readColours(PageSink& sink);
+    [[nodiscard]] ScanStatus readFrame(PageSink& sink);
+    [[nodiscard]] ScanStatus readRowsStraight(PageSink& sink);
+    [[nodiscard]] ScanStatus readLines(PageSink& sink);
+    ScanStatus storeLines(PageSink& sink, std::span<const uint8_t> lines);
+    SaneRead readSome(std::span<uint8_t> room);
+    [[nodiscard]] ScanStatus fail(ScanStatus status, const std::string& text);
+
+    SaneScanner& scanner_;
+    const std::atomic<bool>& cancelled_;
+    SaneParameters frame_;       // of the frame being read
+    int32_t height_ = -1;        // of the page, when known
+    int64_t rowsOfFrame_ = 0;    // rows of the frame that are in the sink
+    bool hasData_ = false;       // the scanner has sent something of this page
+    std::vector<uint8_t> lines_; // read but not yet in the sink
+    std::string errorText_;
+};
+
+} // namespace paperline::sources
