@@ -4,9 +4,13 @@
 #include "sources/sane/StatusText.h"
 
 #include <algorithm>
+#include <array>
+#include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <thread>
 
 #include <poll.h>
 #include <sane/sane.h>
@@ -38,7 +42,10 @@ private:
     bool begun_;
 };
 
+using Clock = std::chrono::steady_clock;
+
 constexpr size_t longestShownList = 64;
+constexpr std::chrono::milliseconds readerStartUp{100};
 
 bool isWordType(SANE_Value_Type type) {
     return type == SANE_TYPE_BOOL || type == SANE_TYPE_INT || type == SANE_TYPE_FIXED;
@@ -49,37 +56,19 @@ size_t wordCount(const SANE_Option_Descriptor& option) {
 }
 
 OptionKind optionKind(SANE_Value_Type type) {
-    switch (type) {
-    case SANE_TYPE_BOOL:
-        return OptionKind::boolean;
-    case SANE_TYPE_INT:
-        return OptionKind::integer;
-    case SANE_TYPE_FIXED:
-        return OptionKind::fixed;
-    case SANE_TYPE_BUTTON:
-        return OptionKind::button;
-    default:
-        return OptionKind::text;
-    }
+    constexpr std::array kinds{OptionKind::boolean,
+                               OptionKind::integer,
+                               OptionKind::fixed,
+                               OptionKind::text,
+                               OptionKind::button};
+    static_assert(SANE_TYPE_BUTTON == 4);
+    return type >= SANE_TYPE_BOOL && type <= SANE_TYPE_BUTTON ? kinds[type] : OptionKind::text;
 }
 
 const char* unitName(SANE_Unit unit) {
-    switch (unit) {
-    case SANE_UNIT_PIXEL:
-        return "px";
-    case SANE_UNIT_BIT:
-        return "bit";
-    case SANE_UNIT_MM:
-        return "mm";
-    case SANE_UNIT_DPI:
-        return "dpi";
-    case SANE_UNIT_PERCENT:
-        return "%";
-    case SANE_UNIT_MICROSECOND:
-        return "us";
-    default:
-        return "";
-    }
+    constexpr std::array names{"", "px", "bit", "mm", "dpi", "%", "us"};
+    static_assert(SANE_UNIT_MICROSECOND == 6);
+    return unit >= SANE_UNIT_NONE && unit <= SANE_UNIT_MICROSECOND ? names[unit] : "";
 }
 
 void describeConstraint(const SANE_Option_Descriptor& option, OptionDescriptor& result) {
@@ -121,11 +110,11 @@ public:
     ScanStatus open(const std::string& device) override;
     std::vector<OptionDescriptor> options() override;
     ScanStatus setOption(const std::string& name, const std::string& value) override;
-    ScanStatus start() override { return outcome(sane_start(handle_)); }
+    ScanStatus start() override;
     std::optional<SaneParameters> parameters() override;
     SaneRead read(std::span<uint8_t> room) override;
     void waitForData() override;
-    void cancel() override { sane_cancel(handle_); }
+    void cancel() override;
     std::string errorText() const override { return errorText_; }
 
 private:
@@ -144,6 +133,8 @@ private:
     Session session_;
     SANE_Handle handle_ = nullptr;
     std::string errorText_;
+    std::atomic<bool> frameRuns_{false}; // started, and neither at its end nor cancelled
+    std::atomic<Clock::time_point> frameStart_{};
 };
 
 ScanStatus LibsaneScanner::outcome(SANE_Status status) {
@@ -322,6 +313,22 @@ ScanStatus LibsaneScanner::setString(SANE_Int index,
         sane_control_option(handle_, index, SANE_ACTION_SET_VALUE, buffer.data(), &information));
 }
 
+ScanStatus LibsaneScanner::start() {
+    frameStart_ = Clock::now();
+    const ScanStatus status = outcome(sane_start(handle_));
+    frameRuns_ = status == ScanStatus::good;
+    return status;
+}
+
+// Drivers cancel their reader threads at any instruction; one that is just allocating its memory
+// never gets out of that again, and sane_cancel waits for it for ever. So it is given time to
+// start.
+void LibsaneScanner::cancel() {
+    if (frameRuns_.exchange(false))
+        std::this_thread::sleep_until(frameStart_.load() + readerStartUp);
+    sane_cancel(handle_);
+}
+
 std::optional<SaneParameters> LibsaneScanner::parameters() {
     SANE_Parameters given{};
     if (outcome(sane_get_parameters(handle_, &given)) != ScanStatus::good)
@@ -343,8 +350,10 @@ SaneRead LibsaneScanner::read(std::span<uint8_t> room) {
     SANE_Int length = 0;
     const SANE_Status status =
         sane_read(handle_, room.data(), static_cast<SANE_Int>(limit), &length);
-    if (status == SANE_STATUS_EOF)
+    if (status == SANE_STATUS_EOF) {
+        frameRuns_ = false;
         return {ScanStatus::good, true, 0};
+    }
     if (status != SANE_STATUS_GOOD)
         return {outcome(status), false, 0};
     if (length < 0 || static_cast<size_t>(length) > limit)

@@ -16,7 +16,7 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr milliseconds slice{100}; // between two looks at the worker's life
-constexpr milliseconds stopTime{15000};
+constexpr milliseconds stopTime{10000};
 constexpr milliseconds closeTime{10000};
 
 // PAPERLINE_WORKER_TIMEOUT in seconds, read without regard to the locale.
@@ -47,6 +47,10 @@ int64_t sizeOf(int descriptor) {
 
 ScanStatus WorkerClient::open() {
     close();
+    return openWorker();
+}
+
+ScanStatus WorkerClient::openWorker() {
     errorText_.clear();
     timeout_ = configuredTimeout();
     std::string error;
@@ -87,6 +91,19 @@ void WorkerClient::close() {
         process_.waitForEnd(std::min(timeout_, closeTime));
     }
     letGoOfWorker();
+    settings_.clear();
+    lostInStop_ = false;
+}
+
+void WorkerClient::replaceLostWorker() {
+    if (!lostInStop_)
+        return;
+    lostInStop_ = false;
+    if (openWorker() != ScanStatus::good)
+        return;
+    for (const auto& [name, value] : settings_)
+        if (requestOption(name, value) != ScanStatus::good)
+            return;
 }
 
 // Whatever runs is killed; everything of its is unmapped and closed.
@@ -105,8 +122,9 @@ void WorkerClient::letGoOfWorker() {
 }
 
 std::vector<OptionDescriptor> WorkerClient::options() {
-    if (batchRuns_ || !process_.isStarted())
+    if (batchRuns_)
         return options_;
+    replaceLostWorker();
     options_.clear();
     if (request(MessageWriter(MessageType::options), Patience::whileAlive) != ScanStatus::good)
         return {};
@@ -118,6 +136,14 @@ ScanStatus WorkerClient::setOption(const std::string& name, const std::string& v
         return ScanStatus::deviceBusy;
     if (name.size() + value.size() > maximumMessageBytes / 2)
         return ScanStatus::invalid;
+    replaceLostWorker();
+    const ScanStatus status = requestOption(name, value);
+    if (status == ScanStatus::good)
+        settings_.emplace_back(name, value);
+    return status;
+}
+
+ScanStatus WorkerClient::requestOption(const std::string& name, const std::string& value) {
     MessageWriter message(MessageType::setOption);
     message.putText(name);
     message.putText(value);
@@ -127,6 +153,7 @@ ScanStatus WorkerClient::setOption(const std::string& name, const std::string& v
 ScanStatus WorkerClient::start() {
     if (batchRuns_)
         return ScanStatus::deviceBusy;
+    replaceLostWorker();
     cancelAsked_ = false;
     const ScanStatus status = request(MessageWriter(MessageType::start), Patience::whileAlive);
     batchRuns_ = status == ScanStatus::good;
@@ -168,8 +195,10 @@ std::span<const uint8_t> WorkerClient::pixels() const {
 void WorkerClient::stop() {
     hasCurrent_ = false;
     if (process_.isStarted() && batchRuns_ &&
-        request(MessageWriter(MessageType::stop), Patience::atMost) != ScanStatus::good)
+        request(MessageWriter(MessageType::stop), Patience::atMost) != ScanStatus::good) {
         letGoOfWorker();
+        lostInStop_ = true;
+    }
     forgetBatch();
 }
 

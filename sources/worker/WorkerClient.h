@@ -9,7 +9,8 @@
 #include <atomic>
 #include <chrono>
 #include <deque>
-#include <functional>
+#include <utility>
+#include <vector>
 
 namespace paperline::sources {
 
@@ -21,7 +22,8 @@ struct WorkerLaunch {
 
 // Every wait ends when the worker shows no sign of life for PAPERLINE_WORKER_TIMEOUT seconds (60
 // when not set): it is killed with its process group and workerHung reported. One that ends by
-// itself, or sends what no worker sends, is workerDied. After either, open() starts a fresh one.
+// itself, or sends what no worker sends, is workerDied. After either, open() starts a fresh one. A
+// worker that is lost in stop() has given all its pages; the next call starts another, set alike.
 class WorkerClient final : public PageFeed {
 public:
     explicit WorkerClient(WorkerLaunch launch) : launch_(std::move(launch)) {}
@@ -60,7 +62,10 @@ private:
     };
     enum class Patience { whileAlive, atMost };
 
+    [[nodiscard]] ScanStatus openWorker();
     [[nodiscard]] ScanStatus greet();
+    void replaceLostWorker();
+    [[nodiscard]] ScanStatus requestOption(const std::string& name, const std::string& value);
     [[nodiscard]] ScanStatus request(const MessageWriter& message, Patience kind);
     ScanStatus awaitAnswer(MessageType type, Patience kind);
     ScanStatus receive(ReceivedMessage& message, Patience kind);
@@ -86,6 +91,8 @@ private:
     bool batchHasEnded_ = false;             // the worker said so
     ScanStatus batchEnd_ = ScanStatus::good; // how, when it has ended
     std::string batchEndText_;
+    bool lostInStop_ = false;
+    std::vector<std::pair<std::string, std::string>> settings_; // made since open, in order
     std::vector<OptionDescriptor> options_;
     std::string errorText_;
     std::atomic<bool> cancelAsked_{false};

@@ -227,13 +227,7 @@ void Server::runBatch() {
     }
     const ScanStatus started = device_.start();
     answer(MessageType::start, started, device_.errorText());
-    ScanStatus end = started;
-    std::string text;
-    if (started == ScanStatus::good) {
-        end = readPages();
-        text = device_.errorText();
-        device_.stop();
-    }
+    const ScanStatus end = started == ScanStatus::good ? readPages() : started;
     {
         const std::lock_guard lock(mutex_);
         batchRuns_ = false;
@@ -242,8 +236,11 @@ void Server::runBatch() {
         return;
     MessageWriter message(MessageType::batchEnd);
     message.putNumber(static_cast<uint32_t>(end));
-    message.putText(text);
+    message.putText(device_.errorText());
+    // Told before the device is stopped: some drivers take their time over that, or never come
+    // back.
     send(message);
+    device_.stop();
 }
 
 // Reads until the device or the data source ends the batch; never gives `good`.

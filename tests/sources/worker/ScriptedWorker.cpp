@@ -2,7 +2,8 @@
 //   pages=N rows=N width=N bits=N   what it scans (3 pages of 10 rows, 20 pixels, 8 bits)
 //   unknown-height                  heights are told by the last row only
 //   open=STATUS end=STATUS          how it opens, how the batch ends after its pages
-//   crash=N hang=N                  in the middle of page N; page 0 is open, -1 the letting go
+//   crash=N hang=N                  in the middle of page N; page 0 is open, -1 the letting go,
+//                                   -2 the end of the batch
 //   slow=MILLISECONDS               before each row
 //   child                           a forked process that lives on holds the socket too
 //   chatter                         prints on standard output
@@ -123,7 +124,7 @@ public:
     }
 
     void cancel() override { cancelled_ = true; }
-    void stop() override {}
+    void stop() override { misbehaveAt(-2); }
     std::string errorText() const override { return error_; }
 
 private:

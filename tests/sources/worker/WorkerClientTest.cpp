@@ -211,6 +211,27 @@ TEST(WorkerClient, KillsAStoppedWorker) {
     EXPECT_TRUE(groupGoes(group));
 }
 
+TEST(WorkerClient, AWorkerLostInStopIsReplacedByOneSetAlike) {
+    const ScopedVariable patience("PAPERLINE_WORKER_TIMEOUT", "0.5");
+    for (const char* script : {"pages=2 hang=-2", "pages=2 crash=-2"}) {
+        WorkerClient client(scriptedWorker(script));
+        ASSERT_EQ(client.open(), ScanStatus::good);
+        ASSERT_EQ(client.setOption("resolution", "75"), ScanStatus::good);
+        ASSERT_EQ(client.setOption("mode", "Color"), ScanStatus::good);
+        for (int batch = 0; batch < 2; ++batch) {
+            ASSERT_EQ(client.start(), ScanStatus::good);
+            PageFormat format;
+            EXPECT_EQ(client.nextPage(format), ScanStatus::good);
+            EXPECT_EQ(client.nextPage(format), ScanStatus::good);
+            EXPECT_EQ(client.nextPage(format), ScanStatus::noMorePages);
+            client.stop();
+            EXPECT_EQ(client.workerProcess(), 0);
+        }
+        EXPECT_EQ(client.options().at(0).value, "Color");
+        EXPECT_EQ(client.options().at(1).value, "75");
+    }
+}
+
 TEST(WorkerClient, KeepsTheCurrentPageOfAKilledWorker) {
     WorkerClient client(scriptedWorker("pages=3"));
     ASSERT_EQ(client.open(), ScanStatus::good);
