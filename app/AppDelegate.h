@@ -199,7 +199,12 @@ public:
     void GetImageFromImageFolder();
     void deleteFolderImage();
     int32_t addOneImageToScrollView(const Image& image);
+    void GetImageFromImageBuffer(const QImage& image);
+
+    // The tables' questions: viewer/PageListRows.cpp
     uint32_t numberOfRowsInTableView(const QObject* tableView) const;
+    TableObjectValue objectValueForTableColumn(const QObject* tableView, int row) const;
+    void willDisplayCell(const QObject* tableView, CustomCell& cell, int row) const;
     void tableViewSelectionDidChange(QObject* tableView, int row);
     void reloadMainTable(); // asks _tableViewMain to read its rows again
     void selectLastRow();
@@ -209,6 +214,12 @@ public:
     void showActualSizeImage(uint32_t row);
     void toolBarItemFitPage(QObject* sender);
     void toolBarItemActualPage(QObject* sender);
+    bool shouldHideDividerAtIndex(int dividerIndex) const;
+    void splitViewDidResizeSubviews();
+    // Joins page list and page view to the controller; once, when the window's outlets are filled:
+    // viewer/PageViewSetup.cpp
+    void connectPageViews();
+    void pagePaneDidResize();
 
     // The window and its wiring: ui/Interface.cpp
     void loadInterface(); // makes every outlet and joins it to its command; once, before launch

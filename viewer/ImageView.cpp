@@ -13,7 +13,6 @@ namespace paperline {
 namespace {
 
 constexpr int fitMode = 1;
-const QColor surroundings = QColor::fromRgbF(0.75F, 0.75F, 0.75F);
 const QColor pageEdge(0, 0, 0, 70);
 // The corner that every placement gives, without the noise of its sums.
 constexpr double pageLeft = 5;
@@ -47,6 +46,10 @@ QTransform turn(int orientation) {
 ImageView::ImageView(QWidget* parent) : QWidget(parent) {
     setAttribute(Qt::WA_OpaquePaintEvent);
     setFocusPolicy(Qt::StrongFocus);
+}
+
+QColor ImageView::surroundings() {
+    return QColor::fromRgbF(0.75F, 0.75F, 0.75F);
 }
 
 PageLoadError ImageView::setImagePath(const std::string& path, int imageIndex) {
@@ -121,7 +124,7 @@ void ImageView::paintEvent(QPaintEvent*) {
 
 void ImageView::drawRect(QPainter& painter) {
     const ViewTraceScope trace(trace_, "drawRect");
-    painter.fillRect(rect(), surroundings);
+    painter.fillRect(rect(), surroundings());
     if (!shown_)
         return;
     const Rect bounds{0, 0, static_cast<double>(width()), static_cast<double>(height())};

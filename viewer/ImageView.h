@@ -20,6 +20,8 @@ class ImageView : public QWidget {
 public:
     explicit ImageView(QWidget* parent = nullptr);
 
+    static QColor surroundings(); // the grey around the page
+
     // Loads the page and shows it. A file that cannot be loaded changes nothing, but a page of a
     // PDF file that cannot be drawn shows no page. The answer says what happened.
     PageLoadError setImagePath(const std::string& path, int imageIndex);

@@ -4,13 +4,12 @@
 #include "viewer/PageListing.h"
 #include "viewer/PdfPages.h"
 #include "viewer/PictureHeader.h"
+#include "viewer/PixelConversion.h"
 
 #include <QFile>
 #include <QImageReader>
-#include <QPainter>
 
 #include <algorithm>
-#include <cstring>
 
 namespace paperline {
 
@@ -23,11 +22,12 @@ LoadedPage failure(PageLoadError error) {
     return {error, nullptr, {}};
 }
 
-LoadedPage loadPdfPage(const std::string& path, int pageIndex, int longSidePixels) {
-    PdfPages pages;
-    if (!pages.open(path))
-        return failure(QFile::exists(QFile::decodeName(path.c_str())) ? PageLoadError::notAPicture
-                                                                      : PageLoadError::cannotOpen);
+PageLoadError whyNotReadable(const std::string& path) {
+    return QFile::exists(QFile::decodeName(path.c_str())) ? PageLoadError::notAPicture
+                                                          : PageLoadError::cannotOpen;
+}
+
+LoadedPage drawPdfPage(const PdfPages& pages, int pageIndex, int longSidePixels) {
     if (pageIndex < 0 || pageIndex >= pages.count())
         return failure(PageLoadError::noSuchPage);
     auto raster = std::make_shared<PageRaster>();
@@ -38,47 +38,9 @@ LoadedPage loadPdfPage(const std::string& path, int pageIndex, int longSidePixel
     return {PageLoadError::none, raster, {}};
 }
 
-// Grey or 32-bit colour without transparency: what draws and scales fastest.
-QImage opaque(const QImage& image) {
-    if (image.hasAlphaChannel()) {
-        QImage white(image.size(), QImage::Format_RGB32);
-        if (white.isNull())
-            return {};
-        white.fill(Qt::white);
-        QPainter painter(&white);
-        painter.drawImage(0, 0, image);
-        return white;
-    }
-    if (image.format() == QImage::Format_Grayscale8 || image.format() == QImage::Format_RGB32)
-        return image;
-    const bool grey = image.depth() <= 8 && image.isGrayscale();
-    return image.convertToFormat(grey ? QImage::Format_Grayscale8 : QImage::Format_RGB32);
-}
-
-// Rows are copied: the two keep different strides.
-QImage imageOf(const BitmapImageRep& page) {
-    QImage::Format format = QImage::Format_Invalid;
-    if (page.bitsPerPixel() == 1)
-        format = QImage::Format_Mono; // index 0 is black
-    else if (page.bitsPerPixel() == 8)
-        format = QImage::Format_Grayscale8;
-    else if (page.bitsPerPixel() == 24)
-        format = QImage::Format_RGB888;
-    QImage image(page.pixelsWide(), page.pixelsHigh(), format);
-    if (image.isNull())
-        return {};
-    if (format == QImage::Format_Mono)
-        image.setColorTable({qRgb(0, 0, 0), qRgb(255, 255, 255)});
-    const auto rowBytes =
-        static_cast<size_t>(std::min<qsizetype>(image.bytesPerLine(), page.bytesPerRow()));
-    for (int y = 0; y < image.height(); ++y)
-        std::memcpy(image.scanLine(y), page.row(y).data(), rowBytes);
-    return opaque(image);
-}
-
 QImage decodeTiff(const std::string& path, int pageIndex) {
     const std::optional<DecodedImage> decoded = readPicture(path, pageIndex, maximumPagePixels);
-    return decoded && decoded->image ? imageOf(*decoded->image) : QImage();
+    return decoded && decoded->image ? qtImage(*decoded->image) : QImage();
 }
 
 // JPEG data is decoded at a fraction of its size when that is fine enough; 0 asks for all of it.
@@ -93,7 +55,7 @@ QImage decodeByQt(const std::string& path, PixelSize size, int longSidePixels, b
         reader.setScaledSize(QSize(static_cast<int>(size.width), static_cast<int>(size.height))
                                  .scaled(longSidePixels, longSidePixels, Qt::KeepAspectRatio)
                                  .expandedTo(QSize(1, 1)));
-    return opaque(reader.read());
+    return opaqueImage(reader.read());
 }
 
 LoadedPage loadPicture(const std::string& path, int pageIndex, int longSidePixels) {
@@ -121,14 +83,50 @@ LoadedPage loadPicture(const std::string& path, int pageIndex, int longSidePixel
 
 } // namespace
 
-LoadedPage loadPage(const std::string& path, int pageIndex) {
-    return pageFileKind(path) == PageFileKind::pdf ? loadPdfPage(path, pageIndex, pdfLongSidePixels)
-                                                   : loadPicture(path, pageIndex, 0);
+const char* describe(PageLoadError error) {
+    switch (error) {
+    case PageLoadError::none:
+        return "no error";
+    case PageLoadError::cannotOpen:
+        return "the file cannot be opened";
+    case PageLoadError::notAPicture:
+        return "the file is no picture";
+    case PageLoadError::noSuchPage:
+        return "the file has no such page";
+    case PageLoadError::tooManyPixels:
+        return "the page has too many pixels";
+    case PageLoadError::damaged:
+        return "the page is damaged";
+    }
+    return "unknown error";
 }
 
-LoadedPage loadPreview(const std::string& path, int pageIndex, int longSidePixels) {
-    return pageFileKind(path) == PageFileKind::pdf ? loadPdfPage(path, pageIndex, longSidePixels)
-                                                   : loadPicture(path, pageIndex, longSidePixels);
+LoadedPage loadPage(const std::string& path, int pageIndex) {
+    if (pageFileKind(path) != PageFileKind::pdf)
+        return loadPicture(path, pageIndex, 0);
+    PdfPages pages;
+    return pages.open(path) ? drawPdfPage(pages, pageIndex, pdfLongSidePixels)
+                            : failure(whyNotReadable(path));
+}
+
+PagePreviews::PagePreviews(const std::string& path)
+    : path_(path), isPdf_(pageFileKind(path) == PageFileKind::pdf) {
+    switch (pageFileKind(path)) {
+    case PageFileKind::pdf:
+        pageCount_ = pdf_.open(path) ? pdf_.count() : 0;
+        break;
+    case PageFileKind::tiff:
+        pageCount_ = static_cast<int>(readPictureSizes(path).size());
+        break;
+    case PageFileKind::singleImage:
+        pageCount_ = readPictureHeader(path, 0) ? 1 : 0;
+        break;
+    }
+}
+
+LoadedPage PagePreviews::load(int pageIndex, int longSidePixels) const {
+    return isPdf_ ? drawPdfPage(pdf_, pageIndex, longSidePixels)
+                  : loadPicture(path_, pageIndex, longSidePixels);
 }
 
 PixelSize pagePixelSize(const std::string& path, int pageIndex) {

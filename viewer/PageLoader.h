@@ -2,6 +2,7 @@
 #pragma once
 
 #include "viewer/PageProperties.h"
+#include "viewer/PdfPages.h"
 
 #include <QImage>
 
@@ -32,6 +33,8 @@ struct LoadedPage {
     PageProperties properties;
 };
 
+const char* describe(PageLoadError error);
+
 // An A4 page at 1200 dpi has 139 million pixels.
 inline constexpr uint64_t maximumPagePixels = 160'000'000;
 
@@ -39,8 +42,20 @@ inline constexpr uint64_t maximumPagePixels = 160'000'000;
 // properties; any other by its content.
 [[nodiscard]] LoadedPage loadPage(const std::string& path, int pageIndex);
 
-// The same for a preview: where the codec can, only as fine as `longSidePixels` asks for.
-[[nodiscard]] LoadedPage loadPreview(const std::string& path, int pageIndex, int longSidePixels);
+// The pages of one file for previews, each only as fine as asked where the codec can do that. The
+// path decides how many pages there are: all of a PDF file, all of a TIFF file, else one.
+class PagePreviews {
+public:
+    explicit PagePreviews(const std::string& path);
+    int pageCount() const { return pageCount_; } // 0: the file cannot be read
+    [[nodiscard]] LoadedPage load(int pageIndex, int longSidePixels) const;
+
+private:
+    std::string path_;
+    bool isPdf_ = false;
+    PdfPages pdf_;
+    int pageCount_ = 0;
+};
 
 // The page's pixel size as the file on disk says now, without decoding; 0 x 0 when it has none.
 PixelSize pagePixelSize(const std::string& path, int pageIndex);

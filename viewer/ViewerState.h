@@ -5,11 +5,18 @@
 #include "viewer/CellInfo.h"
 
 #include <cstdint>
+#include <string>
+#include <variant>
 #include <vector>
 
 class QTimer;
 
 namespace paperline {
+
+class CustomCell;
+
+// What a table shows in one row: nothing, a page (valid until the rows change) or a text.
+using TableObjectValue = std::variant<std::monostate, const CellInfo*, std::string>;
 
 struct ViewerState {
     std::vector<CellInfo> cellInfos;

@@ -1,0 +1,239 @@
+// Turns newly saved page files into rows of the page list.
+#include "app/AppDelegate.h"
+#include "app/CvOutputLog.h"
+#include "output/FileFormats.h"
+#include "platform/Files.h"
+#include "platform/Places.h"
+#include "viewer/PageListing.h"
+#include "viewer/PageLoader.h"
+#include "viewer/PixelConversion.h"
+
+#include <QGuiApplication>
+#include <QPainter>
+
+#include <algorithm>
+#include <array>
+#include <ctime>
+#include <span>
+#include <utility>
+
+namespace paperline {
+
+int32_t iNextImage = 0;
+int32_t gHighResolutionPageCount = 0;
+int32_t gNoDisplayImageShown = 0;
+
+namespace {
+
+constexpr const char* operation = "GetImageFromImageFolder";
+constexpr const char* scratchJpeg = "/tmp/1.jpg";
+constexpr double lowMemoryBytes = 51.2 * 1024 * 1024;
+// The scratch JPEG is strongly compressed: several of its pixels make one of the thumbnail.
+constexpr int previewPixelsPerThumbnailPixel = 4;
+constexpr int bufferThumbnailPixels = 360;
+
+// --- trace lines under the operation's name; nothing is built while tracing is off ---
+
+bool tracing() {
+    return gOutputLog != nullptr && gOutputLog->debugLevel != 0;
+}
+
+void log(const char* text) {
+    if (tracing())
+        traceText(operation, text);
+}
+
+void logNumber(const char* label, int64_t number) {
+    if (tracing())
+        traceText(operation, label + std::to_string(number));
+}
+
+void logName(const char* label, const std::string& name) {
+    if (tracing())
+        traceText(operation, label + name);
+}
+
+void logTime(const char* label) {
+    if (!tracing())
+        return;
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    tm local{};
+    localtime_r(&now.tv_sec, &local);
+    std::array<char, 32> clock{};
+    const size_t length = std::strftime(clock.data(), clock.size(), "%H:%M:%S", &local);
+    const std::string milliseconds = std::to_string(1000 + now.tv_nsec / 1'000'000).substr(1);
+    traceText(operation, label + std::string(clock.data(), length) + "." + milliseconds);
+}
+
+// --- one page ---
+
+// Enough for the 128 points of a thumbnail on the finest screen; bounded, for hundreds are kept.
+int thumbnailPixels() {
+    constexpr double pixelsAtOnePixelAPoint = 192;
+    constexpr double atMost = 256;
+    const double ratio = qGuiApp != nullptr ? qGuiApp->devicePixelRatio() : 1.0;
+    return static_cast<int>(std::min(pixelsAtOnePixelAPoint * ratio, atMost));
+}
+
+// The page through the scratch JPEG. Null when any step fails.
+QImage makeThumbnail(AppDelegate& controller, const PagePreviews& pages, int pageIndex) {
+    const int longSide = thumbnailPixels();
+    const LoadedPage page = pages.load(pageIndex, longSide * previewPixelsPerThumbnailPixel);
+    if (page.error != PageLoadError::none)
+        return {};
+    const std::string path = scratchPath(scratchJpeg);
+    removePath(path); // an older one must not pass for this page's
+    if (controller.saveAsJpegWithName_transfer(
+            imageObject(page.raster->image), imageTypeJpeg, path, scratchPath("/tmp")) < 0) {
+        log("saveAsJpegWithName_transfer failed");
+        return {};
+    }
+    QImage thumbnail = readThumbnail(path, longSide);
+    if (thumbnail.isNull())
+        log("initWithContentsOfFile continue");
+    return thumbnail;
+}
+
+void logFreeMemory(AppDelegate& controller) {
+    const uint64_t freeBytes = controller.get_free_memory();
+    logNumber("freeMem = ", static_cast<int64_t>(freeBytes));
+    if (static_cast<double>(freeBytes) < lowMemoryBytes)
+        log("freeMem < 50M");
+}
+
+// False: no thumbnail. The command line shows no window and makes none.
+bool appendPage(AppDelegate& controller,
+                const std::string& path,
+                const PagePreviews& pages,
+                int pageIndex) {
+    QImage thumbnail;
+    if (!controller.launchOptions().commandLine) {
+        thumbnail = makeThumbnail(controller, pages, pageIndex);
+        if (thumbnail.isNull())
+            return false;
+    }
+    logFreeMemory(controller);
+    const std::string displayName = withoutPathExtension(lastPathComponent(path));
+    log("CellInfo alloc In");
+    logNumber("strImageIndex = ", pageIndex);
+    controller.cellInfos.push_back(
+        {.title = {},
+         .subtitle = pageCaption(displayName, pageIndex, pages.pageCount()),
+         .image = std::move(thumbnail),
+         .imageFullPath = path,
+         .imageIndex = pageIndex});
+    log("CellInfo alloc Out");
+    removePath(scratchPath(scratchJpeg));
+    return true;
+}
+
+// --- the new paths ---
+
+bool appendPagesOfFile(AppDelegate& controller, const std::string& path) {
+    const PagePreviews pages(path);
+    if (pages.pageCount() == 0)
+        return false;
+    for (int page = 0; page < pages.pageCount(); ++page)
+        if (!appendPage(controller, path, pages, page))
+            return false;
+    return true;
+}
+
+void stopListingAt(AppDelegate& controller, size_t failedPath) {
+    controller.showNoDisplayImageMessage();
+    removePath(scratchPath(scratchJpeg));
+    iNextImage = static_cast<int32_t>(failedPath);
+    if (gHighResolutionScan)
+        gHighResolutionPageCount += static_cast<int32_t>(failedPath);
+    controller.imageFilePath.resize(failedPath);
+    logNumber("imageFilePath count = ", static_cast<int64_t>(failedPath));
+}
+
+// False: listing stopped at a page that cannot be shown.
+bool listNewPaths(AppDelegate& controller) {
+    std::vector<std::string>& paths = controller.imageFilePath;
+    auto i = static_cast<size_t>(std::max(iNextImage, 0));
+    while (i < paths.size()) {
+        logNumber("imageFilePath count = ", static_cast<int64_t>(paths.size()));
+        logNumber("iNextImage = ", static_cast<int64_t>(i));
+        const std::string path = paths[i];
+        if (tracing())
+            logName("theFileName = ", withoutPathExtension(lastPathComponent(path)));
+        if (!fileExists(path)) {
+            log("file not Exist");
+            paths.erase(paths.begin() + static_cast<ptrdiff_t>(i));
+            continue;
+        }
+        if (!appendPagesOfFile(controller, path)) {
+            stopListingAt(controller, i);
+            return false;
+        }
+        i = endOfEqualPaths(paths, i);
+    }
+    return true;
+}
+
+ListingDecision decide(const AppDelegate& controller) {
+    ListingCounters counters{
+        iNextImage, gHighResolutionPageCount, gNoDisplayImageShown, gHighResolutionScan};
+    const ListingDecision decision = decideListing(counters, controller.imageFilePath.size());
+    gHighResolutionPageCount = counters.highResolutionPageCount;
+    return decision;
+}
+
+void dropNewPaths(AppDelegate& controller) {
+    const auto listed = static_cast<size_t>(std::max(iNextImage, 0));
+    if (listed < controller.imageFilePath.size())
+        controller.imageFilePath.resize(listed);
+}
+
+} // namespace
+
+void AppDelegate::GetImageFromImageFolder() {
+    traceLine(operation, "In ");
+    const ListingDecision decision = decide(*this);
+    if (decision == ListingDecision::list) {
+        logTime("Start Time is ");
+        logNumber("imageFilePath count = ", static_cast<int64_t>(imageFilePath.size()));
+        if (listNewPaths(*this)) {
+            iNextImage = static_cast<int32_t>(imageFilePath.size());
+            traceLine(operation, "Out");
+            logTime("End Time is ");
+            return;
+        }
+    } else if (decision == ListingDecision::silentForGood) {
+        log("No Display Image again(>300dpi)");
+    } else {
+        if (decision == ListingDecision::tellAndDropThem)
+            showNoDisplayImageMessage();
+        dropNewPaths(*this);
+    }
+    traceLine(operation, "Out");
+}
+
+void AppDelegate::GetImageFromImageBuffer(const QImage& image) {
+    TraceScope trace("GetImageFromImageBuffer");
+    cellInfos.clear();
+    cellInfoImages.clear();
+    QImage scaled(
+        bufferThumbnailPixels, bufferThumbnailPixels, QImage::Format_ARGB32_Premultiplied);
+    scaled.fill(Qt::transparent);
+    QPainter painter(&scaled);
+    painter.setCompositionMode(QPainter::CompositionMode_Source);
+    painter.drawImage(
+        0, 0, image.scaled(scaled.size(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
+    painter.end();
+    cellInfoImages.push_back(scaled);
+}
+
+void AppDelegate::deleteFolderImage() {
+    TraceScope trace("deleteFolderImage");
+}
+
+int32_t AppDelegate::addOneImageToScrollView(const Image&) {
+    TraceScope trace("addOneImageToScrollView");
+    return 1;
+}
+
+} // namespace paperline

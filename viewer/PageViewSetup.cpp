@@ -1,0 +1,125 @@
+// Joins the window's page list and page view to the controller.
+#include "app/AppDelegate.h"
+#include "app/CvOutputLog.h"
+#include "viewer/CustomCell.h"
+#include "viewer/ImageView.h"
+#include "viewer/PageListModel.h"
+
+#include <QEvent>
+#include <QHeaderView>
+#include <QScrollArea>
+#include <QTableView>
+#include <QTimer>
+
+#include <functional>
+#include <utility>
+
+namespace paperline {
+
+namespace {
+
+ViewTrace viewTrace() {
+    return {[](const char* name, const char* marker) { traceLine(name, marker); },
+            [](const char* label, int32_t value) { traceValue(label, value); }};
+}
+
+// Calls back after every event of one type that a widget gets.
+class EventWatcher : public QObject {
+public:
+    EventWatcher(QWidget* widget, QEvent::Type type, std::function<void()> action)
+        : QObject(widget), type_(type), action_(std::move(action)) {
+        widget->installEventFilter(this);
+    }
+
+protected:
+    bool eventFilter(QObject*, QEvent* event) override {
+        if (event->type() == type_)
+            action_();
+        return false;
+    }
+
+private:
+    QEvent::Type type_;
+    std::function<void()> action_;
+};
+
+void fitRows(QTableView* table) {
+    table->verticalHeader()->setMinimumSectionSize(0);
+    table->verticalHeader()->setDefaultSectionSize(CustomCell::rowHeight(table->font()));
+}
+
+void setUpTable(AppDelegate& controller) {
+    QTableView* table = controller._tableViewMain;
+    auto* model = new PageListModel(
+        &controller.cellInfos,
+        [&controller] { return controller.numberOfRowsInTableView(controller._tableViewMain); },
+        table);
+    auto* cell = new CustomCell(table);
+    cell->setTrace(viewTrace());
+    cell->setWillDisplayCell([&controller, cell](int row) {
+        controller.willDisplayCell(controller._tableViewMain, *cell, row);
+    });
+    table->setModel(model);
+    table->setItemDelegateForColumn(0, cell);
+    table->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
+    table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    fitRows(table);
+    new EventWatcher(table, QEvent::FontChange, [table] { fitRows(table); });
+    QObject::connect(table->selectionModel(),
+                     &QItemSelectionModel::selectionChanged,
+                     &controller,
+                     [&controller, table] {
+                         const QModelIndexList rows = table->selectionModel()->selectedRows();
+                         controller.tableViewSelectionDidChange(
+                             table, rows.isEmpty() ? -1 : rows.first().row());
+                     });
+}
+
+void setUpPane(AppDelegate& controller) {
+    QScrollArea* pane = controller.showImageScrollView;
+    // Where the view does not reach, the pane has its colour.
+    QPalette palette = pane->viewport()->palette();
+    palette.setColor(QPalette::Window, ImageView::surroundings());
+    pane->viewport()->setPalette(palette);
+    pane->viewport()->setAutoFillBackground(true);
+
+    constexpr int quietMilliseconds = 120; // after the last change of size
+    auto* resizeEnd = new QTimer(pane);
+    resizeEnd->setSingleShot(true);
+    resizeEnd->setInterval(quietMilliseconds);
+    QObject::connect(resizeEnd, &QTimer::timeout, &controller, [&controller] {
+        controller.mImageView->viewDidEndLiveResize();
+    });
+    new EventWatcher(pane, QEvent::Resize, [&controller, pane, resizeEnd] {
+        if (pane->isVisible() && controller.mImageView->pagePixels() != PixelSize{}) {
+            controller.mImageView->viewWillStartLiveResize();
+            resizeEnd->start();
+        }
+        controller.pagePaneDidResize();
+    });
+}
+
+} // namespace
+
+void AppDelegate::connectPageViews() {
+    if (_tableViewMain != nullptr)
+        setUpTable(*this);
+    if (showImageScrollView == nullptr || mImageView == nullptr)
+        return;
+    mImageView->setTrace(viewTrace());
+    setUpPane(*this);
+    pagePaneDidResize();
+}
+
+// The fitted view fills the pane as it is now.
+void AppDelegate::pagePaneDidResize() {
+    if (showImageScrollView == nullptr || mImageView == nullptr)
+        return;
+    const QSize pane = showImageScrollView->maximumViewportSize();
+    orgRect = {0, 0, static_cast<double>(pane.width()), static_cast<double>(pane.height())};
+    if (_fitOrAcutalImage != 2)
+        mImageView->resize(pane);
+    splitViewDidResizeSubviews();
+}
+
+} // namespace paperline

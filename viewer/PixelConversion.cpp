@@ -1,0 +1,76 @@
+#include "viewer/PixelConversion.h"
+
+#include <QPainter>
+
+#include <algorithm>
+#include <cstring>
+
+namespace paperline {
+
+namespace {
+
+QImage::Format formatOf(int bitsPerPixel) {
+    switch (bitsPerPixel) {
+    case 1:
+        return QImage::Format_Mono;
+    case 8:
+        return QImage::Format_Grayscale8;
+    case 24:
+        return QImage::Format_RGB888;
+    default:
+        return QImage::Format_Invalid;
+    }
+}
+
+} // namespace
+
+QImage qtImage(const BitmapImageRep& page) {
+    QImage image(page.pixelsWide(), page.pixelsHigh(), formatOf(page.bitsPerPixel()));
+    if (image.isNull())
+        return {};
+    if (image.format() == QImage::Format_Mono)
+        image.setColorTable({qRgb(0, 0, 0), qRgb(255, 255, 255)});
+    const auto rowBytes =
+        static_cast<size_t>(std::min<qsizetype>(image.bytesPerLine(), page.bytesPerRow()));
+    for (int y = 0; y < image.height(); ++y)
+        std::memcpy(image.scanLine(y), page.row(y).data(), rowBytes);
+    return opaqueImage(image);
+}
+
+QImage opaqueImage(const QImage& image) {
+    if (image.format() == QImage::Format_Grayscale8 || image.format() == QImage::Format_RGB32)
+        return image;
+    if (image.hasAlphaChannel()) {
+        QImage white(image.size(), QImage::Format_RGB32);
+        if (white.isNull())
+            return {};
+        white.fill(Qt::white);
+        QPainter(&white).drawImage(0, 0, image);
+        return white;
+    }
+    const bool grey = image.depth() <= 8 && image.isGrayscale();
+    return image.convertToFormat(grey ? QImage::Format_Grayscale8 : QImage::Format_RGB32);
+}
+
+Image imageObject(const QImage& picture) {
+    const bool grey = picture.format() == QImage::Format_Grayscale8;
+    const QImage pixels = grey ? picture : picture.convertToFormat(QImage::Format_RGB888);
+    const int samples = grey ? 1 : 3;
+    const std::shared_ptr<BitmapImageRep> page =
+        BitmapImageRep::make({.pixelsWide = pixels.width(),
+                              .pixelsHigh = pixels.height(),
+                              .bitsPerSample = 8,
+                              .samplesPerPixel = samples,
+                              .bitsPerPixel = 8 * samples,
+                              .bytesPerRow = int64_t{pixels.width()} * samples});
+    if (pixels.isNull() || !page)
+        return {};
+    const auto rowBytes = static_cast<size_t>(page->bytesPerRow());
+    for (int y = 0; y < pixels.height(); ++y)
+        std::memcpy(page->bitmapData().data() + static_cast<size_t>(y) * rowBytes,
+                    pixels.constScanLine(y),
+                    rowBytes);
+    return Image(page);
+}
+
+} // namespace paperline
