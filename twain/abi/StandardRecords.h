@@ -67,6 +67,12 @@ struct Status {
     uint16_t Data;
 };
 
+struct StatusUtf8 {
+    abi::Status Status; // as DAT_STATUS gave it
+    uint32_t Size;      // bytes of the text, its zero byte included
+    Handle UTF8string;  // the application frees it
+};
+
 struct Event {
     void* pEvent;
     uint16_t TWMessage;
@@ -197,6 +203,8 @@ static_assert(offsetof(Callback, Message) == 12);
 static_assert(sizeof(Callback2) == 18);
 static_assert(offsetof(Callback2, Message) == 16);
 static_assert(sizeof(Status) == 4);
+static_assert(sizeof(StatusUtf8) == 16);
+static_assert(offsetof(StatusUtf8, UTF8string) == 8);
 static_assert(sizeof(Event) == 10);
 static_assert(sizeof(Capability) == 12);
 static_assert(offsetof(Capability, hContainer) == 4);

@@ -151,9 +151,18 @@ inline constexpr uint16_t TWSX_FILE = 1;
 inline constexpr uint16_t TWSX_MEMORY = 2;
 inline constexpr uint16_t TWFF_TIFF = 0;
 inline constexpr uint16_t TWFF_BMP = 2;
+inline constexpr uint16_t TWBO_MSBFIRST = 1;
+inline constexpr uint16_t TWPC_CHUNKY = 0;
 
 // Extended image information.
 inline constexpr uint16_t TWEI_BARCODETEXT = 0x1202;
+
+// What MSG_QUERYSUPPORT answers for a capability.
+inline constexpr uint32_t TWQC_GET = 0x0001;
+inline constexpr uint32_t TWQC_SET = 0x0002;
+inline constexpr uint32_t TWQC_GETDEFAULT = 0x0004;
+inline constexpr uint32_t TWQC_GETCURRENT = 0x0008;
+inline constexpr uint32_t TWQC_RESET = 0x0010;
 
 // Languages and countries.
 inline constexpr uint16_t TWLG_USA = 13;
@@ -180,6 +189,7 @@ inline constexpr uint16_t ICAP_PHYSICALWIDTH = 0x1111;
 inline constexpr uint16_t ICAP_PHYSICALHEIGHT = 0x1112;
 inline constexpr uint16_t ICAP_PIXELFLAVOR = 0x111f;
 inline constexpr uint16_t ICAP_PLANARCHUNKY = 0x1120;
+inline constexpr uint16_t ICAP_IMAGEFILEFORMAT = 0x110c;
 inline constexpr uint16_t ICAP_XRESOLUTION = 0x1118;
 inline constexpr uint16_t ICAP_YRESOLUTION = 0x1119;
 inline constexpr uint16_t ICAP_XNATIVERESOLUTION = 0x1116;
