@@ -1,0 +1,40 @@
+// Values of capabilities, and the containers that carry them.
+#pragma once
+
+#include "sources/framework/ManagerLink.h"
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace paperline::sources {
+
+// Items are kept as 32-bit numbers whatever their type: signed ones extended, FIX32 as
+// fix32Item gives it.
+struct CapabilityValue {
+    uint16_t containerType = 0; // TWON_
+    uint16_t itemType = 0;      // TWTY_UINT16, TWTY_FIX32 ...
+    std::vector<uint32_t> items;
+    uint32_t currentIndex = 0; // of an enumeration
+    uint32_t defaultIndex = 0;
+    uint32_t minimum = 0, maximum = 0, step = 0; // of a range
+    uint32_t current = 0, defaultValue = 0;      // of a range
+
+    static CapabilityValue oneValue(uint16_t itemType, uint32_t item);
+};
+
+// Bytes of one item of the types 0 to 8; 0 for others, which no container of ours holds.
+uint32_t itemByteCount(uint16_t itemType);
+
+// A handle with the value's container, its first byte the item type; null when there is no memory.
+// The application frees it.
+[[nodiscard]] twain::abi::Handle makeContainer(const ManagerLink& link,
+                                               const CapabilityValue& value);
+
+// The one item that an application sets: the item of a one-value, the current one of an
+// enumeration or a range. Nothing for an array, another item type, or an index outside.
+[[nodiscard]] std::optional<uint32_t> settingFromContainer(const ManagerLink& link,
+                                                           const twain::abi::Capability& capability,
+                                                           uint16_t itemType);
+
+} // namespace paperline::sources

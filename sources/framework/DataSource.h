@@ -1,0 +1,106 @@
+// A TWAIN data source over a page feed, in the standard interface of 64-bit Linux: states 3
+// (loaded) to 7 (transferring). One per bundle; one application at a time.
+//
+// The feed's first page is fetched inside MSG_ENABLEDS, so that a device that cannot deliver fails
+// there; the next one inside MSG_ENDXFER. A later page that cannot be had ends the batch there with
+// a count of 0: TWRC_CHECKSTATUS and its condition code, or TWRC_CANCEL when somebody pressed the
+// device's cancel button. Pages already delivered stay good.
+#pragma once
+
+#include "sources/framework/CapabilityTable.h"
+#include "sources/framework/ManagerLink.h"
+#include "sources/framework/PageFeed.h"
+#include "sources/framework/SourceConfiguration.h"
+#include "sources/framework/TripletHandler.h"
+
+#include <memory>
+#include <string>
+
+namespace paperline::sources {
+
+class DataSource : public TripletHandler {
+public:
+    DataSource(SourceConfiguration configuration, std::unique_ptr<PageFeed> feed);
+    ~DataSource() override;
+
+    uint16_t entry(twain::abi::Identity* origin, const Triplet& triplet, void* data) override;
+
+protected:
+    // Tells the application that a page is ready; false when no way to it is known, and then
+    // DAT_EVENT says it.
+    virtual bool notifyTransferReady();
+    bool sendNotification() const;
+
+    const SourceConfiguration& configuration() const { return configuration_; }
+    const DeviceOptions& deviceOptions() const { return options_; }
+    const PageFormat& currentPage() const { return page_; }
+    // Answers with this condition code and keeps it for DAT_STATUS.
+    uint16_t fail(uint16_t conditionCode);
+
+private:
+    struct Route;
+
+    enum class State { loaded = 3, open = 4, enabled = 5, transferReady = 6, transferring = 7 };
+    bool stateIs(State first, State last) const { return state_ >= first && state_ <= last; }
+    uint16_t fail(ScanStatus status);
+
+    // DataSource.cpp
+    uint16_t identityTriplet(twain::abi::Identity* origin, uint16_t message, void* data);
+    uint16_t openSource(twain::abi::Identity* origin, const twain::abi::Identity& asked);
+    uint16_t closeSource();
+    uint16_t entryPointTriplet(uint16_t message, void* data);
+    uint16_t callbackTriplet(uint16_t message, void* data);
+    uint16_t callback2Triplet(uint16_t message, void* data);
+    uint16_t eventTriplet(uint16_t message, void* data);
+    uint16_t statusTriplet(uint16_t message, void* data);
+    uint16_t statusUtf8Triplet(uint16_t message, void* data);
+    uint16_t transferGroupTriplet(uint16_t message, void* data);
+
+    // DataSourceBatch.cpp
+    uint16_t userInterfaceTriplet(uint16_t message, void* data);
+    uint16_t enable();
+    uint16_t pendingTransfersTriplet(uint16_t message, void* data);
+    uint16_t endTransfer(twain::abi::PendingXfers& pending);
+    ScanStatus fetchPage();
+    void endBatch();
+    uint16_t pendingCount() const;
+
+    // DataSourceSetup.cpp
+    uint16_t capabilityTriplet(uint16_t message, void* data);
+    uint16_t getCapability(uint16_t message, twain::abi::Capability& capability);
+    uint16_t setCapability(const twain::abi::Capability& capability);
+    uint16_t imageLayoutTriplet(uint16_t message, void* data);
+    uint16_t setFrame(const PaperFrame& frame, twain::abi::ImageLayout& layout);
+    twain::abi::ImageLayout imageLayout() const;
+    uint16_t setupMemoryTriplet(uint16_t message, void* data);
+    uint16_t setupFileTriplet(uint16_t message, void* data);
+
+    // DataSourceTransfer.cpp
+    uint16_t imageInfoTriplet(uint16_t message, void* data);
+    uint16_t memoryTransferTriplet(uint16_t message, void* data);
+    uint16_t sendStrip(twain::abi::ImageMemXfer& transfer, uint8_t* buffer);
+    uint16_t nativeTransferTriplet(uint16_t message, void* data);
+    uint16_t fileTransferTriplet(uint16_t message, void* data);
+    uint16_t extendedInfoTriplet(uint16_t message, void* data);
+
+    SourceConfiguration configuration_;
+    std::unique_ptr<PageFeed> feed_;
+    DeviceOptions options_;
+    CapabilityTable capabilities_;
+    ManagerLink manager_;
+
+    State state_ = State::loaded;
+    twain::abi::Identity identity_;
+    twain::abi::Identity application_{};
+    uint16_t conditionCode_ = twain::TWCC_SUCCESS;
+    std::string errorText_;
+    bool readyNotDelivered_ = false; // DAT_EVENT has to say that a page is ready
+
+    PageFormat page_;
+    int32_t rowsSent_ = 0;
+    bool pageSent_ = false; // whole, by whichever mechanism
+    int pagesEnded_ = 0;    // of this batch
+    std::string fileName_;  // of file transfers; empty: the default one
+};
+
+} // namespace paperline::sources

@@ -1,0 +1,149 @@
+// A page on its way to the application.
+#include "sources/framework/DataSource.h"
+#include "sources/framework/FixedPoint.h"
+#include "sources/framework/PageFile.h"
+#include "sources/framework/TiffPage.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace paperline::sources {
+
+using namespace twain;
+
+namespace {
+
+constexpr uint32_t mostExtendedInfos = 4096; // the standard names fewer than a hundred
+
+} // namespace
+
+uint16_t DataSource::imageInfoTriplet(uint16_t message, void* data) {
+    if (message != MSG_GET)
+        return fail(TWCC_BADPROTOCOL);
+    if (!stateIs(State::transferReady, State::transferring))
+        return fail(TWCC_SEQERROR);
+    const bool colour = page_.bitsPerPixel == 24;
+    abi::ImageInfo info{};
+    info.XResolution = toFix32(resolutionInUnits(page_.horizontalDpi, capabilities_.units()));
+    info.YResolution = toFix32(resolutionInUnits(page_.verticalDpi, capabilities_.units()));
+    info.ImageWidth = page_.widthPixels;
+    info.ImageLength = page_.heightPixels;
+    info.SamplesPerPixel = colour ? 3 : 1;
+    for (int sample = 0; sample < info.SamplesPerPixel; ++sample)
+        info.BitsPerSample[sample] = page_.bitsPerPixel == 1 ? 1 : 8;
+    info.BitsPerPixel = static_cast<int16_t>(page_.bitsPerPixel);
+    info.Planar = 0;
+    info.PixelType = colour ? TWPT_RGB : page_.bitsPerPixel == 8 ? TWPT_GRAY : TWPT_BW;
+    info.Compression = TWCP_NONE;
+    std::memcpy(data, &info, sizeof info);
+    return TWRC_SUCCESS;
+}
+
+uint16_t DataSource::memoryTransferTriplet(uint16_t message, void* data) {
+    if (message != MSG_GET)
+        return fail(TWCC_BADPROTOCOL);
+    if (!stateIs(State::transferReady, State::transferring) || pageSent_)
+        return fail(TWCC_SEQERROR);
+    auto& transfer = *static_cast<abi::ImageMemXfer*>(data);
+    if (transfer.Memory.TheMem == nullptr || transfer.Memory.Length < page_.bytesPerRow())
+        return fail(TWCC_BADVALUE);
+    if ((transfer.Memory.Flags & TWMF_HANDLE) == 0)
+        return sendStrip(transfer, static_cast<uint8_t*>(transfer.Memory.TheMem));
+    const LockedHandle locked(manager_, transfer.Memory.TheMem);
+    return locked.bytes() != nullptr ? sendStrip(transfer, locked.bytes()) : fail(TWCC_BADVALUE);
+}
+
+uint16_t DataSource::sendStrip(abi::ImageMemXfer& transfer, uint8_t* buffer) {
+    const auto bytesPerRow = static_cast<uint64_t>(page_.bytesPerRow());
+    const auto rowsLeft = static_cast<uint64_t>(page_.heightPixels - rowsSent_);
+    const uint64_t rows = std::min<uint64_t>(transfer.Memory.Length / bytesPerRow, rowsLeft);
+    const auto pixels = feed_->pixels();
+    const uint64_t first = static_cast<uint64_t>(rowsSent_) * bytesPerRow;
+    const uint64_t byteCount = rows * bytesPerRow;
+    if (first + byteCount > pixels.size())
+        return fail(TWCC_OPERATIONERROR);
+    std::memcpy(buffer, pixels.data() + first, byteCount);
+
+    transfer.Compression = TWCP_NONE;
+    transfer.BytesPerRow = static_cast<uint32_t>(bytesPerRow);
+    transfer.Columns = static_cast<uint32_t>(page_.widthPixels);
+    transfer.Rows = static_cast<uint32_t>(rows);
+    transfer.XOffset = 0;
+    transfer.YOffset = static_cast<uint32_t>(rowsSent_);
+    transfer.BytesWritten = static_cast<uint32_t>(byteCount);
+    rowsSent_ += static_cast<int32_t>(rows);
+    state_ = State::transferring;
+    pageSent_ = rowsSent_ == page_.heightPixels;
+    return pageSent_ ? TWRC_XFERDONE : TWRC_SUCCESS;
+}
+
+uint16_t DataSource::nativeTransferTriplet(uint16_t message, void* data) {
+    if (message != MSG_GET)
+        return fail(TWCC_BADPROTOCOL);
+    if (state_ != State::transferReady)
+        return fail(TWCC_SEQERROR);
+    const auto header = tiffHeader(page_);
+    const auto byteCount = pageByteCount(page_);
+    if (!header || !byteCount)
+        return fail(TWCC_LOWMEMORY);
+    const abi::Handle handle =
+        manager_.allocate(static_cast<uint32_t>(header->size() + *byteCount));
+    if (handle == nullptr)
+        return fail(TWCC_LOWMEMORY);
+    {
+        const LockedHandle locked(manager_, handle);
+        if (locked.bytes() == nullptr) {
+            manager_.release(handle);
+            return fail(TWCC_LOWMEMORY);
+        }
+        std::memcpy(locked.bytes(), header->data(), header->size());
+        std::memcpy(locked.bytes() + header->size(), feed_->pixels().data(), *byteCount);
+    }
+    std::memcpy(data, &handle, sizeof handle);
+    state_ = State::transferring;
+    pageSent_ = true;
+    return TWRC_XFERDONE;
+}
+
+uint16_t DataSource::fileTransferTriplet(uint16_t message, void*) {
+    if (message != MSG_GET)
+        return fail(TWCC_BADPROTOCOL);
+    if (state_ != State::transferReady)
+        return fail(TWCC_SEQERROR);
+    abi::SetupFileXfer setup{};
+    if (const uint16_t code = setupFileTriplet(MSG_GET, &setup); code != TWRC_SUCCESS)
+        return code;
+    const auto header = tiffHeader(page_);
+    const auto byteCount = pageByteCount(page_);
+    if (!header || !byteCount ||
+        !writePageFile(setup.FileName, *header, feed_->pixels().first(*byteCount)))
+        return fail(TWCC_FILEWRITEERROR);
+    state_ = State::transferring;
+    pageSent_ = true;
+    return TWRC_XFERDONE;
+}
+
+// Nothing beyond the image information is known of a page: each question is answered so.
+uint16_t DataSource::extendedInfoTriplet(uint16_t message, void* data) {
+    if (message != MSG_GET)
+        return fail(TWCC_BADPROTOCOL);
+    if (state_ != State::transferring)
+        return fail(TWCC_SEQERROR);
+    auto* bytes = static_cast<uint8_t*>(data);
+    abi::ExtImageInfoHeader header{};
+    std::memcpy(&header, bytes, sizeof header);
+    if (header.NumInfos > mostExtendedInfos)
+        return fail(TWCC_BADVALUE);
+    for (uint32_t index = 0; index < header.NumInfos; ++index) {
+        uint8_t* place = bytes + sizeof header + index * sizeof(abi::Info);
+        abi::Info info{};
+        std::memcpy(&info, place, sizeof info);
+        info.NumItems = 0;
+        info.ReturnCode = TWRC_INFONOTSUPPORTED;
+        info.Item = 0;
+        std::memcpy(place, &info, sizeof info);
+    }
+    return TWRC_SUCCESS;
+}
+
+} // namespace paperline::sources

@@ -1,0 +1,45 @@
+#include "sources/framework/SourceConfiguration.h"
+
+#include "sources/framework/OptionLines.h"
+#include "sources/framework/SmallFile.h"
+
+#include <map>
+
+namespace paperline::sources {
+
+namespace {
+
+std::string fromBundle(const std::string& bundlePath, const std::string& path) {
+    if (path.empty() || path.front() == '/')
+        return path;
+    return bundlePath + "/" + path;
+}
+
+} // namespace
+
+std::optional<SourceConfiguration> readSourceConfiguration(const std::string& bundlePath) {
+    const auto text = readSmallFile(bundlePath + "/Versions/A/Resources/source.conf");
+    if (!text)
+        return std::nullopt;
+    std::map<std::string, std::string> values;
+    for (OptionSetting& line : parseOptionSettings(*text))
+        values[line.name] = std::move(line.value);
+
+    SourceConfiguration configuration;
+    configuration.bundlePath = bundlePath;
+    configuration.library = fromBundle(bundlePath, values["library"]);
+    configuration.helpers = fromBundle(bundlePath, values["helpers"]);
+    const std::string worker = values["worker"];
+    configuration.worker = worker.empty() || worker.find('/') != std::string::npos
+                               ? fromBundle(bundlePath, worker)
+                               : configuration.helpers + "/" + worker;
+    configuration.device = values["device"];
+    configuration.product = values["product"];
+    configuration.manufacturer = values["manufacturer"];
+    configuration.family = values["family"];
+    if (configuration.product.empty())
+        return std::nullopt;
+    return configuration;
+}
+
+} // namespace paperline::sources

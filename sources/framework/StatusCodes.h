@@ -1,0 +1,20 @@
+// What a feed's status means to an application.
+#pragma once
+
+#include "sources/framework/ScanTypes.h"
+
+#include <cstdint>
+
+namespace paperline::sources {
+
+struct TwainResult {
+    uint16_t returnCode = 0;    // TWRC_
+    uint16_t conditionCode = 0; // TWCC_
+};
+
+TwainResult twainResult(ScanStatus status);
+
+// An English sentence for a condition code, for sources that have nothing better to say.
+const char* conditionText(uint16_t conditionCode);
+
+} // namespace paperline::sources
