@@ -56,7 +56,7 @@ ScanStatus DataSource::fetchPage() {
     PageFormat format;
     if (const ScanStatus status = feed_->nextPage(format); status != ScanStatus::good)
         return status;
-    const auto byteCount = pageByteCount(format);
+    const auto byteCount = pixelByteCount(format);
     if (!byteCount || *byteCount > feed_->pixels().size())
         return ScanStatus::ioError;
     page_ = format;

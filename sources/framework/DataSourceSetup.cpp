@@ -165,7 +165,7 @@ uint16_t DataSource::setupMemoryTriplet(uint16_t message, void* data) {
         return fail(TWCC_SEQERROR);
     auto& setup = *static_cast<abi::SetupMemXfer*>(data);
     setup = {smallestBuffer, TWON_DONTCARE32, preferredBuffer};
-    if (const auto byteCount = pageByteCount(page_)) {
+    if (const auto byteCount = pixelByteCount(page_)) {
         // A whole page at most: a larger buffer gains nothing.
         const auto row = static_cast<uint32_t>(page_.bytesPerRow());
         const auto page = static_cast<uint32_t>(std::min<uint64_t>(*byteCount, UINT32_MAX));

@@ -83,7 +83,7 @@ uint16_t DataSource::nativeTransferTriplet(uint16_t message, void* data) {
     if (state_ != State::transferReady)
         return fail(TWCC_SEQERROR);
     const auto header = tiffHeader(page_);
-    const auto byteCount = pageByteCount(page_);
+    const auto byteCount = pixelByteCount(page_);
     if (!header || !byteCount)
         return fail(TWCC_LOWMEMORY);
     const abi::Handle handle =
@@ -114,7 +114,7 @@ uint16_t DataSource::fileTransferTriplet(uint16_t message, void*) {
     if (const uint16_t code = setupFileTriplet(MSG_GET, &setup); code != TWRC_SUCCESS)
         return code;
     const auto header = tiffHeader(page_);
-    const auto byteCount = pageByteCount(page_);
+    const auto byteCount = pixelByteCount(page_);
     if (!header || !byteCount ||
         !writePageFile(setup.FileName, *header, feed_->pixels().first(*byteCount)))
         return fail(TWCC_FILEWRITEERROR);

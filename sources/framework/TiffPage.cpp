@@ -49,7 +49,7 @@ private:
 
 } // namespace
 
-std::optional<uint64_t> pageByteCount(const PageFormat& format) {
+std::optional<uint64_t> pixelByteCount(const PageFormat& format) {
     const int bits = format.bitsPerPixel;
     if (format.widthPixels <= 0 || format.heightPixels <= 0 ||
         (bits != 1 && bits != 8 && bits != 24))
@@ -60,7 +60,7 @@ std::optional<uint64_t> pageByteCount(const PageFormat& format) {
 }
 
 std::optional<std::vector<uint8_t>> tiffHeader(const PageFormat& format) {
-    const auto byteCount = pageByteCount(format);
+    const auto byteCount = pixelByteCount(format);
     if (!byteCount || *byteCount > UINT32_MAX - pixelOffset)
         return std::nullopt;
     const bool colour = format.bitsPerPixel == 24;

@@ -16,6 +16,6 @@ namespace paperline::sources {
 
 // Bytes of the page's pixels; nothing when a number is not positive, not
 // 1, 8 or 24 bits, or a row passes 2 GiB.
-[[nodiscard]] std::optional<uint64_t> pageByteCount(const PageFormat& format);
+[[nodiscard]] std::optional<uint64_t> pixelByteCount(const PageFormat& format);
 
 } // namespace paperline::sources
