@@ -79,11 +79,50 @@ Manager::Outcome Manager::setDefault(const Identity& identity) {
 
 uint16_t Manager::conditionOf(Connection& connection) {
     twain::abi::Status status{};
-    const uint16_t code = connection.library->call(
-        &connection.application, {twain::DG_CONTROL, twain::DAT_STATUS, twain::MSG_GET}, &status);
+    const uint16_t code =
+        connection.library->call(&connection.givenApplication,
+                                 {twain::DG_CONTROL, twain::DAT_STATUS, twain::MSG_GET},
+                                 &status);
     return code == twain::TWRC_SUCCESS && status.ConditionCode != twain::TWCC_SUCCESS
                ? status.ConditionCode
                : twain::TWCC_OPERATIONERROR;
+}
+
+Manager::Outcome
+Manager::connect(uint32_t applicationId, const Identity& wanted, const ConnectionPointer& open) {
+    const std::lock_guard lock(mutex_);
+    const auto application = applications_.find(applicationId);
+    const Source* source = findSource(wanted);
+    if (source == nullptr)
+        return failure(twain::TWCC_NODS);
+    const uint32_t id = source->identity.Id;
+    if (application == applications_.end() || application->second.connections.contains(id))
+        return failure(twain::TWCC_SEQERROR);
+    open->library = source->library;
+    open->source = source->identity;
+    open->givenApplication = application->second.identity;
+    open->givenSource = source->identity;
+    application->second.connections.emplace(id, open);
+    return success();
+}
+
+void Manager::disconnect(uint32_t applicationId, const Connection& closed) {
+    const std::lock_guard lock(mutex_);
+    const auto application = applications_.find(applicationId);
+    if (application != applications_.end())
+        application->second.connections.erase(idOf(closed.source));
+}
+
+void Manager::tellEntryPoint(Connection& connection) {
+    if ((connection.source.SupportedGroups & twain::DF_DS2) == 0)
+        return;
+    twain::abi::EntryPoint entryPoint{};
+    fillEntryPoint(entryPoint);
+    // A source that does not want it says so; that is no reason not to open it.
+    static_cast<void>(
+        connection.library->call(&connection.givenApplication,
+                                 {twain::DG_CONTROL, twain::DAT_ENTRYPOINT, twain::MSG_SET},
+                                 &entryPoint));
 }
 
 Manager::Outcome Manager::openSource(uint32_t applicationId, Identity& identity) {
@@ -92,47 +131,25 @@ Manager::Outcome Manager::openSource(uint32_t applicationId, Identity& identity)
     if (wanted.Id == 0 && wanted.ProductName[0] == '\0')
         if (const Outcome outcome = giveDefault(wanted); outcome.returnCode != twain::TWRC_SUCCESS)
             return outcome;
+    // In the table before the source knows: it may send messages from inside the call.
     const auto open = std::make_shared<Connection>();
-    {
-        const std::lock_guard lock(mutex_);
-        const auto application = applications_.find(applicationId);
-        const Source* source = findSource(wanted);
-        if (source == nullptr)
-            return failure(twain::TWCC_NODS);
-        if (application == applications_.end() ||
-            application->second.connections.contains(source->identity.Id))
-            return failure(twain::TWCC_SEQERROR);
-        open->library = source->library;
-        open->application = application->second.identity;
-        open->source = source->identity;
-        // In the table before the source knows: it may send messages from inside the call.
-        application->second.connections.emplace(source->identity.Id, open);
-    }
-    const uint32_t id = open->source.Id;
+    if (const Outcome outcome = connect(applicationId, wanted, open);
+        outcome.returnCode != twain::TWRC_SUCCESS)
+        return outcome;
     open->library->keepInMemory();
-    if ((open->source.SupportedGroups & twain::DF_DS2) != 0) {
-        twain::abi::EntryPoint entryPoint{};
-        fillEntryPoint(entryPoint);
-        // A source that does not want it says so; that is no reason not to open it.
-        static_cast<void>(
-            open->library->call(&open->application,
-                                {twain::DG_CONTROL, twain::DAT_ENTRYPOINT, twain::MSG_SET},
-                                &entryPoint));
-    }
-    Identity answer = open->source;
-    const uint16_t code = open->library->call(
-        &open->application, {twain::DG_CONTROL, twain::DAT_IDENTITY, twain::MSG_OPENDS}, &answer);
+    tellEntryPoint(*open);
+    const uint16_t code =
+        open->library->call(&open->givenApplication,
+                            {twain::DG_CONTROL, twain::DAT_IDENTITY, twain::MSG_OPENDS},
+                            &open->givenSource);
     if (code != twain::TWRC_SUCCESS && code != twain::TWRC_CHECKSTATUS) {
         const uint16_t condition = conditionOf(*open);
-        const std::lock_guard lock(mutex_);
-        if (const auto application = applications_.find(applicationId);
-            application != applications_.end())
-            application->second.connections.erase(id);
+        disconnect(applicationId, *open);
         return {code, condition};
     }
-    endStrings(answer);
-    answer.Id = id;
-    identity = answer;
+    identity = open->givenSource; // a source may tell more of itself once it is open
+    endStrings(identity);
+    identity.Id = open->source.Id;
     return {code, twain::TWCC_SUCCESS};
 }
 
@@ -146,15 +163,13 @@ Manager::Outcome Manager::closeSource(uint32_t applicationId, const Identity& id
     }
     if (!open)
         return failure(known ? twain::TWCC_SEQERROR : twain::TWCC_BADDEST);
-    Identity closing = open->source;
-    const uint16_t code = open->library->call(
-        &open->application, {twain::DG_CONTROL, twain::DAT_IDENTITY, twain::MSG_CLOSEDS}, &closing);
+    const uint16_t code =
+        open->library->call(&open->givenApplication,
+                            {twain::DG_CONTROL, twain::DAT_IDENTITY, twain::MSG_CLOSEDS},
+                            &open->givenSource);
     if (code != twain::TWRC_SUCCESS)
         return {code, conditionOf(*open)};
-    const std::lock_guard lock(mutex_);
-    if (const auto application = applications_.find(applicationId);
-        application != applications_.end())
-        application->second.connections.erase(open->source.Id);
+    disconnect(applicationId, *open);
     return success();
 }
 

@@ -17,7 +17,7 @@ bool sameNames(const Identity& one, const Identity& other) {
 } // namespace
 
 uint32_t Manager::openApplication(const Identity* identity) const {
-    return identity != nullptr && applications_.contains(identity->Id) ? identity->Id : 0;
+    return identity != nullptr && applications_.contains(idOf(*identity)) ? identity->Id : 0;
 }
 
 const Source* Manager::findSource(const Identity& wanted) const {
@@ -46,7 +46,7 @@ Manager::ConnectionPointer Manager::connection(uint32_t applicationId,
     if (application == applications_.end())
         return nullptr;
     const auto& connections = application->second.connections;
-    if (const auto found = connections.find(source.Id); found != connections.end())
+    if (const auto found = connections.find(idOf(source)); found != connections.end())
         return found->second;
     for (const auto& [id, open] : connections)
         if (source.ProductName[0] != '\0' && sameNames(open->source, source))
@@ -162,7 +162,7 @@ uint16_t Manager::forward(uint32_t applicationId,
     if (triplet.group == twain::DG_CONTROL && triplet.type == twain::DAT_EVENT && data != nullptr &&
         giveWaitingMessage(*open, static_cast<twain::abi::Event*>(data)))
         return twain::TWRC_DSEVENT;
-    return open->library->call(&open->application, triplet, data);
+    return open->library->call(&open->givenApplication, triplet, data);
 }
 
 Manager::Outcome Manager::openManager(Identity& origin) {
@@ -171,7 +171,7 @@ Manager::Outcome Manager::openManager(Identity& origin) {
     bool first = false;
     {
         const std::lock_guard lock(mutex_);
-        if (const auto open = applications_.find(origin.Id);
+        if (const auto open = applications_.find(idOf(origin));
             open != applications_.end() && sameNames(open->second.identity, application))
             return failure(twain::TWCC_SEQERROR);
         first = applications_.empty();
@@ -188,7 +188,7 @@ Manager::Outcome Manager::openManager(Identity& origin) {
                 source.identity.Id = nextId_++;
             sources_.swap(found); // the former ones are unloaded when the lock is gone
         }
-        applications_[application.Id].identity = application;
+        applications_[idOf(application)].identity = application;
     }
     origin.Id = application.Id;
     origin.SupportedGroups = application.SupportedGroups;

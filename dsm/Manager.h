@@ -38,9 +38,10 @@ private:
     // One application's open source.
     struct Connection {
         std::shared_ptr<SourceLibrary> library;
-        // The records that the source was given; sources are known to keep their addresses.
-        Identity application{};
         Identity source{};
+        // The records that the source was given. It may keep their addresses and write to them.
+        Identity givenApplication{};
+        Identity givenSource{};
         Registration callback;
         std::deque<uint16_t> waitingMessages; // sent while no callback was registered
     };
@@ -90,6 +91,9 @@ private:
     Outcome setDefault(const Identity& identity);
     Outcome openSource(uint32_t applicationId, Identity& identity);
     Outcome closeSource(uint32_t applicationId, const Identity& identity);
+    Outcome connect(uint32_t applicationId, const Identity& wanted, const ConnectionPointer& open);
+    void disconnect(uint32_t applicationId, const Connection& closed);
+    static void tellEntryPoint(Connection& connection);
     const Source* defaultSource() const; // the mutex is held by the caller
     static uint16_t conditionOf(Connection& connection);
 

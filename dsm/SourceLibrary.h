@@ -50,6 +50,11 @@ struct Source {
 // answer is left out with a line in the log. Ids are still 0.
 std::vector<Source> loadSources(const std::vector<SourceFile>& files, const Identity& application);
 
+// The number by value: in the packed record it may lie at an address that no reference can have.
+inline uint32_t idOf(const Identity& identity) {
+    return identity.Id;
+}
+
 // Sets the last byte of every string to zero: nobody's text runs on into the next field.
 void endStrings(Identity& identity);
 

@@ -9,6 +9,11 @@ namespace {
 
 constexpr size_t mostKnownSources = 1024;
 
+// By value: in the packed record it may lie at an address that no reference can have.
+uint32_t idOf(const twain::abi::Identity& identity) {
+    return identity.Id;
+}
+
 bool sameSource(const TW_IDENTITY& one, const TW_IDENTITY& other) {
     return one.Id == other.Id && one.ProductName == other.ProductName &&
            one.Manufacturer == other.Manufacturer && one.ProductFamily == other.ProductFamily;
@@ -86,13 +91,13 @@ void DsmClients::setCallback(DsmClient& client,
     if (source == nullptr)
         client.callback = callback;
     else
-        client.sourceCallbacks[source->Id] = callback;
+        client.sourceCallbacks[idOf(*source)] = callback;
 }
 
 DsmCallback DsmClients::callbackOf(DsmClient& client, const twain::abi::Identity* source) const {
     const std::lock_guard lock(mutex_);
     if (source != nullptr)
-        if (const auto own = client.sourceCallbacks.find(source->Id);
+        if (const auto own = client.sourceCallbacks.find(idOf(*source));
             own != client.sourceCallbacks.end() && own->second.procedure != nullptr)
             return own->second;
     return client.callback;

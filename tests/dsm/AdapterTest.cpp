@@ -1,4 +1,5 @@
 // What crosses between the application's entry and a manager, seen from the manager's side.
+// A plus in front of a packed field hands it over by value: it may lie where no reference can.
 #include "platform/DataSourceManager.h"
 
 #include "RecordingManager.h"
@@ -104,8 +105,8 @@ TEST_F(Adapter, GivesTheManagerARecordOfItsOwnAndKeepsTheApplicationsAsItIs) {
     TW_IDENTITY source{};
     EXPECT_EQ(control(nullptr, twain::DAT_IDENTITY, twain::MSG_GETFIRST, &source), 0);
     EXPECT_EQ(calls[2].origin, calls[0].origin); // the same record for all its calls
-    EXPECT_EQ(calls[2].origin->Id, 42U);
-    EXPECT_EQ(calls[2].origin->SupportedGroups, 0x30000003U);
+    EXPECT_EQ(+calls[2].origin->Id, 42U);
+    EXPECT_EQ(+calls[2].origin->SupportedGroups, 0x30000003U);
     EXPECT_EQ(application.Id, 1U);
     EXPECT_EQ(application.SupportedGroups, 3U);
     EXPECT_EQ(std::memcmp(&before, &application, sizeof(before)), 0);
@@ -122,7 +123,7 @@ TEST_F(Adapter, SendsTheManagersOwnNumberNotTheApplications) {
     EXPECT_EQ(idAtOpening, 0U);
     TW_IDENTITY source{};
     control(nullptr, twain::DAT_IDENTITY, twain::MSG_GETFIRST, &source); // it is not open
-    EXPECT_EQ(calls.back().origin->Id, 0U);
+    EXPECT_EQ(+calls.back().origin->Id, 0U);
 }
 
 TEST_F(Adapter, SendsASourcesRecordBackExactlyAsTheManagerGaveIt) {
@@ -165,7 +166,7 @@ TEST_F(Adapter, ConvertsASourceThatTheManagerDidNotTell) {
         return twain::TWRC_SUCCESS;
     };
     control(&source, twain::DAT_PENDINGXFERS, twain::MSG_GET, nullptr);
-    EXPECT_EQ(seen.Id, 5U);
+    EXPECT_EQ(+seen.Id, 5U);
     EXPECT_STREQ(seen.ProductName, "Remembered");
 }
 
@@ -189,10 +190,10 @@ TEST_F(Adapter, ConvertsDataBothWaysAndNotAfterAFailure) {
     uint16_t code = twain::TWRC_XFERDONE;
     answer = [&](const ManagerCall& call) -> uint16_t {
         auto* transfer = static_cast<abi::ImageMemXfer*>(call.data);
-        EXPECT_EQ(transfer->Compression, 0xffff);
-        EXPECT_EQ(transfer->Memory.Flags, 9U);
-        EXPECT_EQ(transfer->Memory.Length, 4096U);
-        EXPECT_EQ(transfer->Memory.TheMem, this);
+        EXPECT_EQ(+transfer->Compression, 0xffff);
+        EXPECT_EQ(+transfer->Memory.Flags, 9U);
+        EXPECT_EQ(+transfer->Memory.Length, 4096U);
+        EXPECT_EQ(+transfer->Memory.TheMem, this);
         transfer->Rows = 17;
         return code;
     };

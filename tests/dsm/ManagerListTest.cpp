@@ -28,9 +28,9 @@ TEST_F(ManagerList, OpensOncePerApplicationAndHandsOutNumbers) {
     OtherApplication two(manager, "Two");
     ASSERT_EQ(one.openManager(), TWRC_SUCCESS);
     ASSERT_EQ(two.openManager(), TWRC_SUCCESS);
-    EXPECT_NE(one.identity.Id, 0U);
-    EXPECT_NE(one.identity.Id, two.identity.Id);
-    EXPECT_EQ(one.identity.SupportedGroups, DG_CONTROL | DG_IMAGE | DF_APP2 | DF_DSM2);
+    EXPECT_NE(+one.identity.Id, 0U);
+    EXPECT_NE(+one.identity.Id, +two.identity.Id);
+    EXPECT_EQ(+one.identity.SupportedGroups, DG_CONTROL | DG_IMAGE | DF_APP2 | DF_DSM2);
     EXPECT_EQ(one.openManager(), TWRC_FAILURE);
     EXPECT_EQ(one.condition(), TWCC_SEQERROR);
     EXPECT_EQ(one.condition(), TWCC_SUCCESS); // asking clears it
@@ -48,7 +48,7 @@ TEST_F(ManagerList, TakesAnApplicationThatBringsANumberOfItsOwn) {
     EXPECT_EQ(one.openManager(), TWRC_SUCCESS);
     two.identity.Id = one.identity.Id;
     EXPECT_EQ(two.openManager(), TWRC_SUCCESS);
-    EXPECT_NE(one.identity.Id, two.identity.Id);
+    EXPECT_NE(+one.identity.Id, +two.identity.Id);
     EXPECT_EQ(one.closeManager(), TWRC_SUCCESS);
     EXPECT_EQ(two.closeManager(), TWRC_SUCCESS);
 }
@@ -74,7 +74,7 @@ TEST_F(ManagerList, HasBundlesOfEveryFolderAndPlainFiles) {
     EXPECT_THAT(application.sourceNames(), ElementsAre("Beta", "Alpha", "Closed"));
     std::set<TW_UINT32> ids{application.identity.Id};
     for (const TW_IDENTITY& source : application.sources())
-        EXPECT_TRUE(source.Id != 0 && ids.insert(source.Id).second);
+        EXPECT_TRUE(source.Id != 0 && ids.insert(+source.Id).second);
     TW_IDENTITY more{};
     EXPECT_EQ(application.control(DAT_IDENTITY, MSG_GETNEXT, &more), TWRC_ENDOFLIST);
     EXPECT_EQ(application.closeManager(), TWRC_SUCCESS);

@@ -101,7 +101,7 @@ TEST_F(ManagerSession, OpensByNumberByNameAndByDefault) {
     byName.Id = alpha.Id; // an old number; the name counts
     std::strcpy(byName.ProductName, "Beta");
     EXPECT_EQ(application.open(byName), TWRC_SUCCESS);
-    EXPECT_EQ(byName.Id, beta.Id);
+    EXPECT_EQ(+byName.Id, +beta.Id);
     EXPECT_EQ(application.close(byName), TWRC_SUCCESS);
 
     TW_IDENTITY none{};
@@ -218,7 +218,7 @@ TEST_F(ManagerSession, GivesItsEntryPointToWhoeverHasRoomForIt) {
     expectFailure(application.control(DAT_ENTRYPOINT, MSG_GET, &entryPoint), TWCC_BADVALUE);
     entryPoint.Size = sizeof(entryPoint);
     ASSERT_EQ(application.control(DAT_ENTRYPOINT, MSG_GET, &entryPoint), TWRC_SUCCESS);
-    EXPECT_EQ(entryPoint.DSM_Entry, application.entry);
+    EXPECT_EQ(+entryPoint.DSM_Entry, application.entry);
     TW_HANDLE handle = entryPoint.DSM_MemAllocate(1000);
     const auto* bytes = static_cast<const char*>(entryPoint.DSM_MemLock(handle));
     EXPECT_EQ(std::string(bytes, 1000), std::string(1000, '\0'));
@@ -254,9 +254,7 @@ TEST_F(ManagerSession, TakesMessagesFromThreadsWhileSourcesOpenAndClose) {
     std::atomic<bool> stop = false;
     std::vector<std::thread> threads;
     for (int i = 0; i < 3; ++i)
-        threads.emplace_back([&] {
-            TW_IDENTITY from = alpha;
-            TW_IDENTITY to = application.identity;
+        threads.emplace_back([&, from = alpha, to = application.identity]() mutable {
             while (!stop)
                 application.entry(&from, &to, DG_CONTROL, DAT_NULL, MSG_DEVICEEVENT, nullptr);
         });

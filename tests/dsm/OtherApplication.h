@@ -1,4 +1,5 @@
 // An application of another maker inside the test: it sees the published standard's records only.
+// A plus in front of a packed field hands it over by value: it may lie where no reference can.
 #pragma once
 
 #include "othermaker/Twain2.h"

@@ -107,7 +107,7 @@ TEST(RecordBytes, IdentityEndsTextThatIsTooLong) {
 TEST(RecordBytes, IdentityTakesOnlyTheLowHalfOfAWideNumber) {
     TW_IDENTITY own{};
     own.Id = 0xffffffff00000007;
-    EXPECT_EQ(toStandard(own).Id, 7U);
+    EXPECT_EQ(+toStandard(own).Id, 7U);
 }
 
 TEST(RecordBytes, TextEndsAtAZeroInsideIt) {
