@@ -35,10 +35,14 @@ bool swapsSides(int orientation) {
     return orientation >= 5;
 }
 
-// The page as its orientation says, without scaling.
-QTransform turn(int orientation) {
-    const AffineTransform t = orientationTransform(orientation, 1, 1, {1, 1});
-    return {t.a, -t.b, -t.c, t.d, 0, 0};
+// The page as its orientation says, pixel by pixel.
+QImage upright(const QImage& stored, int orientation) {
+    const bool mirrorsAcross = orientation == 2 || orientation == 3 || orientation >= 7;
+    const bool mirrorsDown =
+        orientation == 3 || orientation == 4 || orientation == 5 || orientation == 8;
+    QImage image =
+        mirrorsAcross || mirrorsDown ? stored.mirrored(mirrorsAcross, mirrorsDown) : stored;
+    return swapsSides(orientation) ? image.transformed(QTransform().rotate(90)) : image;
 }
 
 } // namespace
@@ -153,16 +157,16 @@ void ImageView::tracePlacement(const PagePlacement& placement) const {
                  traced(placement.transform.tx));
 }
 
-// Painters sample too few pixels when they shrink a page much; then a properly averaged copy at the
-// drawn size is made once and kept.
+// Painters sample too few pixels when they shrink a page much, and between pixels when they turn
+// it; then a properly averaged and turned copy at the drawn size is made once and kept.
 bool ImageView::drawsReduced(const PagePlacement& placement) const {
     const QSize raster = shown_->image.size();
     const bool swapped = swapsSides(orientation());
     const double ratio = devicePixelRatioF();
     const double across = (swapped ? raster.height() : raster.width());
     const double down = (swapped ? raster.width() : raster.height());
-    return placement.drawnSize.width * ratio < across - 0.5 &&
-           placement.drawnSize.height * ratio < down - 0.5;
+    return placement.drawnSize.width * ratio < across + 0.5 &&
+           placement.drawnSize.height * ratio < down + 0.5;
 }
 
 const QImage& ImageView::reducedPage(const PagePlacement& placement) {
@@ -176,7 +180,7 @@ const QImage& ImageView::reducedPage(const PagePlacement& placement) {
     const bool swapped = swapsSides(orientation());
     const QImage scaled = shown_->image.scaled(
         swapped ? wanted.transposed() : wanted, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-    reduced_ = orientation() == 1 ? scaled : scaled.transformed(turn(orientation()));
+    reduced_ = upright(scaled, orientation());
     reduced_.setDevicePixelRatio(ratio);
     return reduced_;
 }

@@ -2,7 +2,9 @@
 #include "app/AppDelegate.h"
 #include "app/CvOutputLog.h"
 #include "output/FileFormats.h"
+#include "platform/DatePatterns.h"
 #include "platform/Files.h"
+#include "platform/Host.h"
 #include "platform/Places.h"
 #include "viewer/PageListing.h"
 #include "viewer/PageLoader.h"
@@ -12,9 +14,6 @@
 #include <QPainter>
 
 #include <algorithm>
-#include <array>
-#include <ctime>
-#include <span>
 #include <utility>
 
 namespace paperline {
@@ -56,14 +55,11 @@ void logName(const char* label, const std::string& name) {
 void logTime(const char* label) {
     if (!tracing())
         return;
-    timespec now{};
-    clock_gettime(CLOCK_REALTIME, &now);
-    tm local{};
-    localtime_r(&now.tv_sec, &local);
-    std::array<char, 32> clock{};
-    const size_t length = std::strftime(clock.data(), clock.size(), "%H:%M:%S", &local);
-    const std::string milliseconds = std::to_string(1000 + now.tv_nsec / 1'000'000).substr(1);
-    traceText(operation, label + std::string(clock.data(), length) + "." + milliseconds);
+    traceText(operation,
+              label + formatDate({.secondsSinceEpoch = host().secondsSinceEpoch(),
+                                  .localeIdentifier = "en_US",
+                                  .timeZone = {}},
+                                 "HH:mm:ss.SSS"));
 }
 
 // --- one page ---

@@ -101,6 +101,7 @@ void AppDelegate::reloadMainTable() {
         return;
     if (auto* model = qobject_cast<PageListModel*>(_tableViewMain->model()))
         model->reload();
+    showPageCount(); // also when the only page is the unlisted preview
 }
 
 void AppDelegate::selectLastRow() {

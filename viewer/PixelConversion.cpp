@@ -48,7 +48,7 @@ QImage opaqueImage(const QImage& image) {
         QPainter(&white).drawImage(0, 0, image);
         return white;
     }
-    const bool grey = image.depth() <= 8 && image.isGrayscale();
+    const bool grey = image.depth() <= 8 && image.allGray();
     return image.convertToFormat(grey ? QImage::Format_Grayscale8 : QImage::Format_RGB32);
 }
 
