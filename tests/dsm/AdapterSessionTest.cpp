@@ -143,6 +143,18 @@ TEST_P(AdapterSession, CarriesAMessageFromAnotherThreadToTheMainLoop) {
     finish();
 }
 
+TEST_P(AdapterSession, DropsAMessageThatArrivesAfterTheManagerWasClosed) {
+    int count = 0;
+    QCoreApplication loop(count, nullptr);
+    openSource("Beta");
+    enable();
+    finish(); // waits for the source's thread: its message is queued by now
+    EXPECT_EQ(manager(twain::DAT_PARENT, twain::MSG_CLOSEDSM, nullptr), 0);
+    loop.processEvents();
+    EXPECT_TRUE(messages.empty());
+    EXPECT_EQ(manager(twain::DAT_PARENT, twain::MSG_OPENDSM, nullptr), 0);
+}
+
 TEST_P(AdapterSession, CarriesCloseRequests) {
     openSource("Alpha");
     enable(twain::MSG_ENABLEDSUIONLY);

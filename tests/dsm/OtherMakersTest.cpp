@@ -20,14 +20,17 @@ struct Ended {
     std::string output; // both streams
 };
 
-Ended run(const std::string& arguments) {
-    const std::string command = std::string(OTHERMAKER_HOST) + " " + arguments + " 2>&1";
-    std::FILE* pipe = ::popen(command.c_str(), "r");
+Ended runCommand(const std::string& command) {
+    std::FILE* pipe = ::popen((command + " 2>&1").c_str(), "r");
     std::string output;
     for (int byte = std::fgetc(pipe); byte != EOF; byte = std::fgetc(pipe))
         output += static_cast<char>(byte);
     const int status = ::pclose(pipe);
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
+}
+
+Ended run(const std::string& arguments) {
+    return runCommand(std::string(OTHERMAKER_HOST) + " " + arguments);
 }
 
 const std::string bothPages = "page 1: 20 x 10, 8 bits, 300 x 150.5 dpi, 3 strips, sum 24590764\n"
@@ -75,6 +78,19 @@ TEST(OtherMakersProgramAlone, ReportsWhatGoesWrong) {
     EXPECT_EQ(run(manager + " scan Closed").output, "MSG_OPENDS: return code 1, condition 4\n");
     EXPECT_EQ(run(manager + " scan Nobody").exitCode, 1);
     EXPECT_EQ(run(manager).exitCode, 2);
+}
+
+TEST(OurManager, ExportsTheStandardInterfaceAlone) {
+    const Ended names = runCommand("nm -D --defined-only --format=just-symbols " TEST_MANAGER_FILE);
+    EXPECT_EQ(names.output,
+              "DSM_Entry\nDSM_MemAllocate\nDSM_MemFree\nDSM_MemLock\nDSM_MemUnlock\n");
+}
+
+TEST(OurManager, BringsNoLibraryButTheLanguagesOwn) {
+    const Ended section = runCommand("readelf -d " TEST_MANAGER_FILE);
+    EXPECT_THAT(section.output, HasSubstr("(NEEDED)"));
+    EXPECT_THAT(section.output, testing::Not(HasSubstr("Qt")));
+    EXPECT_THAT(section.output, testing::Not(HasSubstr("plist")));
 }
 
 TEST(OurManager, LogsToStandardErrorUnlessAFileIsNamed) {
