@@ -144,6 +144,8 @@ void AppDelegate::toolBarItemSetup(QObject*) {
     enableToolbatItems(false);
     if (setupUI() != twain::TWRC_SUCCESS)
         endScan();
+    else
+        showStatus("StatusSetup");
 }
 
 uint16_t AppDelegate::nonUI() {

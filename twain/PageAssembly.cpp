@@ -17,6 +17,7 @@ constexpr size_t bitmapSpareBytes = 2;
 constexpr std::array<uint8_t, 3> stripMark{0x21, 0x85, 0xE9};
 
 constexpr uint32_t emptyStripLimit = 100'000;
+constexpr uint64_t timesARowMayCome = 64;
 constexpr uint32_t emptyPageLimit = 10;
 constexpr uint32_t cancelledPageLimit = 1'000;
 
@@ -150,13 +151,15 @@ void PageBuffers::finishPage() {
 }
 
 StripGuard::StripGuard(int32_t heightPixels)
-    : remainingStrips_(2 * static_cast<uint64_t>(std::max(heightPixels, 0)) + emptyStripLimit) {}
+    : remainingStrips_(2 * static_cast<uint64_t>(std::max(heightPixels, 0)) + emptyStripLimit),
+      remainingRows_(timesARowMayCome * static_cast<uint64_t>(std::max(heightPixels, 0))) {}
 
 bool StripGuard::admits(uint32_t copiedRows) {
     emptyStrips_ = copiedRows == 0 ? emptyStrips_ + 1 : 0;
-    if (remainingStrips_ == 0 || emptyStrips_ >= emptyStripLimit)
+    if (remainingStrips_ == 0 || remainingRows_ < copiedRows || emptyStrips_ >= emptyStripLimit)
         return false;
     --remainingStrips_;
+    remainingRows_ -= copiedRows;
     return true;
 }
 

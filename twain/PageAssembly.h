@@ -79,13 +79,14 @@ private:
 class StripGuard {
 public:
     explicit StripGuard(int32_t heightPixels);
-    // Counts one strip. False when the source has delivered more strips than any device would:
-    // twice as many as the page has rows and 100,000 more, or 100,000 without a row one after the
-    // other.
+    // Counts one strip. False when the source has delivered more than any device would: twice as
+    // many strips as the page has rows and 100,000 more, 100,000 strips without a row one after the
+    // other, or every row 64 times.
     [[nodiscard]] bool admits(uint32_t copiedRows);
 
 private:
     uint64_t remainingStrips_;
+    uint64_t remainingRows_;
     uint32_t emptyStrips_ = 0;
 };
 

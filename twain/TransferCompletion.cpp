@@ -4,6 +4,7 @@
 
 #include "app/CvOutputLog.h"
 #include "output/FileFormats.h"
+#include "output/PageNaming.h"
 #include "platform/Desktop.h"
 #include "platform/Files.h"
 #include "platform/Host.h"
@@ -24,13 +25,13 @@ namespace {
 
 constexpr int32_t nothingSaved = -1;
 constexpr int32_t notEnoughSpace = -2;
-constexpr const char* temporaryRoot = "/tmp/CorvaneTempImage";
 
 // State of one run of the page loop.
 struct Batch {
     int32_t saveResult = 0; // of the last page: 0 or more, or one of the codes above
     uint64_t copiedBytes = 0;
-    bool endFailed = false; // the source could not end a page
+    uint32_t pageNumber = 0; // from 1, saved or not
+    bool endFailed = false;  // the source could not end a page
     PageBuffers buffers;
     PageGuard guard;
 };
@@ -47,15 +48,16 @@ void makeTemporaryFolder(const std::string& folder) {
 }
 
 void prepareBatch(AppDelegate& controller) {
-    const std::string root = scratchPath(temporaryRoot);
+    controller.keepStagedPages(); // of a batch that ended badly, or with the process
+    const std::string root = scratchPath(scratchRootName);
     if (!fileExists(root))
         makeTemporaryFolder(root);
-    for (const char* staging : {"/MultiImage", "/MultiImage_Scale"}) {
-        removePath(root + staging);
-        makeTemporaryFolder(root + staging);
+    for (const char* staging : {stagingFolderName, listStagingFolderName}) {
+        removePath(scratchPath(staging));
+        makeTemporaryFolder(scratchPath(staging));
     }
-    for (const char* joined : {"/TmpImage.pdf", "/TmpImage.tif"})
-        removePath(root + joined);
+    for (const char* joined : {joinedPdfName, joinedTiffName})
+        removePath(scratchPath(joined));
     controller.changeThumbnailSelect = 0;
     memoryShortage = false;
     firstPageOfBatch = true;
@@ -155,6 +157,7 @@ std::optional<PageFacts> holdPage(AppDelegate& controller, Batch& batch, const T
 }
 
 void transferPage(AppDelegate& controller, Batch& batch, const std::optional<TW_IMAGEINFO>& info) {
+    controller.showScanningStatus(++batch.pageNumber);
     const std::optional<PageFacts> page = info ? holdPage(controller, batch, *info) : std::nullopt;
     if (!page) {
         controller.showMemoryNotEnoughMessage();
@@ -219,9 +222,16 @@ void AppDelegate::completeMemoryXfer() {
         discardPendingPages(*gTWAINHandler);
     closeSource(*gTWAINHandler);
 
-    if (isMultiPageFormat(profileFileformatSelect) && mMenuFileSave != 0)
+    const bool buildsMultiPageFile =
+        isMultiPageFormat(profileFileformatSelect) && mMenuFileSave != 0;
+    if (buildsMultiPageFile)
         currentPage += 1;
-    if (batch.saveResult != nothingSaved)
+    bool isComplete = batch.saveResult != nothingSaved;
+    if (isComplete && buildsMultiPageFile)
+        isComplete = joinMultiPageFile();
+    if (buildsMultiPageFile)
+        keepStagedPages(); // what did not get into the file
+    if (isComplete)
         showResults(*this);
     endScan();
 }
