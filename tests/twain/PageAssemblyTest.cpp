@@ -254,11 +254,19 @@ TEST(StripGuardTest, AdmitsARowAStripAndEndsStripsWithoutRows) {
 }
 
 TEST(StripGuardTest, EndsStripsThatComeAgainAndAgain) {
-    StripGuard repeated(10);
+    StripGuard wholePages(10);
     int admitted = 0;
-    while (repeated.admits(1))
+    while (wholePages.admits(10))
         ++admitted;
-    EXPECT_EQ(admitted, 100'020);
+    EXPECT_EQ(admitted, 64);
+}
+
+TEST(StripGuardTest, EndsAMixtureOfStripsWithAndWithoutRows) {
+    StripGuard mixed(10'000);
+    int admitted = 0;
+    while (mixed.admits(admitted % 100 == 0 ? 1 : 0))
+        ++admitted;
+    EXPECT_EQ(admitted, 120'000);
 }
 
 TEST(PageGuardTest, EndsPagesWithoutRowsAndNeverThoseWith) {

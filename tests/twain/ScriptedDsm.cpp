@@ -8,6 +8,8 @@
 namespace paperline::test {
 namespace {
 
+constexpr size_t recordedCallLimit = 20'000;
+
 size_t recordSize(const Triplet& triplet) {
     static const std::map<uint16_t, size_t> sizes{
         {twain::DAT_IDENTITY, sizeof(TW_IDENTITY)},
@@ -197,8 +199,31 @@ std::vector<std::string> ScriptedDsm::names() const {
 }
 
 size_t ScriptedDsm::count(const Triplet& triplet) const {
-    return static_cast<size_t>(std::count_if(
-        calls_.begin(), calls_.end(), [&](const auto& call) { return call.triplet == triplet; }));
+    const auto found = counts_.find(triplet);
+    return found == counts_.end() ? 0 : found->second;
+}
+
+void ScriptedDsm::forgetCalls() {
+    calls_.clear();
+    counts_.clear();
+}
+
+void ScriptedDsm::reset() {
+    forgetCalls();
+    sources.clear();
+    defaultSource = 0;
+    intercept = nullptr;
+    sequenceErrors_.clear();
+    failures_.clear();
+    occurrences_.clear();
+    callback_ = nullptr;
+    listPosition_ = 0;
+    openSource_ = nullptr;
+    managerOpen_ = false;
+    enabled_ = false;
+    transferPending_ = false;
+    pageIndex_ = 0;
+    stripIndex_ = 0;
 }
 
 const RecordedCall* ScriptedDsm::last(const Triplet& triplet) const {
@@ -227,13 +252,16 @@ uint16_t ScriptedDsm::entry(TW_IDENTITY* origin,
                             TW_IDENTITY* destination,
                             const Triplet& triplet,
                             TW_MEMREF data) {
+    application_ = *origin;
+    ++counts_[triplet];
+    if (calls_.size() >= recordedCallLimit)
+        return answer(triplet, data);
     RecordedCall call;
     call.triplet = triplet;
     call.origin = *origin;
     if (destination != nullptr)
         call.destination = *destination;
     call.sent = snapshot(triplet, data);
-    application_ = *origin;
 
     const size_t index = calls_.size();
     calls_.push_back(std::move(call)); // before the answer: a source may call back inside it

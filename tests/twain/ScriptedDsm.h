@@ -112,11 +112,13 @@ public:
     // The same from a thread of its own, which has ended when this returns.
     void sendFromOtherThread(uint16_t message);
 
+    // At most the first 20,000; the others are counted only.
     const std::vector<RecordedCall>& calls() const { return calls_; }
-    std::vector<std::string> names() const; // of all calls, in order
-    size_t count(const Triplet& triplet) const;
+    std::vector<std::string> names() const;     // of all calls, in order
+    size_t count(const Triplet& triplet) const; // since forgetCalls
     const RecordedCall* last(const Triplet& triplet) const;
-    void forgetCalls() { calls_.clear(); }
+    void forgetCalls();
+    void reset(); // as new: no sources, no failures, nothing open
 
     // What a manager of the standard would have refused: "CONTROL/USERINTERFACE/DISABLEDS while a
     // transfer is pending".
@@ -144,6 +146,7 @@ private:
     std::vector<std::string> sequenceErrors_;
     std::map<Triplet, std::map<int, uint16_t>> failures_;
     std::map<Triplet, int> occurrences_;
+    std::map<Triplet, size_t> counts_;
     TwainCallback callback_ = nullptr;
     TW_IDENTITY application_{};
     size_t listPosition_ = 0;
