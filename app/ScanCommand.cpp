@@ -1,0 +1,258 @@
+#include "app/ScanCommand.h"
+
+#include "app/AppDelegate.h"
+#include "app/SourceDescription.h"
+#include "app/SourceDiscovery.h"
+#include "app/Watchdog.h"
+#include "output/FileFormats.h"
+#include "platform/Alert.h"
+#include "platform/DataSourceManager.h"
+#include "platform/Files.h"
+#include "platform/MainLoop.h"
+#include "platform/Places.h"
+#include "platform/SystemLog.h"
+#include "twain/TWAINHandler.h"
+#include "ui/SaveFolderTextField.h"
+
+#include <QComboBox>
+#include <QCoreApplication>
+#include <QDir>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTimer>
+
+#include <unistd.h>
+
+#include <chrono>
+#include <cmath>
+#include <cstdlib>
+#include <memory>
+
+namespace paperline {
+namespace {
+
+// Writes result lines, whole and at once, past every buffer.
+class Results {
+public:
+    explicit Results(int descriptor) : descriptor_(descriptor) {}
+
+    void line(std::string text) {
+        text += '\n';
+        std::string_view rest = text;
+        while (!rest.empty()) {
+            const ssize_t written = write(descriptor_, rest.data(), rest.size());
+            if (written < 0 && errno == EINTR)
+                continue;
+            if (written <= 0) {
+                failed_ = true;
+                return;
+            }
+            rest.remove_prefix(static_cast<size_t>(written));
+        }
+    }
+    bool failed() const { return failed_; }
+
+private:
+    int descriptor_;
+    bool failed_ = false;
+};
+
+std::string jsonText(const QJsonObject& object) {
+    return QJsonDocument(object).toJson(QJsonDocument::Compact).toStdString();
+}
+
+QJsonObject pageObject(const SavedFile& file) {
+    const FileFormat* format = fileFormatOf(file.fileFormat);
+    return {{"path", QString::fromStdString(file.path)},
+            {"format", format != nullptr ? format->commandName : ""},
+            {"width", file.widthPixels},
+            {"height", file.heightPixels},
+            {"bits", file.bitsPerPixel},
+            {"resolution", file.resolutionDpi},
+            {"pages", file.pages}};
+}
+
+// What came of a scan, gathered while it runs.
+struct ScanTally {
+    int files = 0;
+    int pages = 0;
+    int messages = 0;
+};
+
+// Windowless launch: messages become lines on standard error.
+void installCommandLineMessages(ScanTally& tally) {
+    setAlertPresenter([&tally](const Alert& alert) {
+        ++tally.messages;
+        systemLog("paperline: " + alert.message +
+                  (alert.informativeText.empty() ? "" : " " + alert.informativeText));
+        return alertDefaultReturn;
+    });
+}
+
+void passOptionsToSource(const std::vector<std::string>& options) {
+    std::string lines;
+    for (const std::string& option : options)
+        lines += option + "\n";
+    if (!lines.empty())
+        setenv("PAPERLINE_SOURCE_OPTIONS", lines.c_str(), 1);
+}
+
+// A source asked for by name is shown even when it only stands in for missing scanners.
+void prepareSources(const std::string& sourceName) {
+    if (!sourceName.empty())
+        setenv("PAPERLINE_SOFTWARE_SCANNER", "1", 1);
+    discoverSources([] { systemLog("paperline: looking for scanners"); });
+}
+
+bool knowsSource(const AppDelegate& controller, const std::string& name) {
+    for (const TWAIN_INFO& source : controller.dsArray)
+        if (source.productNameText() == name)
+            return true;
+    return false;
+}
+
+// The save-folder text that the scan takes apart again into folder and template.
+void setFolderAndName(AppDelegate& controller, const ScanRequest& request) {
+    const std::string stored = controller.currentSaveFolder->folderText();
+    const bool namesFolderOnly = !stored.empty() && stored.back() == '/';
+    const std::string folder = request.folder
+                                   ? QDir::current()
+                                         .absoluteFilePath(QString::fromStdString(*request.folder))
+                                         .toStdString()
+                                   : (namesFolderOnly ? stored : folderOfPath(stored));
+    std::string name = namesFolderOnly ? "Image" : lastPathComponent(stored);
+    if (request.folder)
+        name = "Image";
+    if (request.name)
+        name = *request.name;
+    if (!request.folder && !request.name)
+        return;
+    controller.currentSaveFolder->setText(
+        QString::fromStdString(appendPathComponent(folder, name)));
+}
+
+void setFormat(AppDelegate& controller, const ScanRequest& request) {
+    if (request.fileFormat)
+        controller.profileFileformatSelect = *request.fileFormat;
+}
+
+std::unique_ptr<AppDelegate> launch(const std::string& sourceName) {
+    LaunchOptions options;
+    options.commandLine = true;
+    options.sourceName = sourceName;
+    auto controller = std::make_unique<AppDelegate>(options);
+    return controller->init() != nullptr ? std::move(controller) : nullptr;
+}
+
+// Scans until the controls come back; false when the source never called back in time.
+bool scanToTheEnd(AppDelegate& controller, int timeoutSeconds) {
+    QEventLoop loop;
+    bool ended = false;
+    controller.scanEndedObserver = [&loop, &ended] {
+        ended = true;
+        QTimer::singleShot(0, &loop, &QEventLoop::quit);
+    };
+    QTimer silence;
+    silence.setSingleShot(true);
+    QObject::connect(&silence, &QTimer::timeout, &loop, &QEventLoop::quit);
+    silence.start(std::chrono::seconds(timeoutSeconds));
+    controller.toolBarItemScan(nullptr);
+    if (!ended)
+        loop.exec();
+    controller.scanEndedObserver = nullptr;
+    return ended;
+}
+
+} // namespace
+
+int takeStandardOutputForResults() {
+    const int results = dup(STDOUT_FILENO);
+    if (results >= 0)
+        dup2(STDERR_FILENO, STDOUT_FILENO);
+    return results;
+}
+
+int runScanCommand(const ScanRequest& request, int resultDescriptor) {
+    Results results(resultDescriptor);
+    ScanTally tally;
+    installCommandLineMessages(tally);
+    prepareSources(request.source);
+    passOptionsToSource(request.options);
+
+    Watchdog watchdog(std::chrono::seconds(request.timeoutSeconds), [] {
+        systemLog("paperline: the source hangs; giving up. Pages saved so far are complete.");
+        removeOwnScratchRoot();
+        _exit(exitSourceHung);
+    });
+    setDsmCallObserver(
+        {.willCall = [&watchdog](uint32_t, uint16_t, uint16_t) { watchdog.callStarts(); },
+         .didCall = [&watchdog](uint16_t) { watchdog.callEnds(); }});
+
+    const std::unique_ptr<AppDelegate> controller = launch(request.source);
+    if (!controller)
+        return exitSourceNotOpened;
+    if (controller->dsArray.empty() ||
+        (!request.source.empty() && !knowsSource(*controller, request.source))) {
+        systemLog(request.source.empty()
+                      ? "paperline: no data source is installed"
+                      : "paperline: no data source is named '" + request.source + "'");
+        return exitNoSuchSource;
+    }
+    controller->loadInterface();
+    controller->applicationWillFinishLaunching();
+    controller->applicationDidFinishLaunching();
+    if (launchAborted || terminationRequested())
+        return exitSourceNotOpened;
+
+    setFormat(*controller, request);
+    setFolderAndName(*controller, request);
+    controller->savedFileObserver = [&](const SavedFile& file) {
+        ++tally.files;
+        tally.pages += file.pages;
+        results.line(request.json ? jsonText(pageObject(file)) : file.path);
+    };
+    const bool ended = scanToTheEnd(*controller, request.timeoutSeconds);
+    if (request.json)
+        results.line(jsonText({{"files", tally.files},
+                               {"pages", tally.pages},
+                               {"complete", ended && tally.messages == 0}}));
+    controller->applicationWillTerminate();
+    setDsmCallObserver({});
+    if (!ended) {
+        systemLog("paperline: the source does not answer");
+        return exitSourceHung;
+    }
+    return tally.files > 0 && tally.messages == 0 && !results.failed() ? exitSaved
+                                                                       : exitNotAllSaved;
+}
+
+int runListSources(int resultDescriptor) {
+    Results results(resultDescriptor);
+    ScanTally tally;
+    installCommandLineMessages(tally);
+    prepareSources({});
+    const std::unique_ptr<AppDelegate> controller = launch({});
+    if (!controller)
+        return exitNotAllSaved;
+    for (const TWAIN_INFO& source : controller->dsArray)
+        results.line(source.productNameText());
+    return results.failed() ? exitNotAllSaved : exitSaved;
+}
+
+int runListOptions(const std::string& sourceName, int resultDescriptor) {
+    ScanTally tally;
+    installCommandLineMessages(tally);
+    prepareSources(sourceName);
+    const std::unique_ptr<AppDelegate> controller = launch(sourceName);
+    if (!controller)
+        return exitNotAllSaved;
+    controller->SearchAllDS();
+    for (const DsData& source : controller->dsDatas)
+        if (source.ProductName == sourceName)
+            return describeSource(source.dsPath, resultDescriptor);
+    systemLog("paperline: no data source is named '" + sourceName + "'");
+    return exitNoSuchSource;
+}
+
+} // namespace paperline

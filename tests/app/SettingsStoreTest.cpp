@@ -1,0 +1,272 @@
+#include "app/AppDelegate.h"
+#include "app/BrandProfile.h"
+#include "platform/Alert.h"
+#include "platform/Files.h"
+#include "platform/Host.h"
+#include "platform/Places.h"
+#include "ui/SaveFolderTextField.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <memory>
+#include <string_view>
+
+using namespace paperline;
+
+namespace {
+
+// A bundle of the test's own, a user named "ada" whose home is /home/ada, a scanner named "Scan
+// One".
+class SettingsStoreTest : public testing::Test {
+protected:
+    SettingsStoreTest() {
+        setBundlePath(bundle_);
+        EXPECT_TRUE(createFolderWithParents(bundle_ + "/Contents/MACOS"));
+        host().loginName = [this] { return user_; };
+        host().homeFolder = [] { return std::string("/home/ada"); };
+        host().preferredLanguages = [] { return std::vector<std::string>{"de-DE"}; };
+        controller_ = make(7);
+    }
+    ~SettingsStoreTest() override {
+        removePath(root_);
+        removePath(userDataFolder());
+        setBundlePath({});
+        host() = realHost();
+    }
+
+    std::unique_ptr<AppDelegate> make(uint32_t brand) {
+        gBrandNumber = brand;
+        auto controller = std::make_unique<AppDelegate>(
+            LaunchOptions{.brand = brand, .commandLine = false, .sourceName = {}});
+        controller->loadInterface();
+        controller->mCurrentPath = bundle_;
+        controller->mResourcePath = bundle_ + "/Contents/Resources";
+        controller->currentProductName = "Scan One";
+        controller->getSystemInfo();
+        return controller;
+    }
+    void write(const PropertyListDictionary& root) {
+        ASSERT_TRUE(writePropertyListAtomically(file_, root));
+    }
+    PropertyListDictionary written() const { return readPropertyList(file_).root; }
+    static PropertyListDictionary
+    profile(std::string path, int64_t format, int64_t language, int64_t show) {
+        return {{"SavePath", PropertyListValue(std::move(path))},
+                {"FileFormat", PropertyListValue(format)},
+                {"Language", PropertyListValue(language)},
+                {"ShowInFinder", PropertyListValue(show)}};
+    }
+    static const PropertyListDictionary& profileIn(const PropertyListDictionary& root,
+                                                   const std::string& key) {
+        return *find(root, key)->asDictionary();
+    }
+
+    std::string user_ = "ada";
+    std::string root_ = [] {
+        std::string name = testing::TempDir() + "/settingsXXXXXX";
+        return std::string(mkdtemp(name.data()));
+    }();
+    std::string bundle_ = root_ + "/Paperline.app";
+    std::string file_ = bundle_ + "/Contents/MACOS/CvPaperline_lng.plist";
+    std::unique_ptr<AppDelegate> controller_;
+};
+
+} // namespace
+
+TEST_F(SettingsStoreTest, HasDefaultsWithoutAFile) {
+    controller_->scannerName = "old";
+    controller_->ReadDefaultScannerName();
+    EXPECT_EQ(controller_->scannerName, "");
+    controller_->ReadDefaultSaveImageName();
+    EXPECT_EQ(controller_->saveImageName, "Image");
+    controller_->ReadUISettingForLastLanguage();
+    EXPECT_EQ(controller_->profileLanguage, 5); // de
+    controller_->ReadUISetting();
+    EXPECT_EQ(controller_->profileFolderName, "/Users/kai_morn/Documents/Image");
+    EXPECT_EQ(controller_->profileFileformatSelect, 1);
+    EXPECT_EQ(controller_->profileShowInFinder, 0);
+    EXPECT_EQ(controller_->SelectFolderAutoDetectFlag, 1);
+    controller_->fixUpSaveFolder();
+    EXPECT_EQ(controller_->profileFolderName, "/home/ada/Documents/Image");
+    EXPECT_EQ(controller_->currentSaveFolder->text(), "/home/ada/Documents/Image");
+}
+
+TEST_F(SettingsStoreTest, StartsWithTheFormatOfTheBrand) {
+    for (uint32_t brand = 0; brand <= 8; ++brand) {
+        const std::unique_ptr<AppDelegate> controller = make(brand);
+        controller->ReadUISetting();
+        const bool bmp = brand == 2 || brand == 3 || brand == 4 || brand == 8;
+        EXPECT_EQ(controller->profileFileformatSelect, bmp ? 0 : 1) << brand;
+    }
+}
+
+TEST_F(SettingsStoreTest, FindsTheMenuPositionOfBrandTwoFromTheSystemsLanguage) {
+    // The German system gives 5, the fifth of the offered languages from 0; Japanese falls back to
+    // English.
+    const std::unique_ptr<AppDelegate> controller = make(2);
+    controller->ReadUISetting();
+    EXPECT_EQ(controller->currentOSLanguage, 5);
+    EXPECT_EQ(controller->supportLanguageProfileLanguage, 4);
+    host().preferredLanguages = [] { return std::vector<std::string>{"ja-JP"}; };
+    controller->ReadUISetting();
+    EXPECT_EQ(controller->supportLanguageProfileLanguage, 0);
+}
+
+TEST_F(SettingsStoreTest, ReadsRootAndProfile) {
+    write({{"ScannerName", "Scan One"},
+           {"Language", PropertyListValue(int64_t{8})},
+           {"SaveImageName", "Invoice"},
+           {"ada/Scan One", PropertyListValue(profile("/data/scans", 5, 11, 1))}});
+    controller_->ReadDefaultScannerName();
+    EXPECT_EQ(controller_->scannerName, "Scan One");
+    controller_->ReadDefaultSaveImageName();
+    EXPECT_EQ(controller_->saveImageName, "Invoice");
+    controller_->ReadUISettingForLastLanguage();
+    EXPECT_EQ(controller_->profileLanguage, 8);
+    controller_->ReadUISetting();
+    EXPECT_EQ(controller_->profileLanguage, 11); // the profile's own language wins
+    EXPECT_EQ(controller_->profileFileformatSelect, 5);
+    EXPECT_EQ(controller_->profileShowInFinder, 1);
+    controller_->fixUpSaveFolder();
+    EXPECT_EQ(controller_->profileFolderName, "/data/scans"); // kept though it does not exist
+}
+
+TEST_F(SettingsStoreTest, TakesStoredNumbersAsTheyStand) {
+    write({{"Language", PropertyListValue(int64_t{77})},
+           {"ada/Scan One", PropertyListValue(profile("", 42, -3, 9))}});
+    controller_->ReadUISettingForLastLanguage();
+    EXPECT_EQ(controller_->profileLanguage, 77);
+    controller_->ReadUISetting();
+    EXPECT_EQ(controller_->profileFileformatSelect, 42);
+    EXPECT_EQ(controller_->profileLanguage, -3);
+}
+
+TEST_F(SettingsStoreTest, ReplacesAnEmptyStoredFolder) {
+    write({{"ada/Scan One", PropertyListValue(profile("", 1, 0, 0))}});
+    controller_->ReadUISetting();
+    controller_->fixUpSaveFolder();
+    EXPECT_EQ(controller_->profileFolderName, "/home/ada/Documents/Image");
+}
+
+TEST_F(SettingsStoreTest, ReplacesAMissingFolderOnlyWithTheFlagClear) {
+    write({{"ada/Scan One", PropertyListValue(profile("/nowhere/at/all", 1, 0, 0))}});
+    controller_->ReadUISetting();
+    controller_->SelectFolderAutoDetectFlag = 0;
+    controller_->fixUpSaveFolder();
+    EXPECT_EQ(controller_->profileFolderName, "/home/ada/Documents");
+    controller_->dictCurrentFolder.reset();
+    controller_->fixUpSaveFolder();
+    EXPECT_EQ(controller_->profileFolderName, "/home/ada/Documents");
+}
+
+TEST_F(SettingsStoreTest, ReadsAnEmptyImageNameAsTheDefault) {
+    write({{"SaveImageName", ""}});
+    controller_->ReadDefaultSaveImageName();
+    EXPECT_EQ(controller_->saveImageName, "Image");
+}
+
+TEST_F(SettingsStoreTest, ChangesNothingForADamagedFile) {
+    const std::string_view text = "<plist><dict><key>Scanner";
+    ASSERT_TRUE(writeFile(file_, {reinterpret_cast<const uint8_t*>(text.data()), text.size()}));
+    controller_->scannerName = "kept";
+    controller_->profileLanguage = 3;
+    controller_->profileFileformatSelect = 6;
+    controller_->ReadDefaultScannerName();
+    controller_->ReadUISettingForLastLanguage();
+    controller_->ReadUISetting();
+    EXPECT_EQ(controller_->scannerName, "kept");
+    EXPECT_EQ(controller_->profileLanguage, 3);
+    EXPECT_EQ(controller_->profileFileformatSelect, 6);
+    EXPECT_FALSE(controller_->dictCurrentFolder);
+    controller_->currentSaveFolder->setText("/x");
+    controller_->writeSettingsAtTermination();
+    EXPECT_EQ(*find(written(), "ScannerName")->asString(), "kept"); // replaced by a whole one
+}
+
+TEST_F(SettingsStoreTest, WritesWhatIsInForceAndKeepsUnknownKeys) {
+    PropertyListDictionary old = profile("/old", 0, 0, 0);
+    old["Theme"] = "dark";
+    write({{"Future", PropertyListValue(int64_t{4})},
+           {"SaveImageName", "Invoice"},
+           {"bob/Scan One", PropertyListValue(profile("/bob", 2, 2, 0))},
+           {"ada/Scan One", PropertyListValue(std::move(old))}});
+    controller_->scannerName = "Scan One";
+    controller_->profileLanguage = 7;
+    controller_->profileFileformatSelect = 3;
+    controller_->profileShowInFinder = 1;
+    controller_->currentSaveFolder->setText("/new/folder");
+    controller_->writeSettingsAtTermination();
+    const PropertyListDictionary root = written();
+    EXPECT_EQ(*find(root, "ScannerName")->asString(), "Scan One");
+    EXPECT_EQ(find(root, "Language")->asInteger(), 7);
+    EXPECT_EQ(find(root, "Future")->asInteger(), 4);
+    EXPECT_EQ(*find(root, "SaveImageName")->asString(), "Invoice");
+    EXPECT_EQ(*find(profileIn(root, "bob/Scan One"), "SavePath")->asString(), "/bob");
+    PropertyListDictionary expected = profile("/new/folder", 3, 7, 1);
+    expected["Theme"] = "dark";
+    EXPECT_EQ(profileIn(root, "ada/Scan One"), expected);
+}
+
+TEST_F(SettingsStoreTest, StoresAFolderThatEndsInASeparatorWithImageAppended) {
+    controller_->currentSaveFolder->setText("/data/scans/");
+    controller_->writeSettingsAtTermination();
+    EXPECT_EQ(*find(profileIn(written(), "ada/Scan One"), "SavePath")->asString(),
+              "/data/scans/Image");
+    EXPECT_EQ(controller_->profileFolderName, "/data/scans/Image");
+}
+
+TEST_F(SettingsStoreTest, StoresAnEmptyFolderAsItStands) {
+    controller_->currentSaveFolder->setText("");
+    controller_->writeSettingsAtTermination();
+    EXPECT_EQ(*find(profileIn(written(), "ada/Scan One"), "SavePath")->asString(), "");
+}
+
+TEST_F(SettingsStoreTest, KeepsUsersAndScannersApart) {
+    controller_->currentSaveFolder->setText("/ada/one");
+    controller_->writeSettingsAtTermination();
+    user_ = "bob";
+    controller_->currentSaveFolder->setText("/bob/one");
+    controller_->writeSettingsAtTermination();
+    controller_->currentProductName = "Scan Two";
+    controller_->currentSaveFolder->setText("/bob/two");
+    controller_->writeSettingsAtTermination();
+    const PropertyListDictionary root = written();
+    EXPECT_EQ(*find(profileIn(root, "ada/Scan One"), "SavePath")->asString(), "/ada/one");
+    EXPECT_EQ(*find(profileIn(root, "bob/Scan One"), "SavePath")->asString(), "/bob/one");
+    EXPECT_EQ(*find(profileIn(root, "bob/Scan Two"), "SavePath")->asString(), "/bob/two");
+}
+
+TEST_F(SettingsStoreTest, PrefersTheUsersOwnFileOverTheBundles) {
+    write({{"ScannerName", "bundle's"}});
+    const std::string own = userDataFolder() + "/Contents/MACOS/CvPaperline_lng.plist";
+    ASSERT_TRUE(createFolderWithParents(folderOfPath(own)));
+    ASSERT_TRUE(writePropertyListAtomically(own, {{"ScannerName", "own"}}));
+    controller_->ReadDefaultScannerName();
+    EXPECT_EQ(controller_->scannerName, "own");
+    controller_->scannerName = "changed";
+    controller_->writeSettingsAtTermination();
+    EXPECT_EQ(*find(readPropertyList(own).root, "ScannerName")->asString(), "changed");
+    EXPECT_EQ(*find(written(), "ScannerName")->asString(), "bundle's");
+}
+
+TEST_F(SettingsStoreTest, WritesADefaultFileOnRequest) {
+    controller_->scannerName = "x";
+    controller_->writeDefaultSetting(nullptr);
+    EXPECT_EQ(controller_->scannerName, "");
+    const PropertyListDictionary expected{{"FileFormat", PropertyListValue(int64_t{1})},
+                                          {"SavePath", "/Users/kai_morn/Documents"}};
+    EXPECT_EQ(written(), (PropertyListDictionary{{"Corvane", PropertyListValue(expected)}}));
+}
+
+TEST_F(SettingsStoreTest, AsksNothingBackFromItsMessage) {
+    Alert shown;
+    setAlertPresenter([&shown](const Alert& alert) {
+        shown = alert;
+        return alertDefaultReturn;
+    });
+    EXPECT_EQ(controller_->input("Name\n1.0", "Copyright"), nullptr);
+    EXPECT_EQ(shown.message, "Name\n1.0");
+    EXPECT_EQ(shown.informativeText, "Copyright");
+    setAlertPresenter({});
+}
