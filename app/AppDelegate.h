@@ -269,6 +269,7 @@ public:
     // Localisation: ui/Localisation.cpp
     void getSystemInfo();
     int32_t setFirstUILanguage(int32_t mode);
+    void titleSelectionWindow();
     void addLanguageItemtoMenu(const std::shared_ptr<const LanguageBundle>& bundle);
     void changeLanguage(QAction* menuItem);
     void checkLanguageMenuState(uint32_t position, bool on);

@@ -97,11 +97,7 @@ AppDelegate* AppDelegate::init() {
 void AppDelegate::applicationWillFinishLaunching() {
     TraceScope trace("applicationWillFinishLaunching");
     const bool hasSaveCommand = brandProfile(gBrandNumber).hasSaveCommand;
-    const char* image = hasSaveCommand ? "Contents/Resources/Floppy.png"
-                                       : "Contents/Resources/CollapsePagesPanel.png";
-    if (paperlineToolbar_FileFormat != nullptr)
-        paperlineToolbar_FileFormat->setIcon(
-            QIcon(QString::fromStdString(mCurrentPath + "/" + image)));
+    showSaveSwitch(true);
 
     if (!hasSaveCommand) {
         if (paperlineToolbar != nullptr && paperlineToolbar->actions().size() > saveSwitchItem)

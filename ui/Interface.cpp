@@ -7,7 +7,6 @@
 #include "platform/Places.h"
 #include "ui/MainWindow.h"
 #include "ui/SelectSourceWindow.h"
-#include "ui/SourceListModel.h"
 #include "ui/WindowPlace.h"
 #include "viewer/ImageView.h"
 
@@ -132,6 +131,7 @@ void AppDelegate::loadInterface() {
     joinToolbar(*this);
     joinMenus(*this);
     joinSelectionWindow(*this);
+    connectPageViews();
     joinPageCount(*this);
     keepWindowSize(*this, *mainWindow);
     // A close during a transfer waits for its end.
@@ -145,14 +145,6 @@ void AppDelegate::loadInterface() {
     windows_.push_back(std::move(mainWindow));
     windows_.push_back(std::move(selectionWindow));
     windowDidLoad();
-}
-
-void AppDelegate::reloadSourceTable() {
-    auto* model = qobject_cast<SourceListModel*>(_tableViewSelectSource->model());
-    QStringList names;
-    for (const TWAIN_INFO& source : dsArray)
-        names.append(QString::fromStdString(source.productNameText()));
-    model->setNames(names);
 }
 
 } // namespace paperline

@@ -12,6 +12,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QPushButton>
+#include <QTableView>
 
 #include <utility>
 
@@ -39,11 +40,6 @@ QMenu* languageSubmenu(const QMenu* optionsMenu) {
     if (optionsMenu == nullptr || optionsMenu->actions().isEmpty())
         return nullptr;
     return optionsMenu->actions().constFirst()->menu();
-}
-
-template <typename Widget> void setTextOf(Widget* widget, const std::string& text) {
-    if (widget != nullptr)
-        widget->setText(QString::fromStdString(text));
 }
 
 } // namespace
@@ -91,13 +87,22 @@ int32_t AppDelegate::setFirstUILanguage(int32_t mode) {
     if (loadLanguage(language))
         osLangBundle = gLanguageBundle;
 
-    if (twainSelectSourceWindow != nullptr)
-        twainSelectSourceWindow->setWindowTitle(
-            QString::fromStdString(localizedString(osLangBundle, "SelectScannerModel")));
-    setTextOf(twainSelectSourceScannerType, localizedString(osLangBundle, "ScannerModel"));
-    setTextOf(twainSelectSourceOKBtn, localizedString(osLangBundle, "OK"));
-    setTextOf(twainSelectSourceCancelBtn, localizedString(osLangBundle, "Cancel"));
+    titleSelectionWindow();
     return language;
+}
+
+void AppDelegate::titleSelectionWindow() {
+    if (twainSelectSourceWindow == nullptr)
+        return;
+    const auto text = [this](const char* key) {
+        return QString::fromStdString(localizedString(osLangBundle, key));
+    };
+    twainSelectSourceWindow->setWindowTitle(text("SelectScannerModel"));
+    twainSelectSourceScannerType->setText(text("ScannerModel"));
+    twainSelectSourceOKBtn->setText(text("OK"));
+    twainSelectSourceCancelBtn->setText(text("Cancel"));
+    _tableViewSelectSource->setAccessibleName(text("SourceListName"));
+    _tableViewSelectSource->setAccessibleDescription(text("SourceListHelp"));
 }
 
 bool AppDelegate::loadLanguage(int32_t language) {

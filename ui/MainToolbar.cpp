@@ -85,8 +85,10 @@ void makeMainToolbar(QMainWindow& window, InterfaceOutlets& outlets, const std::
         addButton(toolbar, resources + "/OpenFolder.png", Qt::ToolButtonIconOnly);
     outlets.paperlineToolbar_FitPage =
         addButton(toolbar, resources + "/FitPage.png", Qt::ToolButtonIconOnly);
+    outlets.paperlineToolbar_FitPage->setShortcut(Qt::CTRL | Qt::Key_0);
     outlets.paperlineToolbar_ActualPage =
         addButton(toolbar, resources + "/ActualPage.png", Qt::ToolButtonIconOnly);
+    outlets.paperlineToolbar_ActualPage->setShortcut(Qt::CTRL | Qt::Key_1);
 
     window.addToolBar(Qt::TopToolBarArea, toolbar);
     styleScanButton(outlets);
