@@ -33,7 +33,8 @@ protected:
         EXPECT_TRUE(writeFile(path(), file));
     }
 
-    TestFolder folder_;
+    // In memory where there is such a folder: thousands of small files pass through it.
+    TestFolder folder_{isWritable("/dev/shm") ? "/dev/shm" : ""};
 };
 
 Bytes pixelsOf(const std::optional<DecodedImage>& picture) {
