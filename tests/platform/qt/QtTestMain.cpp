@@ -5,6 +5,7 @@
 
 #include <QApplication>
 
+#include <cstdlib>
 #include <gmock/gmock.h>
 
 namespace paperline::testing_support {
@@ -17,6 +18,7 @@ int main(int argc, char** argv) {
     const auto note = [] { paperline::testing_support::ranWithoutApplication = true; };
     paperline::postToMainThread(note);
     paperline::performAfterDelay(0, note);
+    setenv("QT_QPA_PLATFORM", "offscreen", 0); // the build lists the tests without one
     QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
     return RUN_ALL_TESTS();
