@@ -45,6 +45,8 @@ enum class MessageType : uint32_t {
     option,
     page,
     batchEnd,
+    // from a process that lists devices: one message each, then an answer
+    device,
 };
 
 // Shared between both processes from hello on. The worker raises `progress` whenever the device

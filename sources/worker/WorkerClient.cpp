@@ -1,9 +1,6 @@
 #include "sources/worker/WorkerClient.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cstdlib>
-#include <string_view>
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -18,20 +15,6 @@ using std::chrono::milliseconds;
 constexpr milliseconds slice{100}; // between two looks at the worker's life
 constexpr milliseconds stopTime{10000};
 constexpr milliseconds closeTime{10000};
-
-// PAPERLINE_WORKER_TIMEOUT in seconds, read without regard to the locale.
-milliseconds configuredTimeout() {
-    constexpr milliseconds usual{60000};
-    const char* text = std::getenv("PAPERLINE_WORKER_TIMEOUT");
-    if (text == nullptr)
-        return usual;
-    const std::string_view view = text;
-    double seconds = 0;
-    const auto result = std::from_chars(view.data(), view.data() + view.size(), seconds);
-    if (result.ec != std::errc() || !(seconds > 0) || seconds > 86400)
-        return usual;
-    return milliseconds(static_cast<int64_t>(seconds * 1000));
-}
 
 bool isSealedMemory(int descriptor) {
     const int seals = fcntl(descriptor, F_GET_SEALS);
@@ -52,7 +35,7 @@ ScanStatus WorkerClient::open() {
 
 ScanStatus WorkerClient::openWorker() {
     errorText_.clear();
-    timeout_ = configuredTimeout();
+    timeout_ = workerTimeout();
     std::string error;
     const std::vector<std::string> arguments{
         "--serve", "--device", launch_.device, "--product", launch_.product};

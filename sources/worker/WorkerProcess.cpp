@@ -2,9 +2,12 @@
 
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <string_view>
 
 #include <fcntl.h>
 #include <spawn.h>
@@ -68,6 +71,21 @@ bool makeSocketPair(Descriptor& ours, Descriptor& theirs) {
 }
 
 } // namespace
+
+// The number is read without regard to the locale.
+std::chrono::milliseconds workerTimeout() {
+    using std::chrono::milliseconds;
+    constexpr milliseconds usual{60000};
+    const char* text = std::getenv("PAPERLINE_WORKER_TIMEOUT");
+    if (text == nullptr)
+        return usual;
+    const std::string_view view = text;
+    double seconds = 0;
+    const auto result = std::from_chars(view.data(), view.data() + view.size(), seconds);
+    if (result.ec != std::errc() || !(seconds > 0) || seconds > 86400)
+        return usual;
+    return milliseconds(static_cast<int64_t>(seconds * 1000));
+}
 
 bool WorkerProcess::start(const std::string& program,
                           const std::vector<std::string>& arguments,

@@ -13,6 +13,9 @@
 
 namespace paperline::sources {
 
+// How long a worker may show no sign of life: PAPERLINE_WORKER_TIMEOUT in seconds, or 60.
+std::chrono::milliseconds workerTimeout();
+
 class WorkerProcess {
 public:
     WorkerProcess() = default;

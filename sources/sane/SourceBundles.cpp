@@ -1,0 +1,162 @@
+#include "sources/sane/SourceBundles.h"
+
+#include "platform/Files.h"
+#include "platform/PropertyList.h"
+#include "sources/worker/OptionSettings.h"
+
+#include <cstdio>
+#include <optional>
+
+#include <fcntl.h>
+#include <limits.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace paperline::sources {
+
+namespace {
+
+constexpr const char* executableName = "SaneSource";
+constexpr const char* workerName = "paperline-sane-worker";
+constexpr const char* lockName = ".paperline-discovery.lock";
+// Entries with this start are bundles on their way in or out; other programs do not see them.
+constexpr const char* passingPrefix = ".paperline-discovery-";
+constexpr uint64_t maximumConfigurationBytes = 1 << 20;
+constexpr int lockAttempts = 300; // of a tenth of a second
+
+std::vector<uint8_t> bytesOf(const std::string& text) {
+    return {text.begin(), text.end()};
+}
+
+std::string configurationPath(const std::string& bundlePath) {
+    return bundlePath + "/Versions/A/Resources/source.conf";
+}
+
+std::string configurationText(const KnownBundle& bundle, const BundleParts& parts) {
+    return "library=" + parts.library + "\nworker=" + parts.worker + "\nhelpers=" + parts.helpers +
+           "\ndevice=" + bundle.device + "\nproduct=" + bundle.product +
+           "\nmanufacturer=" + saneManufacturer + "\nfamily=" + saneProductFamily + "\n";
+}
+
+std::optional<std::vector<uint8_t>> informationBytes(const KnownBundle& bundle) {
+    return serialisePropertyList({{"CFBundleExecutable", executableName},
+                                  {"ProductName", bundle.product.c_str()},
+                                  {"Manufacturer", saneManufacturer}});
+}
+
+// Leaves a file alone that has these bytes already.
+bool bringUpToDate(const std::string& path, const std::vector<uint8_t>& bytes) {
+    const auto present = readFile(path, bytes.size() + 1);
+    return (present && *present == bytes) || writeFileAtomically(path, bytes);
+}
+
+// What a bundle's configuration says, if a discovery wrote it: a copy under another name is its
+// owner's.
+std::optional<KnownBundle> readBundle(const std::string& folder, const std::string& name) {
+    const auto bytes = readFile(configurationPath(folder + "/" + name), maximumConfigurationBytes);
+    if (!bytes)
+        return std::nullopt;
+    KnownBundle bundle{name, {}, {}};
+    std::string worker;
+    for (OptionSetting& line : parseOptionSettings(std::string(bytes->begin(), bytes->end()))) {
+        if (line.name == "worker")
+            worker = lastPathComponent(line.value);
+        else if (line.name == "product")
+            bundle.product = std::move(line.value);
+        else if (line.name == "device")
+            bundle.device = std::move(line.value);
+    }
+    if (worker != workerName || bundle.device.empty() || name != bundleFolderName(bundle.product))
+        return std::nullopt;
+    return bundle;
+}
+
+} // namespace
+
+BundleParts partsBesideThisProgram() {
+    char path[PATH_MAX];
+    const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
+    const std::string program(path, length > 0 ? static_cast<size_t>(length) : 0);
+    const std::string helpers = folderOfPath(program);
+    const std::string frameworks = folderOfPath(helpers) + "/Frameworks";
+    return {frameworks + "/paperline-source-stub.so",
+            frameworks + "/libpaperline-sane-source.so",
+            program,
+            helpers};
+}
+
+bool SourceBundles::open(const std::string& folder) {
+    folder_ = folder;
+    if (!createFolderWithParents(folder))
+        return false;
+    lock_ =
+        ::open((folder + "/" + lockName).c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+    if (lock_ < 0)
+        return false;
+    for (int attempt = 0; flock(lock_, LOCK_EX | LOCK_NB) != 0; ++attempt) {
+        if (attempt == lockAttempts)
+            return false;
+        usleep(100000);
+    }
+    removeLeftovers();
+    look();
+    return true;
+}
+
+SourceBundles::~SourceBundles() {
+    if (lock_ >= 0)
+        ::close(lock_);
+}
+
+void SourceBundles::removeLeftovers() const {
+    for (const std::string& name : folderEntries(folder_))
+        if (name.starts_with(passingPrefix))
+            removePath(folder_ + "/" + name);
+}
+
+void SourceBundles::look() {
+    for (const std::string& name : folderEntries(folder_)) {
+        std::optional<KnownBundle> bundle;
+        if (pathExtension(name) == "ds")
+            bundle = readBundle(folder_, name);
+        if (bundle)
+            known_.push_back(std::move(*bundle));
+        else
+            otherEntries_.insert(name);
+    }
+}
+
+bool SourceBundles::write(const KnownBundle& bundle, const BundleParts& parts) const {
+    const std::string path = folder_ + "/" + bundle.folder;
+    if (folderExists(path))
+        return writeFiles(path, bundle, parts);
+    const std::string passing = folder_ + "/" + passingPrefix + bundle.folder;
+    const bool made = createFolderWithParents(passing + "/Versions/A/Resources") &&
+                      writeFiles(passing, bundle, parts) &&
+                      rename(passing.c_str(), path.c_str()) == 0;
+    if (!made)
+        removePath(passing);
+    return made;
+}
+
+bool SourceBundles::writeFiles(const std::string& bundlePath,
+                               const KnownBundle& bundle,
+                               const BundleParts& parts) const {
+    constexpr uint64_t maximumStubBytes = 16 << 20;
+    const auto stub = readFile(parts.loaderStub, maximumStubBytes);
+    const auto information = informationBytes(bundle);
+    const std::string inside = bundlePath + "/Versions/A/";
+    return stub && information && bringUpToDate(inside + executableName, *stub) &&
+           chmod((inside + executableName).c_str(), 0755) == 0 &&
+           bringUpToDate(inside + "Resources/Info.plist", *information) &&
+           bringUpToDate(configurationPath(bundlePath), bytesOf(configurationText(bundle, parts)));
+}
+
+bool SourceBundles::remove(const KnownBundle& bundle) const {
+    const std::string passing = folder_ + "/" + passingPrefix + bundle.folder;
+    return rename((folder_ + "/" + bundle.folder).c_str(), passing.c_str()) == 0 &&
+           removePath(passing);
+}
+
+} // namespace paperline::sources

@@ -1,0 +1,56 @@
+// Bundles of SANE devices on disk. Each appears, changes and goes whole.
+#pragma once
+
+#include "sources/sane/BundlePlan.h"
+
+#include <set>
+#include <string>
+#include <vector>
+
+namespace paperline::sources {
+
+inline constexpr const char* saneManufacturer = "Corvane";
+inline constexpr const char* saneProductFamily = "PageCentral";
+
+// Where the parts are that a bundle copies or names.
+struct BundleParts {
+    std::string loaderStub; // copied
+    std::string library;
+    std::string worker;
+    std::string helpers;
+};
+// Beside the running worker program: Contents/Helpers and Contents/Frameworks.
+BundleParts partsBesideThisProgram();
+
+class SourceBundles {
+public:
+    // The folder is made if need be. False: it cannot be had, or another discovery holds it and
+    // does not finish.
+    [[nodiscard]] bool open(const std::string& folder);
+    ~SourceBundles();
+    SourceBundles() = default;
+    SourceBundles(const SourceBundles&) = delete;
+    SourceBundles& operator=(const SourceBundles&) = delete;
+
+    // Those that a discovery made, and the names of all other entries.
+    std::vector<KnownBundle> known() const { return known_; }
+    std::set<std::string> otherEntries() const { return otherEntries_; }
+
+    // Makes the bundle, or brings its files up to date; what else lies in it stays.
+    [[nodiscard]] bool write(const KnownBundle& bundle, const BundleParts& parts) const;
+    [[nodiscard]] bool remove(const KnownBundle& bundle) const;
+
+private:
+    void look();
+    void removeLeftovers() const;
+    [[nodiscard]] bool writeFiles(const std::string& bundlePath,
+                                  const KnownBundle& bundle,
+                                  const BundleParts& parts) const;
+
+    std::string folder_;
+    int lock_ = -1;
+    std::vector<KnownBundle> known_;
+    std::set<std::string> otherEntries_;
+};
+
+} // namespace paperline::sources
