@@ -31,7 +31,12 @@ protected:
     TestPlaces places;
 };
 
-INSTANTIATE_TEST_SUITE_P(Managers, HandlerSession, testing::Values("", OTHERMAKER_MANAGER));
+INSTANTIATE_TEST_SUITE_P(Managers,
+                         HandlerSession,
+                         testing::Values("", OTHERMAKER_MANAGER),
+                         [](const auto& information) {
+                             return *information.param == '\0' ? "Ours" : "OtherMakers";
+                         });
 
 TEST_P(HandlerSession, ScansTwoPagesInTheOrderThatTheApplicationUses) {
     TWAINHandler handler({TW_STR32::from("Hatsell"),

@@ -21,6 +21,7 @@ protected:
         places.addPlain("1alpha.ds", OTHERMAKER_ALPHA);
         places.addPlain("2beta.ds", OTHERMAKER_BETA);
         places.addPlain("3closed.ds", OTHERMAKER_CLOSED);
+        places.addPlain("4shared.ds", OTHERMAKER_SHARED);
         takeMessages();
         EXPECT_EQ(application.openManager(), TWRC_SUCCESS);
         alpha = application.named("Alpha");
@@ -172,6 +173,27 @@ TEST_F(ManagerSession, TellsApplicationsOfOneProcessApart) {
     application.finish(alpha);
     EXPECT_EQ(two.close(beta), TWRC_SUCCESS);
     EXPECT_EQ(application.close(alpha), TWRC_SUCCESS);
+    EXPECT_EQ(two.closeManager(), TWRC_SUCCESS);
+}
+
+TEST_F(ManagerSession, SendsAMessageToTheApplicationThatTheSourceNames) {
+    OtherApplication two(places.managerFile(), "Two");
+    ASSERT_EQ(two.openManager(), TWRC_SUCCESS);
+    application.registerCallback(nullptr, 1);
+    two.registerCallback(nullptr, 2);
+    TW_IDENTITY source = application.named("Shared");
+    ASSERT_EQ(application.open(source), TWRC_SUCCESS);
+    ASSERT_EQ(two.open(source), TWRC_SUCCESS);
+    for (OtherApplication* receiver : {&two, &application, &two})
+        EXPECT_EQ(application.entry(
+                      &source, &receiver->identity, DG_CONTROL, DAT_NULL, MSG_DEVICEEVENT, nullptr),
+                  TWRC_SUCCESS);
+    EXPECT_THAT(takeMessages(),
+                ElementsAre(ReceivedMessage{"Shared", "Two", MSG_DEVICEEVENT, 2},
+                            ReceivedMessage{"Shared", "One", MSG_DEVICEEVENT, 1},
+                            ReceivedMessage{"Shared", "Two", MSG_DEVICEEVENT, 2}));
+    EXPECT_EQ(two.close(source), TWRC_SUCCESS);
+    EXPECT_EQ(application.close(source), TWRC_SUCCESS);
     EXPECT_EQ(two.closeManager(), TWRC_SUCCESS);
 }
 

@@ -93,9 +93,17 @@ TEST(RecordBytes, IdentityKeepsTheLongestText) {
 
 TEST(RecordBytes, IdentityEndsTextThatIsTooLong) {
     TW_IDENTITY own{};
-    own.ProductName.bytes.fill('y');
-    own.ProductName.bytes[0] = 255; // a length that the field has no room for
-    EXPECT_EQ(std::string(toStandard(own).ProductName, 34), std::string(33, 'y') + '\0');
+    for (TW_STR32* text :
+         {&own.Version.Info, &own.Manufacturer, &own.ProductFamily, &own.ProductName}) {
+        text->bytes.fill('y');
+        text->bytes[0] = 255; // a length that the field has no room for
+    }
+    const abi::Identity ended = toStandard(own);
+    const std::string text = std::string(33, 'y') + '\0';
+    EXPECT_EQ(std::string(ended.Version.Info, 34), text);
+    EXPECT_EQ(std::string(ended.Manufacturer, 34), text);
+    EXPECT_EQ(std::string(ended.ProductFamily, 34), text);
+    EXPECT_EQ(std::string(ended.ProductName, 34), text);
 
     abi::Identity standard{};
     std::memset(standard.ProductName, 'z', sizeof(standard.ProductName));

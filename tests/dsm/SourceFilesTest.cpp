@@ -98,8 +98,10 @@ TEST(PlainSourceFiles, FollowNoLinksAndNotEveryName) {
     writeText(folder / "a/scanner.ds", "1");
     writeText(folder / "a/readme.dsx", "no");
     writeText(folder / "a/scanner.so", "no");
-    fs::create_directory_symlink("..", folder / "a/up");
-    fs::create_symlink("a/scanner.ds", folder / "link.ds");
+    fs::create_directory_symlink("..", folder / "a/up"); // a loop
+    writeText(test.folder() / "elsewhere/other.ds", "no");
+    fs::create_directory_symlink(test.folder() / "elsewhere", folder / "away");
+    fs::create_symlink(test.folder() / "elsewhere/other.ds", folder / "link.ds");
     EXPECT_THAT(found(test), ElementsAre("root/usr/local/lib/twain/a/scanner.ds"));
 }
 

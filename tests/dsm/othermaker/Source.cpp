@@ -5,6 +5,7 @@
 //                             MSG_ENABLEDS
 //   OTHERMAKER_REFUSES        answers failure to everything
 //   OTHERMAKER_OPEN_FAILS     answers failure to MSG_OPENDS
+//   OTHERMAKER_SHARED         lets several applications open it
 //   OTHERMAKER_ENDLESS_NAMES  fills its 34-byte strings without a zero
 #include "Twain2.h"
 
@@ -35,6 +36,12 @@ constexpr bool refuses = false;
 constexpr bool openFails = true;
 #else
 constexpr bool openFails = false;
+#endif
+
+#ifdef OTHERMAKER_SHARED
+constexpr bool shared = true;
+#else
+constexpr bool shared = false;
 #endif
 
 constexpr TW_UINT32 width = 20, height = 10, rowsOfStrip = 4;
@@ -98,14 +105,14 @@ TW_UINT16 openOrClose(TW_IDENTITY* application, TW_UINT16 message, TW_IDENTITY* 
     case MSG_OPENDS:
         if (openFails)
             return fail(TWCC_MAXCONNECTIONS);
-        if (session.state != 3)
+        if (session.state != 3 && !shared)
             return fail(TWCC_SEQERROR);
         session.state = 4;
         session.application = application;
         session.own = *identity;
         return TWRC_SUCCESS;
     case MSG_CLOSEDS:
-        if (session.state != 4)
+        if (session.state != 4 && !shared)
             return fail(TWCC_SEQERROR);
         session.state = 3;
         return TWRC_SUCCESS;
