@@ -227,12 +227,12 @@ uint16_t DataSource::transferGroupTriplet(uint16_t message, void* data) {
     }
 }
 
-bool DataSource::sendNotification() const {
-    return manager_.notify(identity_, application_, MSG_XFERREADY);
+bool DataSource::sendNotification(uint16_t message) const {
+    return manager_.notify(identity_, application_, message);
 }
 
 bool DataSource::notifyTransferReady() {
-    return sendNotification();
+    return sendNotification(MSG_XFERREADY);
 }
 
 } // namespace paperline::sources

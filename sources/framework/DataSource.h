@@ -29,7 +29,8 @@ protected:
     // Tells the application that a page is ready; false when no way to it is known, and then
     // DAT_EVENT says it.
     virtual bool notifyTransferReady();
-    bool sendNotification() const;
+    // Sends the application a message through the manager; false when it did not arrive.
+    bool sendNotification(uint16_t message) const;
 
     const SourceConfiguration& configuration() const { return configuration_; }
     const DeviceOptions& deviceOptions() const { return options_; }
