@@ -1,0 +1,27 @@
+// A picture with the soft tones of a photograph: sky, a low sun, hills and a field.
+#pragma once
+
+#include "sources/software/BandCanvas.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace paperline::sources {
+
+// Drawn once, in the size that the page needs.
+class Landscape {
+public:
+    explicit Landscape(PixelRect area);
+    void paint(BandCanvas& canvas, bool blackAndWhite) const;
+
+private:
+    void drawSky();
+    void drawHills();
+    Ink& ink(int32_t x, int32_t y);
+
+    PixelRect area_;
+    int32_t width_, height_;
+    std::vector<Ink> inks_;
+};
+
+} // namespace paperline::sources

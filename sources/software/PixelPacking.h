@@ -1,0 +1,19 @@
+// From one depth to another, row by row.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+namespace paperline::sources {
+
+// Grey samples to bits, the first pixel in the highest bit: 0 is black, from 128 on white. Bits
+// behind the last pixel are white.
+void packBlackAndWhite(std::span<const uint8_t> grey, std::span<uint8_t> bits);
+
+// One row of 1, 8 or 24 bits a pixel as grey samples.
+void rowToGrey(std::span<const uint8_t> row, int bitsPerPixel, std::span<uint8_t> grey);
+
+// One row of 1, 8 or 24 bits a pixel as RGB samples.
+void rowToColour(std::span<const uint8_t> row, int bitsPerPixel, std::span<uint8_t> colour);
+
+} // namespace paperline::sources
