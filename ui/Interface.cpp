@@ -7,6 +7,8 @@
 #include "platform/Places.h"
 #include "ui/MainWindow.h"
 #include "ui/SelectSourceWindow.h"
+#include "ui/SourceListModel.h"
+#include "ui/Theme.h"
 #include "ui/WindowPlace.h"
 #include "viewer/ImageView.h"
 
@@ -121,6 +123,8 @@ void keepWindowSize(const AppDelegate& controller, MainWindow& window) {
 } // namespace
 
 void AppDelegate::loadInterface() {
+    if (!launchOptions_.commandLine)
+        followDesktopColours(this);
     const std::string resources = mResourcePath.empty() ? resourcePath() : mResourcePath;
     mImageView = new ImageView;
     auto mainWindow = std::make_unique<MainWindow>(*this, mImageView, resources);
@@ -145,6 +149,14 @@ void AppDelegate::loadInterface() {
     windows_.push_back(std::move(mainWindow));
     windows_.push_back(std::move(selectionWindow));
     windowDidLoad();
+}
+
+void AppDelegate::reloadSourceTable() {
+    auto* model = qobject_cast<SourceListModel*>(_tableViewSelectSource->model());
+    QStringList names;
+    for (const TWAIN_INFO& source : dsArray)
+        names.append(QString::fromStdString(source.productNameText()));
+    model->setNames(names);
 }
 
 } // namespace paperline
