@@ -253,6 +253,7 @@ dispatch(AppDelegate& controller, const ReceivedPage& page, const PageNamePatter
         return {0, name.base};
     traceMark(format->logLabel, format->code == formatBmp ? " In" : " In ");
     traceText(operation, name.path);
+    controller.showSavingStatus(name.path);
     DispatchResult result = writeInFormat(controller, page, *format, name.path);
     if (result.code >= 0)
         traceMark(format->logLabel, " Out");

@@ -3,10 +3,11 @@
 namespace paperline {
 
 Desktop& desktop() {
-    static Desktop instance{[](const std::string&) { return std::optional<std::string>(); },
-                            [](const std::string&) {},
-                            [](const std::string&) {},
-                            [] {}};
+    static Desktop instance{
+        [](const std::string&, const std::string&) { return std::optional<std::string>(); },
+        [](const std::string&) {},
+        [](const std::string&) {},
+        [] {}};
     return instance;
 }
 

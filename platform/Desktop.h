@@ -9,8 +9,11 @@
 namespace paperline {
 
 struct Desktop {
-    // Lets the user choose a folder, starting at the one given; nothing when he cancels.
-    std::function<std::optional<std::string>(const std::string& startFolder)> chooseFolder;
+    // Lets the user choose a folder in a window with the title, starting at the folder given;
+    // nothing when he cancels.
+    std::function<std::optional<std::string>(const std::string& title,
+                                             const std::string& startFolder)>
+        chooseFolder;
     // Shows the folder's window in the file manager.
     std::function<void(const std::string& folder)> openFolder;
     // Shows the file (or folder) selected in its folder.

@@ -46,7 +46,8 @@ void AppDelegate::toolBarItemFolderSelect(QObject*) {
         return;
     const DelayedMessagesHold hold;
     const std::optional<std::string> chosen =
-        desktop().chooseFolder(nearestFolder(folderOfPages(current, nameComesFromField)));
+        desktop().chooseFolder(localizedString(mlangBundle, "ChooseFolderTitle"),
+                               nearestFolder(folderOfPages(current, nameComesFromField)));
     if (!chosen)
         return;
     profileFolderName = chosenFolderText(*chosen, saveImageName, nameComesFromField);

@@ -6,6 +6,7 @@
 #include "platform/Host.h"
 #include "ui/LanguageTable.h"
 #include "ui/MenuText.h"
+#include "ui/PlatformTexts.h"
 
 #include <QApplication>
 #include <QDialog>
@@ -107,8 +108,7 @@ void AppDelegate::titleSelectionWindow() {
 
 bool AppDelegate::loadLanguage(int32_t language) {
     const int32_t inTable = languageInTable(language);
-    const std::string& resources = mResourcePath;
-    const std::string folder = languageFolder(resources, inTable);
+    const std::string folder = languageFolder(mResourcePath, inTable);
     traceText("Language resource Path", folder);
     std::shared_ptr<const LanguageBundle> bundle = LanguageBundle::load(folder);
     if (bundle == nullptr)
@@ -116,6 +116,7 @@ bool AppDelegate::loadLanguage(int32_t language) {
     traceText("Language Data", bundle->folder());
     gLanguageBundle = std::move(bundle);
     mlangBundle = gLanguageBundle;
+    setPlatformTexts(gLanguageBundle, languageTable[static_cast<size_t>(inTable)].localeIdentifier);
     QApplication::setLayoutDirection(inTable == languageArabic ? Qt::RightToLeft : Qt::LeftToRight);
     return true;
 }

@@ -17,7 +17,8 @@ namespace paperline {
 namespace {
 
 constexpr int iconSide = 24;
-constexpr int groupSpace = 8;
+constexpr int groupSpace = 6;
+constexpr int controlHeight = 32;
 constexpr int narrowestFolderField = 160;
 
 QAction* addButton(QToolBar* toolbar,
@@ -28,6 +29,7 @@ QAction* addButton(QToolBar* toolbar,
     if (auto* button = qobject_cast<QToolButton*>(toolbar->widgetForAction(action))) {
         button->setToolButtonStyle(style);
         button->setFocusPolicy(Qt::TabFocus);
+        button->setMinimumHeight(controlHeight);
     }
     return action;
 }
@@ -38,6 +40,7 @@ QAction* addControl(QToolBar* toolbar, QWidget* control, QSizePolicy::Policy hor
     auto* row = new QHBoxLayout(frame);
     row->setContentsMargins(groupSpace, 0, groupSpace, 0);
     row->addWidget(control);
+    control->setMinimumHeight(controlHeight);
     frame->setSizePolicy(horizontal, QSizePolicy::Preferred);
     auto* action = new QWidgetAction(toolbar);
     action->setDefaultWidget(frame);
@@ -106,7 +109,7 @@ void styleScanButton(const InterfaceOutlets& outlets) {
     button->setStyleSheet(
         QStringLiteral(
             "QToolButton { background: %1; color: %2; border: 2px solid %1; border-radius: 6px;"
-            " padding: 2px 10px 2px 6px; }"
+            " padding: 0px 8px 0px 4px; }"
             "QToolButton:hover, QToolButton:pressed { background: %3; border-color: %3; }"
             "QToolButton:focus { border-color: %2; }"
             "QToolButton:disabled { background: transparent; color: %4; border-color: %5; }")

@@ -15,6 +15,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
+#include <QProxyStyle>
 #include <QScrollArea>
 #include <QSplitter>
 #include <QStatusBar>
@@ -30,6 +31,18 @@ QString textOf(const std::shared_ptr<const LanguageBundle>& bundle, const char* 
     return QString::fromStdString(localizedString(bundle, key));
 }
 
+// The cells draw their own selection; the platform's bar behind the whole row would frame it.
+class PlainRows : public QProxyStyle {
+public:
+    void drawPrimitive(PrimitiveElement element,
+                       const QStyleOption* option,
+                       QPainter* painter,
+                       const QWidget* widget) const override {
+        if (element != PE_PanelItemViewRow)
+            QProxyStyle::drawPrimitive(element, option, painter, widget);
+    }
+};
+
 QTableView* makePageList() {
     auto* table = new QTableView;
     table->setObjectName("pageList");
@@ -44,6 +57,9 @@ QTableView* makePageList() {
     table->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     table->setTabKeyNavigation(false); // Tab leaves the list; the arrows walk in it
     table->setMinimumWidth(narrowestPageList);
+    auto* rows = new PlainRows;
+    rows->setParent(table);
+    table->setStyle(rows);
     table->setMaximumWidth(thumbnailColumnWidth);
     return table;
 }
@@ -81,8 +97,9 @@ MainWindow::MainWindow(InterfaceOutlets& outlets, QWidget* pageView, const std::
     makeMainToolbar(*this, outlets, resources);
     makePanes(pageView);
     makeStatusLine();
-    emptyState_ = new EmptyState(themedIcon(resources + "/EmptyPages.png", QPalette::WindowText),
-                                 outlets.showImageScrollView);
+    emptyState_ =
+        new EmptyState(themedIcon(resources + "/EmptyPages.png", QPalette::PlaceholderText),
+                       outlets.showImageScrollView);
     resize(designWidth, designHeight);
     layOutPanes(true);
     orderTabs();
@@ -101,6 +118,8 @@ void MainWindow::makePanes(QWidget* pageView) {
     split->addWidget(outlets_.showImageScrollView);
     split->setStretchFactor(0, 0);
     split->setStretchFactor(1, 1);
+    split->handle(1)->setAutoFillBackground(true); // a hairline between the panes
+    split->handle(1)->setBackgroundRole(QPalette::Mid);
     outlets_.paperlineSplitView = split;
     setCentralWidget(split);
 }

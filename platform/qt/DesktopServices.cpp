@@ -19,10 +19,11 @@ namespace {
 
 constexpr int answerWithinMilliseconds = 3000;
 
-std::optional<std::string> chooseFolder(const std::string& startFolder) {
+std::optional<std::string> chooseFolder(const std::string& title, const std::string& startFolder) {
     const DelayedMessagesHold hold;
-    const QString chosen = QFileDialog::getExistingDirectory(
-        QApplication::activeWindow(), QString(), QString::fromStdString(startFolder));
+    const QString chosen = QFileDialog::getExistingDirectory(QApplication::activeWindow(),
+                                                             QString::fromStdString(title),
+                                                             QString::fromStdString(startFolder));
     if (chosen.isEmpty())
         return std::nullopt;
     return chosen.toStdString();

@@ -195,6 +195,7 @@ TEST_F(CommandsTest, StatusSaysThatTheProgramIsReadyBusyOrNotSaving) {
                 return true;
         return false;
     };
+    window().show();
     EXPECT_TRUE(said("Ready to scan"));
     made.enableToolbatItems(false);
     EXPECT_TRUE(said("Waiting for the scanner…"));

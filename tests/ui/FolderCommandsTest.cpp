@@ -10,7 +10,9 @@ class FolderCommandsTest : public InterfaceFixture {
 protected:
     // The chooser answers with this folder and remembers where it was to start.
     void answerWith(std::optional<std::string> chosen) {
-        desktop().chooseFolder = [this, chosen](const std::string& startFolder) {
+        desktop().chooseFolder = [this, chosen](const std::string& title,
+                                                const std::string& startFolder) {
+            titled = title;
             startedAt = startFolder;
             return chosen;
         };
@@ -18,6 +20,7 @@ protected:
     std::string fieldText() { return controller->currentSaveFolder->folderText(); }
 
     std::string startedAt = "never opened";
+    std::string titled;
 };
 
 TEST_F(FolderCommandsTest, ChoosingAFolderCarriesTheLeafNameOver) {
@@ -67,6 +70,7 @@ TEST_F(FolderCommandsTest, TheChooserStartsWherePagesGoOrAtTheNearestFolderAbove
     made.currentSaveFolder->setFolderText(folder + "/Image");
     made.toolBarItemFolderSelect(nullptr);
     EXPECT_EQ(startedAt, folder);
+    EXPECT_EQ(titled, "Choose a Save Folder");
     made.currentSaveFolder->setFolderText(folder + "/not/there/yet/Image");
     made.toolBarItemFolderSelect(nullptr);
     EXPECT_EQ(startedAt, folder);

@@ -127,7 +127,7 @@ TEST(FolderChooser, StartsAtTheGivenFolder) {
         EXPECT_EQ(chooser.fileMode(), QFileDialog::Directory);
         static_cast<QDialog&>(chooser).accept();
     });
-    EXPECT_EQ(desktop().chooseFolder(folder.path()), folder.path());
+    EXPECT_EQ(desktop().chooseFolder("Save Folder", folder.path()), folder.path());
 }
 
 TEST(FolderChooser, GivesNothingWhenItIsCancelled) {
@@ -138,7 +138,7 @@ TEST(FolderChooser, GivesNothingWhenItIsCancelled) {
         EXPECT_FALSE(ran); // a modal window: delayed messages wait
         static_cast<QDialog&>(chooser).reject();
     });
-    EXPECT_EQ(desktop().chooseFolder("/tmp"), std::nullopt);
+    EXPECT_EQ(desktop().chooseFolder("Save Folder", "/tmp"), std::nullopt);
     EXPECT_TRUE(turnUntil([&ran] { return ran; }));
 }
 
