@@ -53,7 +53,7 @@ int runDiscovery(const std::string& bundleFolder, int output) {
     }
     for (const KnownBundle& bundle : plan.obsolete)
         complete = bundles.remove(bundle) && complete;
-    return complete ? 0 : 1;
+    return bundles.publish() && complete ? 0 : 1;
 }
 
 } // namespace paperline::sources

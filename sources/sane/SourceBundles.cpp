@@ -19,7 +19,6 @@ namespace {
 
 constexpr const char* executableName = "SaneSource";
 constexpr const char* workerName = "paperline-sane-worker";
-constexpr const char* lockName = ".paperline-discovery.lock";
 // Entries with this start are bundles on their way in or out; other programs do not see them.
 constexpr const char* passingPrefix = ".paperline-discovery-";
 constexpr uint64_t maximumConfigurationBytes = 1 << 20;
@@ -87,11 +86,24 @@ BundleParts partsBesideThisProgram() {
 }
 
 bool SourceBundles::open(const std::string& folder) {
+    target_ = folder;
     folder_ = folder;
-    if (!createFolderWithParents(folder))
+    const std::string parent = folderOfPath(folder);
+    const std::string name = lastPathComponent(folder);
+    if (!createFolderWithParents(parent) || !lock(parent + "/." + name + ".lock"))
         return false;
-    lock_ =
-        ::open((folder + "/" + lockName).c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+    if (!folderExists(folder)) {
+        folder_ = parent + "/" + passingPrefix + name;
+        removePath(folder_);
+        return createFolder(folder_);
+    }
+    removeLeftovers();
+    look();
+    return true;
+}
+
+bool SourceBundles::lock(const std::string& path) {
+    lock_ = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
     if (lock_ < 0)
         return false;
     for (int attempt = 0; flock(lock_, LOCK_EX | LOCK_NB) != 0; ++attempt) {
@@ -99,9 +111,11 @@ bool SourceBundles::open(const std::string& folder) {
             return false;
         usleep(100000);
     }
-    removeLeftovers();
-    look();
     return true;
+}
+
+bool SourceBundles::publish() {
+    return folder_ == target_ || rename(folder_.c_str(), target_.c_str()) == 0;
 }
 
 SourceBundles::~SourceBundles() {

@@ -24,9 +24,10 @@ BundleParts partsBesideThisProgram();
 
 class SourceBundles {
 public:
-    // The folder is made if need be. False: it cannot be had, or another discovery holds it and
-    // does not finish.
+    // False: the folder cannot be had, or another discovery holds it and does not finish. A folder
+    // that is not there yet appears with publish, so that whoever waits for it finds it filled.
     [[nodiscard]] bool open(const std::string& folder);
+    [[nodiscard]] bool publish();
     ~SourceBundles();
     SourceBundles() = default;
     SourceBundles(const SourceBundles&) = delete;
@@ -47,7 +48,10 @@ private:
                                   const KnownBundle& bundle,
                                   const BundleParts& parts) const;
 
-    std::string folder_;
+    [[nodiscard]] bool lock(const std::string& path);
+
+    std::string folder_; // where the bundles are written
+    std::string target_; // where they belong
     int lock_ = -1;
     std::vector<KnownBundle> known_;
     std::set<std::string> otherEntries_;

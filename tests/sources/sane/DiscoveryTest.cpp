@@ -59,13 +59,22 @@ protected:
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
 
-    // Everything in the folder that is no lock, sorted.
+    int describe(const std::string& bundle, const std::string& variables = {}) {
+        const std::string command = variables + " SANE_CONFIG_DIR='" + root + "/sane' '" +
+                                    DESCRIBE_SOURCE "' '" + bundle + "' >'" + root +
+                                    "/output' 2>'" + root + "/errors'";
+        const int status = std::system(command.c_str());
+        output = contentOf(root + "/output");
+        errors = contentOf(root + "/errors");
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
+    // Everything in the folder, sorted.
     std::vector<std::string> entries() const {
         std::vector<std::string> names;
         std::error_code none;
         for (const auto& entry : fs::directory_iterator(bundles, none))
-            if (entry.path().filename() != ".paperline-discovery.lock")
-                names.push_back(entry.path().filename().string());
+            names.push_back(entry.path().filename().string());
         std::sort(names.begin(), names.end());
         return names;
     }
@@ -107,6 +116,19 @@ TEST_F(Discovery, ABundleGivesTheIdentityThatItsPropertyListSays) {
         EXPECT_EQ(std::string(identity.Manufacturer), "Corvane");
         EXPECT_EQ(std::string(identity.ProductFamily), "PageCentral");
     }
+}
+
+TEST_F(Discovery, TheOptionsOfABundlesDeviceCanBeListed) {
+    ASSERT_EQ(discover(), 0) << errors;
+    EXPECT_EQ(describe(bundles + "/" + first + ".ds", "PAPERLINE_SOURCE_OPTIONS=resolution=75"), 0);
+    EXPECT_EQ(errors, "");
+    EXPECT_THAT(output, HasSubstr("mode\tstring\tColor\t\tGray|Color\tScan mode\n"));
+    EXPECT_THAT(output, HasSubstr("resolution\tfixed\t75\tdpi\t1..1200 step 1\tScan resolution\n"));
+    EXPECT_THAT(output, HasSubstr("tl-x\tfixed\t0\tmm\t0..200 step 1\tTop-left x\n"));
+    EXPECT_EQ(describe(bundles + "/" + first + ".ds", "PAPERLINE_SOURCE_OPTIONS=modus=x"), 1);
+    EXPECT_EQ(errors, "There is no option \"modus\".\n");
+    EXPECT_EQ(describe(root), 1);
+    EXPECT_THAT(errors, HasSubstr("no data source"));
 }
 
 TEST_F(Discovery, ARefreshChangesNothingThatIsRight) {
@@ -205,6 +227,27 @@ TEST_F(Discovery, SweepsAwayWhatABrokenOffRunLeft) {
     fs::create_directories(bundles + "/.paperline-discovery-Half.ds/Versions");
     ASSERT_EQ(discover(), 0) << errors;
     EXPECT_THAT(entries(), ElementsAre(second + ".ds", first + ".ds"));
+}
+
+TEST_F(Discovery, TheFolderAppearsWithItsBundles) {
+    std::atomic<bool> ended{false};
+    std::vector<std::string> found;
+    std::thread watcher([&] {
+        while (!ended && !fs::exists(bundles)) {
+        }
+        found = entries();
+    });
+    EXPECT_EQ(discover(), 0) << errors;
+    ended = true;
+    watcher.join();
+    EXPECT_THAT(found, ElementsAre(second + ".ds", first + ".ds"));
+}
+
+TEST_F(Discovery, TheFolderIsThereAfterASearchWithoutScanners) {
+    configure("", 0);
+    EXPECT_EQ(discover(), 0) << errors;
+    EXPECT_TRUE(fs::is_directory(bundles));
+    EXPECT_THAT(entries(), IsEmpty());
 }
 
 TEST_F(Discovery, AFolderThatCannotBeMadeIsNamed) {
