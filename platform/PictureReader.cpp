@@ -5,7 +5,6 @@
 #include "platform/PictureDecoders.h"
 
 #include <algorithm>
-#include <array>
 #include <fcntl.h>
 #include <string_view>
 #include <sys/stat.h>
@@ -30,16 +29,21 @@ Kind kindOfContent(std::string_view start) {
     return Kind::none;
 }
 
-Kind kindOfFile(const std::string& path) {
+// The first bytes of a regular file; none when there are none to be read.
+std::vector<uint8_t> startOfFile(const std::string& path, size_t count) {
     const Descriptor file = openFile(path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
     struct stat status = {};
     if (!file.isOpen() || ::fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode))
-        return Kind::none;
-    std::array<uint8_t, 8> start{};
-    const ptrdiff_t count = readUpTo(file.number(), start);
-    if (count <= 0)
-        return Kind::none;
-    return kindOfContent({reinterpret_cast<const char*>(start.data()), static_cast<size_t>(count)});
+        return {};
+    std::vector<uint8_t> bytes(std::min(count, static_cast<size_t>(status.st_size)));
+    const ptrdiff_t filled = readUpTo(file.number(), bytes);
+    bytes.resize(filled > 0 ? static_cast<size_t>(filled) : 0);
+    return bytes;
+}
+
+Kind kindOfFile(const std::string& path) {
+    const std::vector<uint8_t> start = startOfFile(path, 8);
+    return kindOfContent({reinterpret_cast<const char*>(start.data()), start.size()});
 }
 
 // No file of so many pixels is larger: 16-bit colours in figures need 18 bytes a pixel.
@@ -73,16 +77,15 @@ std::optional<DecodedImage> decodeWhole(Kind kind, const std::string& path, uint
 }
 
 bool hasHeader(Kind kind, const std::string& path) {
-    const auto bytes = readFile(path);
-    if (!bytes)
-        return false;
+    // Room for the profiles and previews that may stand before the size.
+    const std::vector<uint8_t> bytes = startOfFile(path, 64U << 20U);
     switch (kind) {
     case Kind::pnm:
-        return hasPnmHeader(*bytes);
+        return hasPnmHeader(bytes);
     case Kind::png:
-        return hasPngHeader(*bytes);
+        return hasPngHeader(bytes);
     default:
-        return jpegPixelSize(*bytes).has_value();
+        return jpegPixelSize(bytes).has_value();
     }
 }
 
