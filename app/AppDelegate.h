@@ -184,8 +184,9 @@ public:
 
     // Around a multi-page batch: output/MultiPageBatch.cpp
     // Before the staging folders or the temporary root are removed: pages that a batch could not
-    // put into its file move to a folder of the user's, and a message says where.
+    // put into its file move to a folder of the user's, and list entries without a file go.
     void keepStagedPages();
+    void tellKeptPages(); // says where they are, once
     // Moves a joined file ("/tmp/CorvaneTempImage/TmpImage.pdf") to multiPageTargetPath. A name
     // taken meanwhile makes it the next free number, with the list's paths following.
     bool moveJoinedFile(const std::string& joinedName);

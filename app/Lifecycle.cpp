@@ -116,6 +116,7 @@ void AppDelegate::applicationWillFinishLaunching() {
 
 void AppDelegate::makeTemporaryFolders() {
     const std::string root = scratchPath(temporaryRoot);
+    keepStagedPages(); // of a run that ended in the middle of a batch
     if (fileExists(root))
         removePath(root);
     // A folder that cannot be made shows at the first page that needs it.
@@ -248,6 +249,7 @@ void AppDelegate::showMainWindow() {
         paperlineWindow->raise();
         paperlineWindow->activateWindow();
     }
+    tellKeptPages();
 }
 
 void AppDelegate::windowDidLoad() {
@@ -267,6 +269,8 @@ std::string AppDelegate::applicationFilesDirectory() const {
 
 void AppDelegate::windowWillClose() {
     TraceScope trace("windowWillClose");
+    keepStagedPages();
+    tellKeptPages();
     const std::string root = scratchPath(temporaryRoot);
     if (fileExists(root))
         removePath(root);

@@ -12,6 +12,8 @@
 #include "platform/Places.h"
 
 #include <algorithm>
+#include <utility>
+#include <vector>
 
 namespace paperline {
 
@@ -40,6 +42,16 @@ std::string nextTargetPath(AppDelegate& controller) {
                      {.testCollisions = true, .fileExists = fileExists, .announce = {}});
     controller.currentPage = name.counter + 1;
     return name.path;
+}
+
+// Paths of a batch that never became a file would fail the next building of rows.
+void dropMissingBatchPaths(AppDelegate& controller) {
+    std::vector<std::string>& paths = controller.imageFilePath;
+    const auto isMissing = [](const std::string& path) {
+        return (path == multiPageTargetPath || path == multiTiffListPath) && !fileExists(path);
+    };
+    while (paths.size() > static_cast<size_t>(std::max(iNextImage, 0)) && isMissing(paths.back()))
+        paths.pop_back();
 }
 
 // A joiner's result below 0 ends the scan; only a full disk has a message.
@@ -96,11 +108,18 @@ bool joinTiff(AppDelegate& controller) {
 
 void AppDelegate::keepStagedPages() {
     TraceScope trace("keepStagedPages");
-    const KeptPages kept = keepPages(scratchPath(stagingFolderName),
-                                     appendPathComponent(userDataFolder(), keptFolderName),
-                                     folderNameForNow());
+    KeptPages kept = keepPages(scratchPath(stagingFolderName),
+                               appendPathComponent(userDataFolder(), keptFolderName),
+                               folderNameForNow());
     if (!kept.folder.empty())
-        showPagesKeptMessage(kept.folder);
+        keptPagesFolder = std::move(kept.folder);
+    dropMissingBatchPaths(*this);
+}
+
+void AppDelegate::tellKeptPages() {
+    TraceScope trace("tellKeptPages");
+    if (!keptPagesFolder.empty())
+        showPagesKeptMessage(std::exchange(keptPagesFolder, {}));
 }
 
 bool AppDelegate::moveJoinedFile(const std::string& joinedName) {

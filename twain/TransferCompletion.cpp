@@ -49,6 +49,7 @@ void makeTemporaryFolder(const std::string& folder) {
 
 void prepareBatch(AppDelegate& controller) {
     controller.keepStagedPages(); // of a batch that ended badly, or with the process
+    controller.tellKeptPages();
     const std::string root = scratchPath(scratchRootName);
     if (!fileExists(root))
         makeTemporaryFolder(root);
@@ -229,10 +230,10 @@ void AppDelegate::completeMemoryXfer() {
     bool isComplete = batch.saveResult != nothingSaved;
     if (isComplete && buildsMultiPageFile)
         isComplete = joinMultiPageFile();
-    if (buildsMultiPageFile)
-        keepStagedPages(); // what did not get into the file
     if (isComplete)
         showResults(*this);
+    keepStagedPages(); // what did not get into its file
+    tellKeptPages();
     endScan();
 }
 

@@ -90,7 +90,11 @@ TEST_F(MultiPage, AVanishedFolderKeepsTheStagedPages) {
     EXPECT_FALSE(controller->joinMultiPageFile());
     ASSERT_THAT(alerts, SizeIs(1));
     EXPECT_THAT(saved, IsEmpty());
+    controller->imageFilePath = {inFolder("earlier.jpg"), multiPageTargetPath, multiPageTargetPath};
     controller->keepStagedPages();
+    EXPECT_THAT(controller->imageFilePath, ElementsAre(inFolder("earlier.jpg")));
+    controller->tellKeptPages();
+    controller->tellKeptPages();
     ASSERT_THAT(alerts, SizeIs(2));
     const std::string kept = alerts[1].informativeText;
     EXPECT_TRUE(kept.starts_with(userDataFolder() + "/"));
@@ -102,7 +106,9 @@ TEST_F(MultiPage, NothingStagedIsNothingToKeep) {
     saveThree(formatMultiPagePdf);
     EXPECT_TRUE(controller->joinMultiPageFile());
     controller->keepStagedPages();
+    controller->tellKeptPages();
     EXPECT_THAT(alerts, IsEmpty());
+    EXPECT_THAT(controller->imageFilePath, SizeIs(3));
 }
 
 TEST_F(MultiPage, ASinglePageFormatHasNothingToJoin) {
