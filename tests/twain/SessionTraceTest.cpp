@@ -1,0 +1,172 @@
+// The lines that the session writes into the debug trace.
+#include "SessionFixture.h"
+
+#include "app/BrandProfile.h"
+#include "app/CvOutputLog.h"
+#include "platform/Files.h"
+#include "platform/Host.h"
+
+#include <gmock/gmock.h>
+
+namespace paperline::test {
+namespace {
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::IsSupersetOf;
+using ::testing::Not;
+
+class SessionTraceTest : public SessionFixture {
+protected:
+    SessionTraceTest() : before_(gOutputLog) {
+        log_.debugLevel = 1;
+        log_.logPath = folder + "-trace.txt";
+        gOutputLog = &log_;
+    }
+    ~SessionTraceTest() override { gOutputLog = before_; }
+
+    // Entries without mark, time and line feed, as ASCII.
+    std::vector<std::string> takeTrace() {
+        const std::vector<uint8_t> bytes = readFile(log_.logPath).value_or(std::vector<uint8_t>{});
+        removePath(log_.logPath);
+        std::vector<std::string> lines;
+        std::string line;
+        for (size_t n = 0; n + 1 < bytes.size(); n += 2) {
+            if (bytes[n] == 0xff && bytes[n + 1] == 0xfe)
+                continue;
+            if (bytes[n] != '\n') {
+                line += static_cast<char>(bytes[n]);
+                continue;
+            }
+            const size_t arrow = line.find(" ==> ");
+            lines.push_back(arrow == std::string::npos ? line : line.substr(arrow + 5));
+            line.clear();
+        }
+        return lines;
+    }
+
+private:
+    CvOutputLog log_;
+    CvOutputLog* before_;
+};
+
+TEST_F(SessionTraceTest, TellsOfTheConnection) {
+    gBrandNumber = 2;
+    addSource("Talmerick", "Scanner");
+    controller->TwainInit();
+    controller->selectSpcificSource();
+    EXPECT_THAT(takeTrace(),
+                ElementsAre("In  1: TwainInit",
+                            "    1: gTWAINHandler COMPANYNAME_TALMERICK",
+                            "Out 1: TwainInit",
+                            "In  1: selectSpcificSource",
+                            "    0: selectSpcificSource - MSG_GETFIRST",
+                            "Out 1: selectSpcificSource"));
+    controller->CheckIdentity(0);
+    EXPECT_THAT(takeTrace(),
+                ElementsAre("In  1: CheckIdentity",
+                            "    1: ProductName select : Scanner",
+                            "    1: Manufacturer select : Talmerick",
+                            "    1: Manufacturer org  Talmerick",
+                            "    1: Manufacturer dest Talmerick",
+                            "Out 1: CheckIdentity"));
+}
+
+TEST_F(SessionTraceTest, NamesOnlyOneBrandsHandler) {
+    controller->TwainInit();
+    EXPECT_THAT(takeTrace(), ElementsAre("In  1: TwainInit", "Out 1: TwainInit"));
+}
+
+TEST_F(SessionTraceTest, TellsOfTheFolderAtTheStartOfAScan) {
+    addSource();
+    connect();
+    takeTrace();
+    controller->profileFolderName = folder + "/New/";
+    controller->toolBarItemScan(nullptr);
+    EXPECT_THAT(takeTrace(),
+                ElementsAre("In  1: toolBarItemScan",
+                            "    1: Success!",
+                            "    1: current profileFolderName fileExistsAtPath?",
+                            "    1: current profileFolderName fileExistsAtPath End",
+                            "In  1: enableToolbatItems",
+                            "Out 1: enableToolbatItems",
+                            "In  1: nonUI",
+                            "Out 1: nonUI",
+                            "Out 1: toolBarItemScan"));
+    folderField.setFolderText(folder + "/Other/Image");
+    controller->closeRequest(nullptr);
+    takeTrace();
+    controller->toolBarItemScan(nullptr);
+    EXPECT_THAT(takeTrace(),
+                IsSupersetOf({"    1: current profileFolderName not Exists",
+                              "    1: createDirectoryAtPath tmpFolderName"}));
+}
+
+TEST_F(SessionTraceTest, TellsThatAFolderCannotBeMade) {
+    addSource();
+    connect();
+    writeTextFile(folder + "/file", "in the way");
+    folderField.setFolderText(folder + "/file/Deep/");
+    takeTrace();
+    controller->toolBarItemScan(nullptr);
+    EXPECT_THAT(takeTrace(), Contains(::testing::StartsWith("    1: Error! ")));
+}
+
+TEST_F(SessionTraceTest, CountsPendingPages) {
+    addSource().pages.assign(3, goodPage(pageInfo(4, 4, 8, 300)));
+    connect();
+    takeTrace();
+    scanAtOnce();
+    std::vector<std::string> counts;
+    for (const std::string& line : takeTrace()) {
+        if (line.find("pendingXfers.count") != std::string::npos)
+            counts.push_back(line);
+    }
+    EXPECT_THAT(counts,
+                ElementsAre("    2: pendingXfers.count",
+                            "    1: pendingXfers.count",
+                            "    0: pendingXfers.count"));
+}
+
+TEST_F(SessionTraceTest, SaysWhyAPageWasNotSaved) {
+    addSource().pages.assign(1, goodPage(pageInfo(4, 4, 8, 300)));
+    connect();
+    takeTrace();
+    controller->createFolerprofileFolderName = folder + "/nowhere";
+    scanAtOnce();
+    EXPECT_THAT(takeTrace(), Contains("    1: saveXferDatatoMedia Failed(NoImageSave)!!"));
+    host().freeSpaceBytes = [](const std::string&) { return std::optional<int64_t>(0); };
+    scanAtOnce();
+    EXPECT_THAT(takeTrace(), Contains("    1: saveXferDatatoMedia Failed(NoEnoughDiskSpace)!!"));
+}
+
+TEST_F(SessionTraceTest, SaysThatMemoryCannotBeRead) {
+    host().availableMemoryBytes = [] { return std::optional<uint64_t>(); };
+    controller->get_free_memory();
+    EXPECT_THAT(takeTrace(),
+                ElementsAre("In  1: get_free_memory",
+                            "    1: Failed to fetch vm statistics",
+                            "Out 1: get_free_memory"));
+}
+
+TEST_F(SessionTraceTest, TellsOfTheSourcesLanguage) {
+    const std::string bundle = folder + "/Scanner.ds";
+    const std::string file = bundle + "/Versions/A/cvscan.plist";
+    writeTextFile(file,
+                  "<?xml version=\"1.0\" encoding=\"UTF-8\"?><plist version=\"1.0\"><dict>"
+                  "<key>Default</key><dict><key>Language</key><integer>6</integer></dict>"
+                  "</dict></plist>");
+    controller->dsDatas = {{"Scanner.ds", bundle, "Corvane", "Scanner"}};
+    controller->ReadWriteDSLanguageSetting(1, true);
+    EXPECT_THAT(takeTrace(),
+                ElementsAre("In  1: ReadWriteDSLanguageSetting",
+                            "    1: DS Path : " + file,
+                            "    6: DS Language set",
+                            "    6: orgLanaguage",
+                            "Out 1: ReadWriteDSLanguageSetting"));
+    controller->ReadWriteDSLanguageSetting(1, false);
+    EXPECT_THAT(takeTrace(), Contains("    6: profileLanguage"));
+}
+
+} // namespace
+} // namespace paperline::test
