@@ -34,6 +34,8 @@ SessionFixture::SessionFixture() {
     root_ = mkdtemp(pattern.data());
     folder = root_ + "/Pages";
     EXPECT_TRUE(createFolder(folder));
+    bundleBefore_ = bundlePath();
+    setBundlePath(root_ + "/Paperline.app"); // no build tree around it, and no sources in that
 
     setAlertPresenter([this](const Alert& alert) {
         alerts.push_back(alert.message);
@@ -87,6 +89,7 @@ SessionFixture::~SessionFixture() {
     setAlertPresenter({});
     desktop() = {};
     host() = realHost();
+    setBundlePath(bundleBefore_);
     removePath(root_);
     removePath(scratchFolder());
 }

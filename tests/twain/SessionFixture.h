@@ -50,6 +50,7 @@ protected:
 private:
     void makeController();
     std::string root_;
+    std::string bundleBefore_;
 };
 
 // Pixels of a BMP file as a page has them: top row first, RGB, rows packed to whole bytes.
