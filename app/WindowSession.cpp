@@ -17,30 +17,37 @@
 #include <QSocketNotifier>
 #include <QTimer>
 
+#include <fcntl.h>
+
 #include <csignal>
 #include <memory>
-#include <sys/signalfd.h>
 #include <unistd.h>
 
 namespace paperline {
 namespace {
 
+int endingPipe[2] = {-1, -1};
+
+void noteEndingSignal(int /*number*/) {
+    const char byte = 0;
+    [[maybe_unused]] const ssize_t written = write(endingPipe[1], &byte, 1);
+}
+
 // SIGTERM, SIGINT and SIGHUP end the application the normal way: settings written, language
-// restored.
+// restored. A handler with a pipe, because a blocked signal would stay blocked in the helper
+// programs.
 std::unique_ptr<QSocketNotifier> endOnSignals() {
-    sigset_t ending;
-    sigemptyset(&ending);
+    if (pipe2(endingPipe, O_CLOEXEC | O_NONBLOCK) != 0)
+        return nullptr;
+    struct sigaction action {};
+    action.sa_handler = noteEndingSignal;
+    action.sa_flags = SA_RESTART;
     for (const int number : {SIGTERM, SIGINT, SIGHUP})
-        sigaddset(&ending, number);
-    if (pthread_sigmask(SIG_BLOCK, &ending, nullptr) != 0)
-        return nullptr;
-    const int descriptor = signalfd(-1, &ending, SFD_CLOEXEC | SFD_NONBLOCK);
-    if (descriptor < 0)
-        return nullptr;
-    auto notifier = std::make_unique<QSocketNotifier>(descriptor, QSocketNotifier::Read);
-    QObject::connect(notifier.get(), &QSocketNotifier::activated, [descriptor] {
-        signalfd_siginfo information{};
-        while (read(descriptor, &information, sizeof information) == sizeof information)
+        sigaction(number, &action, nullptr);
+    auto notifier = std::make_unique<QSocketNotifier>(endingPipe[0], QSocketNotifier::Read);
+    QObject::connect(notifier.get(), &QSocketNotifier::activated, [] {
+        char byte = 0;
+        while (read(endingPipe[0], &byte, 1) == 1)
             requestTermination();
     });
     return notifier;
