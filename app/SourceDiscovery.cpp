@@ -30,8 +30,8 @@ void discoverSources(const std::function<void()>& aboutToWait) {
     const std::string worker = bundlePath() + workerProgram;
     if (!fileExists(worker))
         return;
-    // The helper makes the folder when its first search has ended, with scanners or without.
     const std::string folder = userDataFolder() + "/TWAIN Data Sources";
+    // The helper makes this folder, filled, when a whole search has ended, with scanners or without.
     const bool searchedBefore = folderExists(folder);
 
     QProcess search;
@@ -46,7 +46,7 @@ void discoverSources(const std::function<void()>& aboutToWait) {
         return;
     aboutToWait();
     QDeadlineTimer deadline(longestWaitMilliseconds);
-    while (isRunning(searchProcess) && !folderExists(folder) && !deadline.hasExpired())
+    while (isRunning(searchProcess) && !deadline.hasExpired())
         QThread::msleep(pollMilliseconds);
 }
 
