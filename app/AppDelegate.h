@@ -265,6 +265,7 @@ public:
     void showNotCorrectFolderMessage();
     void showNoEnoughDiskSpaceMessage();
     void showSourceNotOpenedMessage();
+    void showSourceFailureMessage(); // when a source failed and nobody has said so yet
     void showPagesKeptMessage(const std::string& folder);
 
     // Localisation: ui/Localisation.cpp

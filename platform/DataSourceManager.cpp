@@ -10,6 +10,7 @@
 #include <malloc.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <utility>
 
 namespace paperline {
@@ -31,6 +32,7 @@ constexpr Triplet registerWithCallback{
 DsmEntry replacedEntry;
 DsmCallObserver callObserver;
 std::unique_ptr<DsmLibrary> library;
+std::optional<SourceFailure> sourceFailure;
 std::string fileThatFailed; // so that its line is logged once
 
 DsmClients& clients() {
@@ -272,7 +274,50 @@ uint16_t convertedCall(const Call& call, const TW_IDENTITY& origin, void* data) 
     return triplet.group == twain::DG_IMAGE ? imageCall(call, data) : twain::TWRC_FAILURE;
 }
 
+// The steps of a scan. Refusals of anything else (a capability, extended information) are no
+// failure.
+bool isStepOfScan(const Triplet& triplet) {
+    if (triplet.group == twain::DG_IMAGE)
+        return triplet.type != twain::DAT_EXTIMAGEINFO;
+    return triplet.message == twain::MSG_OPENDS || triplet.message == twain::MSG_ENABLEDS ||
+           triplet.message == twain::MSG_ENABLEDSUIONLY || triplet.message == twain::MSG_ENDXFER;
+}
+
+std::string statusTextOf(const Call& call, const abi::Status& status) {
+    abi::StatusUtf8 record{status, 0, nullptr};
+    if (call.manager.entryPoint.DSM_MemLock == nullptr || call(&record) != twain::TWRC_SUCCESS ||
+        record.UTF8string == nullptr)
+        return {};
+    const abi::EntryPoint& memory = call.manager.entryPoint;
+    const auto* bytes = static_cast<const char*>(memory.DSM_MemLock(record.UTF8string));
+    std::string text;
+    if (bytes != nullptr)
+        text.assign(bytes, strnlen(bytes, record.Size));
+    memory.DSM_MemUnlock(record.UTF8string);
+    memory.DSM_MemFree(record.UTF8string);
+    return text;
+}
+
+void noteSourceFailure(Call call, uint16_t code) {
+    const bool failed = code == twain::TWRC_FAILURE || code == twain::TWRC_CHECKSTATUS;
+    if (!failed || !isStepOfScan(call.triplet) || sourceFailure)
+        return;
+    call.triplet = {twain::DG_CONTROL, twain::DAT_STATUS, twain::MSG_GET};
+    abi::Status status{};
+    if (observed(call.triplet, [&] { return call(&status); }) != twain::TWRC_SUCCESS)
+        status = {};
+    sourceFailure = SourceFailure{status.ConditionCode, {}};
+    if (call.destination == nullptr)
+        return;
+    call.triplet.type = twain::DAT_STATUSUTF8;
+    sourceFailure->text = statusTextOf(call, status);
+}
+
 } // namespace
+
+std::optional<SourceFailure> takeSourceFailure() {
+    return std::exchange(sourceFailure, std::nullopt);
+}
 
 TW_UINT16 DSM_Entry(TW_IDENTITY* origin,
                     TW_IDENTITY* destination,
@@ -306,7 +351,9 @@ TW_UINT16 DSM_Entry(TW_IDENTITY* origin,
     }
     const Call call{
         *manager, client, client ? &client->standard : &stranger, standardDestination, triplet};
-    return convertedCall(call, *origin, data);
+    const uint16_t code = convertedCall(call, *origin, data);
+    noteSourceFailure(call, code);
+    return code;
 }
 
 void setDsmEntry(DsmEntry entry) {

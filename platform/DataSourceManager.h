@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <optional>
 #include <string>
 
 namespace paperline {
@@ -57,6 +58,15 @@ void freeDsmMemory(TW_HANDLE handle);
 // Bytes of the block, perhaps a few more than were asked for; 0 when another maker's manager owns
 // it and does not tell.
 size_t dsmMemorySize(TW_HANDLE handle);
+
+// Why a source did not do what it was asked for: opening, enabling, or a step of a transfer. Asked
+// of the source right after the call, while it still knows.
+struct SourceFailure {
+    TW_UINT16 conditionCode = 0; // twain::TWCC_*
+    std::string text;            // the source's own words, may be empty
+};
+// The first failure since the last call of this function; nothing when all went well.
+std::optional<SourceFailure> takeSourceFailure();
 
 // Called after every call into the manager or a source returns, and before it starts: a watchdog
 // sees a hang from another thread. Empty: none.

@@ -236,6 +236,7 @@ void AppDelegate::endScan(int32_t scanSetupAfter) {
     settingsDialogOpen = false;
     currentMultiPage = 1;
     enableToolbatItems(true);
+    showSourceFailureMessage();
     // A copy: the observer may take itself away.
     if (const auto observer = scanEndedObserver)
         observer();

@@ -56,11 +56,6 @@ void AppDelegate::showNoEnoughDiskSpaceMessage() {
     showMessage("NoEnoughDiskSpace");
 }
 
-void AppDelegate::showSourceNotOpenedMessage() {
-    TraceScope trace("showSourceNotOpenedMessage");
-    showMessage("SourceNotOpened");
-}
-
 void AppDelegate::showPagesKeptMessage(const std::string& folder) {
     TraceScope trace("showPagesKeptMessage");
     showMessage("PagesKept", folder);

@@ -1,0 +1,61 @@
+// Operations of AppDelegate that say why a source did not do what it was asked for.
+#include "app/AppDelegate.h"
+
+#include "app/CvOutputLog.h"
+#include "platform/Alert.h"
+#include "platform/DataSourceManager.h"
+#include "platform/MainLoop.h"
+
+#include <array>
+
+namespace paperline {
+namespace {
+
+struct ConditionText {
+    uint16_t conditionCode;
+    const char* key;
+};
+
+constexpr std::array<ConditionText, 9> conditionTexts{{
+    {twain::TWCC_PAPERJAM, "SourcePaperJam"},
+    {twain::TWCC_PAPERDOUBLEFEED, "SourceDoubleFeed"},
+    {twain::TWCC_NOMEDIA, "SourceNoPaper"},
+    {twain::TWCC_INTERLOCK, "SourceCoverOpen"},
+    {twain::TWCC_CHECKDEVICEONLINE, "SourceNotOpened"},
+    {twain::TWCC_MAXCONNECTIONS, "SourceBusy"},
+    {twain::TWCC_DENIED, "SourceDenied"},
+    {twain::TWCC_LOWMEMORY, "ShowNoMem"},
+    {twain::TWCC_BADVALUE, "SourceRefusedOption"},
+}};
+
+const char* keyOf(uint16_t conditionCode, const char* otherwise) {
+    for (const ConditionText& entry : conditionTexts)
+        if (entry.conditionCode == conditionCode)
+            return entry.key;
+    return otherwise;
+}
+
+void showFailure(const SourceFailure& failure, const char* otherwise) {
+    const DelayedMessagesHold hold;
+    const char* key = keyOf(failure.conditionCode, otherwise);
+    runAlertPanel({.title = " ",
+                   .message = localizedString(gLanguageBundle, key),
+                   .informativeText = failure.text,
+                   .defaultButton = ""});
+}
+
+} // namespace
+
+void AppDelegate::showSourceNotOpenedMessage() {
+    TraceScope trace("showSourceNotOpenedMessage");
+    showFailure(takeSourceFailure().value_or(SourceFailure{}), "SourceNotOpened");
+}
+
+void AppDelegate::showSourceFailureMessage() {
+    if (const std::optional<SourceFailure> failure = takeSourceFailure()) {
+        TraceScope trace("showSourceFailureMessage");
+        showFailure(*failure, "SourceStopped");
+    }
+}
+
+} // namespace paperline
