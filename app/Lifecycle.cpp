@@ -8,7 +8,6 @@
 #include "platform/Host.h"
 #include "platform/MainLoop.h"
 #include "platform/Places.h"
-#include "ui/SourceListModel.h"
 #include "viewer/ImageView.h"
 
 #include <QApplication>
@@ -205,16 +204,6 @@ void AppDelegate::showInstalledSourcesChoice() {
     launchAborted = true;
     showSourceNotOpenedMessage();
     requestTermination();
-}
-
-void AppDelegate::reloadSourceTable() {
-    auto* model = qobject_cast<SourceListModel*>(_tableViewSelectSource->model());
-    if (model == nullptr)
-        return;
-    QStringList names;
-    for (const TWAIN_INFO& source : dsArray)
-        names.append(QString::fromStdString(source.productNameText()));
-    model->setNames(names);
 }
 
 void AppDelegate::selectSourceRow(uint32_t row) {
