@@ -167,7 +167,7 @@ void FaultySource::follow(const Triplet& triplet, uint16_t returnCode, void* dat
     const std::string name = nameOf(triplet);
     const bool done = returnCode == TWRC_SUCCESS || returnCode == TWRC_XFERDONE;
     if (name == "open" && done) {
-        ++timesOpened_;
+        timesOpened_ = faults_.find("vanish") != nullptr ? timesOpened_ + 1 : 0;
     } else if (name == "info" && done) {
         distortImageInfo(data);
     } else if (name == "strip" && done) {

@@ -41,7 +41,7 @@ private:
     int page_ = 0; // of the batch, from 1
     int stripsOfPage_ = 0;
     bool pageWhole_ = false;
-    int64_t timesOpened_ = 0;
+    int64_t timesOpened_ = 0; // since it was told to vanish
 
     std::thread thread_;
     std::mutex mutex_;
