@@ -12,6 +12,7 @@
 #include <QAction>
 #include <QComboBox>
 #include <QCursor>
+#include <QMainWindow>
 #include <QPixmap>
 
 namespace paperline {
@@ -45,10 +46,14 @@ void AppDelegate::enableToolbatItems(bool enabled) {
                           subMenuItemFileOption})
         setEnabled(item, enabled);
     enableSavingControls(mMenuFileSave != 0 && mScanSetup != 1);
-    if (enabled)
+    if (enabled) {
         showIdleStatus();
-    else
-        showStatus("StatusWaiting");
+        return;
+    }
+    showStatus("StatusWaiting");
+    // The caller goes on to the scanner, which may take its time before anything is painted.
+    if (paperlineWindow != nullptr && paperlineWindow->isVisible())
+        repaintWithoutInput();
 }
 
 // Format and folder matter only while pages are saved.

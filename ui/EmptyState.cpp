@@ -9,7 +9,7 @@ namespace paperline {
 namespace {
 
 constexpr int pictureSide = 96;
-constexpr int widestHint = 360;
+constexpr int hintWidth = 380;
 constexpr double titleScale = 1.4;
 
 } // namespace
@@ -23,8 +23,7 @@ EmptyState::EmptyState(const QIcon& picture, QWidget* covered)
     title_->setAlignment(Qt::AlignCenter);
     hint_->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
     hint_->setWordWrap(true);
-    hint_->setMinimumWidth(widestHint);
-    hint_->setMaximumWidth(widestHint);
+    hint_->setFixedWidth(hintWidth);
 
     auto* column = new QVBoxLayout(this);
     column->setSpacing(8);
@@ -44,6 +43,7 @@ EmptyState::EmptyState(const QIcon& picture, QWidget* covered)
 void EmptyState::setTexts(const QString& title, const QString& hint) {
     title_->setText(title);
     hint_->setText(hint);
+    fitHint();
     setAccessibleName(title);
     setAccessibleDescription(hint);
 }
@@ -62,12 +62,18 @@ void EmptyState::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
 }
 
+// A centred label is not asked for the height of its wrapped lines.
+void EmptyState::fitHint() {
+    hint_->setFixedHeight(hint_->heightForWidth(hintWidth));
+}
+
 void EmptyState::fitFonts() {
     QFont large = font();
     if (large.pointSizeF() > 0)
         large.setPointSizeF(large.pointSizeF() * titleScale);
     large.setWeight(QFont::DemiBold);
     title_->setFont(large);
+    fitHint();
 }
 
 void EmptyState::showPicture() {

@@ -22,6 +22,7 @@ protected:
 
 private:
     void fitFonts();
+    void fitHint();
     void showPicture();
 
     QIcon icon_;

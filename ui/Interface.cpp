@@ -49,6 +49,15 @@ void joinToolbar(AppDelegate& controller) {
     join(controller, controller.paperlineToolbar_FitPage, &AppDelegate::toolBarItemFitPage);
     join(controller, controller.paperlineToolbar_ActualPage, &AppDelegate::toolBarItemActualPage);
 
+    // A command that finds nothing to do leaves the mode as it was, and so must the button.
+    for (QAction* mode :
+         {controller.paperlineToolbar_FitPage, controller.paperlineToolbar_ActualPage})
+        QObject::connect(mode, &QAction::triggered, &controller, [&controller] {
+            const bool fits = controller._fitOrAcutalImage == 1;
+            controller.paperlineToolbar_FitPage->setChecked(fits);
+            controller.paperlineToolbar_ActualPage->setChecked(!fits);
+        });
+
     QComboBox* formats = controller.paperlineToolbar_FileFormatsCombox;
     for (const FileFormat& format : fileFormats)
         formats->addItem(QString::fromUtf8(format.listName));

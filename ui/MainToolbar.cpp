@@ -93,6 +93,10 @@ void makeMainToolbar(QMainWindow& window, InterfaceOutlets& outlets, const std::
         addButton(toolbar, resources + "/ActualPage.png", Qt::ToolButtonIconOnly);
     outlets.paperlineToolbar_ActualPage->setShortcut(Qt::CTRL | Qt::Key_1);
 
+    for (QAction* mode : {outlets.paperlineToolbar_FitPage, outlets.paperlineToolbar_ActualPage})
+        mode->setCheckable(true);
+    outlets.paperlineToolbar_FitPage->setChecked(true);
+
     window.addToolBar(Qt::TopToolBarArea, toolbar);
     styleScanButton(outlets);
 }

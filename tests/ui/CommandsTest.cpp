@@ -167,6 +167,22 @@ TEST_F(CommandsTest, OnlyTheUsersChoiceInTheFormatListCounts) {
     EXPECT_EQ(made.profileFileformatSelect, 2);
 }
 
+TEST_F(CommandsTest, TheViewModesButtonsShowTheModeInForce) {
+    AppDelegate& made = start();
+    EXPECT_TRUE(made.paperlineToolbar_FitPage->isChecked());
+    made.paperlineToolbar_ActualPage->trigger(); // no page yet: the mode stays
+    EXPECT_TRUE(made.paperlineToolbar_FitPage->isChecked());
+    EXPECT_FALSE(made.paperlineToolbar_ActualPage->isChecked());
+    made.cellInfos.resize(1);
+    made._selectedRaw = 0;
+    made.paperlineToolbar_ActualPage->trigger();
+    EXPECT_EQ(made._fitOrAcutalImage, 2);
+    EXPECT_FALSE(made.paperlineToolbar_FitPage->isChecked());
+    EXPECT_TRUE(made.paperlineToolbar_ActualPage->isChecked());
+    made.paperlineToolbar_ActualPage->trigger(); // the mode in force again
+    EXPECT_TRUE(made.paperlineToolbar_ActualPage->isChecked());
+}
+
 TEST_F(CommandsTest, QuitAsksForTermination) {
     start().fileQuit->trigger();
     EXPECT_TRUE(terminationRequested());
