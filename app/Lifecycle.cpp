@@ -211,7 +211,9 @@ void AppDelegate::selectSourceRow(uint32_t row) {
     // change.
     _tableViewSelectSource->clearSelection();
     _tableViewSelectSource->setStyleSheet("QTableView { gridline-color: blue; }");
-    _tableViewSelectSource->selectRow(static_cast<int>(row));
+    // selectRow finds no column when the interface runs from right to left.
+    _tableViewSelectSource->setCurrentIndex(
+        _tableViewSelectSource->model()->index(static_cast<int>(row), 0));
 }
 
 bool AppDelegate::runSelectionWindow() {

@@ -175,7 +175,7 @@ void CustomCell::drawInteriorWithFrame(QPainter& painter,
     painter.setPen(captionColour(highlighted, background));
     painter.setFont(option.font);
     painter.drawText(toQt(captionRect),
-                     Qt::AlignLeft | Qt::AlignTop | Qt::TextSingleLine,
+                     Qt::AlignLeft | Qt::AlignAbsolute | Qt::AlignTop | Qt::TextSingleLine,
                      QString::fromStdString(subtitle_));
 }
 

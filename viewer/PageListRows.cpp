@@ -118,7 +118,7 @@ void AppDelegate::selectLastRow() {
     if (_tableViewMain->selectionModel()->isSelected(index))
         tableViewSelectionDidChange(_tableViewMain, last);
     else
-        _tableViewMain->selectRow(last);
+        _tableViewMain->setCurrentIndex(index); // selectRow finds no column from right to left
     _tableViewMain->scrollTo(index);
 }
 

@@ -179,6 +179,26 @@ TEST_F(LocalisationTest, EachLanguageOfTheMenuTakesEffectAtOnce) {
     }
 }
 
+TEST_F(LocalisationTest, RowsCanBeChosenFromRightToLeft) {
+    const std::string resources = allLanguages();
+    AppDelegate& made = start();
+    made.mResourcePath = resources;
+    languageItem("Arabic")->trigger();
+    window().show();
+    made.cellInfos.resize(3);
+    made.reloadMainTable();
+    QApplication::processEvents();
+    made.selectLastRow();
+    EXPECT_EQ(made._selectedRaw, 2);
+    made.dsArray.resize(2);
+    made.SelectSourceCount = 2;
+    made.reloadSourceTable();
+    made.twainSelectSourceWindow->show();
+    QApplication::processEvents();
+    made.selectSourceRow(1);
+    EXPECT_EQ(made.mSourceDSSelect, 1u);
+}
+
 TEST_F(LocalisationTest, WithAListASwitchSetsBothMenuPositions) {
     AppDelegate& made = start(2);
     made.mResourcePath = allLanguages();
