@@ -138,6 +138,8 @@ void CustomCell::paint(QPainter* painter,
                  : option.palette.color(group, QPalette::Base);
     painter->save();
     painter->setClipRect(option.rect);
+    // The table has painted its own highlight, in a colour too light for the caption.
+    painter->fillRect(option.rect, option.palette.color(group, QPalette::Base));
     if (selected) {
         painter->setRenderHint(QPainter::Antialiasing);
         painter->setPen(Qt::NoPen);

@@ -28,7 +28,7 @@ constexpr const char* operation = "GetImageFromImageFolder";
 constexpr const char* scratchJpeg = "/tmp/1.jpg";
 constexpr double lowMemoryBytes = 51.2 * 1024 * 1024;
 // The scratch JPEG is strongly compressed: several of its pixels make one of the thumbnail.
-constexpr int previewPixelsPerThumbnailPixel = 4;
+constexpr int previewPixelsPerThumbnailPixel = 3;
 constexpr int bufferThumbnailPixels = 360;
 
 // --- trace lines under the operation's name; nothing is built while tracing is off ---
@@ -64,17 +64,22 @@ void logTime(const char* label) {
 
 // --- one page ---
 
-// Enough for the 128 points of a thumbnail on the finest screen; bounded, for hundreds are kept.
-int thumbnailPixels() {
+// Enough for the 128 points of a thumbnail on the finest screen. All are kept in memory, so a very
+// long list has coarser ones.
+int thumbnailPixels(size_t rows) {
     constexpr double pixelsAtOnePixelAPoint = 192;
     constexpr double atMost = 256;
+    constexpr size_t longList = 1000;
+    constexpr int inLongList = 128;
+    if (rows >= longList)
+        return inLongList;
     const double ratio = qGuiApp != nullptr ? qGuiApp->devicePixelRatio() : 1.0;
     return static_cast<int>(std::min(pixelsAtOnePixelAPoint * ratio, atMost));
 }
 
 // The page through the scratch JPEG. Null when any step fails.
 QImage makeThumbnail(AppDelegate& controller, const PagePreviews& pages, int pageIndex) {
-    const int longSide = thumbnailPixels();
+    const int longSide = thumbnailPixels(controller.cellInfos.size());
     const LoadedPage page = pages.load(pageIndex, longSide * previewPixelsPerThumbnailPixel);
     if (page.error != PageLoadError::none)
         return {};

@@ -61,8 +61,7 @@ QImage decodeByQt(const std::string& path, PixelSize size, int longSidePixels, b
 LoadedPage loadPicture(const std::string& path, int pageIndex, int longSidePixels) {
     const PictureKind kind = pictureKind(path);
     if (kind == PictureKind::none)
-        return failure(QFile::exists(QFile::decodeName(path.c_str())) ? PageLoadError::notAPicture
-                                                                      : PageLoadError::cannotOpen);
+        return failure(whyNotReadable(path));
     const std::optional<PictureHeader> header = readPictureHeader(path, pageIndex);
     if (!header)
         return failure(pageIndex == 0 ? PageLoadError::damaged : PageLoadError::noSuchPage);
@@ -125,25 +124,33 @@ PagePreviews::PagePreviews(const std::string& path)
 }
 
 LoadedPage PagePreviews::load(int pageIndex, int longSidePixels) const {
-    return isPdf_ ? drawPdfPage(pdf_, pageIndex, longSidePixels)
-                  : loadPicture(path_, pageIndex, longSidePixels);
+    if (isPdf_)
+        return drawPdfPage(pdf_, pageIndex, longSidePixels);
+    LoadedPage page = loadPicture(path_, pageIndex, longSidePixels);
+    if (page.raster == nullptr)
+        return page;
+    // Codecs that give the whole page: every so many pixels are enough to be averaged afterwards.
+    const int sampledSide = 2 * longSidePixels;
+    const QImage& image = page.raster->image;
+    if (std::max(image.width(), image.height()) > sampledSide)
+        page.raster = std::make_shared<PageRaster>(PageRaster{
+            image.scaled(sampledSide, sampledSide, Qt::KeepAspectRatio, Qt::FastTransformation),
+            page.raster->pixels});
+    return page;
 }
 
 PixelSize pagePixelSize(const std::string& path, int pageIndex) {
-    if (pageFileKind(path) != PageFileKind::pdf) {
-        const std::optional<PictureHeader> header = readPictureHeader(path, pageIndex);
-        return header ? header->size : PixelSize{};
-    }
-    const std::vector<PixelSize>& sizes = pdfPageSizes(path);
-    return pageIndex >= 0 && static_cast<size_t>(pageIndex) < sizes.size()
-               ? sizes[static_cast<size_t>(pageIndex)]
-               : PixelSize{};
+    if (pageFileKind(path) == PageFileKind::pdf)
+        return pdfPageSize(path, pageIndex);
+    const std::optional<PictureHeader> header = readPictureHeader(path, pageIndex);
+    return header ? header->size : PixelSize{};
 }
 
 PixelSize largestPagePixelSize(const std::string& path) {
-    const bool pdf = pageFileKind(path) == PageFileKind::pdf;
+    if (pageFileKind(path) == PageFileKind::pdf)
+        return largestPdfPageSize(path);
     PixelSize largest;
-    for (const PixelSize& size : pdf ? pdfPageSizes(path) : readPictureSizes(path)) {
+    for (const PixelSize& size : readPictureSizes(path)) {
         largest.width = std::max(largest.width, size.width);
         largest.height = std::max(largest.height, size.height);
     }
@@ -155,10 +162,9 @@ QImage readThumbnail(const std::string& jpegPath, int longSidePixels) {
     if (!header || header->size.width == 0 || header->size.height == 0)
         return {};
     const QImage decoded = decodeByQt(jpegPath, header->size, longSidePixels, true);
-    // Three bytes a pixel: hundreds of thumbnails are kept.
-    return decoded.format() == QImage::Format_Grayscale8
-               ? decoded
-               : decoded.convertToFormat(QImage::Format_RGB888);
+    // One or three bytes a pixel: hundreds of thumbnails are kept.
+    return decoded.convertToFormat(decoded.allGray() ? QImage::Format_Grayscale8
+                                                     : QImage::Format_RGB888);
 }
 
 } // namespace paperline

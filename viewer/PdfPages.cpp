@@ -1,41 +1,19 @@
 #include "viewer/PdfPages.h"
 
+#include "viewer/FileState.h"
+
 #include <QFile>
 #include <QPainter>
 #include <QPdfDocument>
 
 #include <algorithm>
 #include <cmath>
-#include <unordered_map>
-
-#include <sys/stat.h>
 
 namespace paperline {
 
 namespace {
 
 constexpr int maximumSidePixels = 16384;
-
-// What tells one state of a file from another.
-struct FileState {
-    dev_t device = 0;
-    ino_t file = 0;
-    off_t size = 0;
-    time_t seconds = 0;
-    long nanoseconds = 0;
-    bool operator==(const FileState&) const = default;
-};
-
-std::optional<FileState> fileState(const std::string& path) {
-    struct stat status {};
-    if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode))
-        return std::nullopt;
-    return FileState{status.st_dev,
-                     status.st_ino,
-                     status.st_size,
-                     status.st_mtim.tv_sec,
-                     status.st_mtim.tv_nsec};
-}
 
 uint32_t pixelsOf(double points) {
     if (!std::isfinite(points) || points <= 0)
@@ -60,7 +38,7 @@ PdfPages::~PdfPages() = default;
 bool PdfPages::open(const std::string& path) {
     document_.reset();
     if (!fileState(path))
-        return false; // a pipe or a folder would never end
+        return false; // a pipe would never end
     auto document = std::make_unique<QPdfDocument>();
     if (document->load(QFile::decodeName(path.c_str())) != QPdfDocument::Error::None ||
         document->pageCount() < 1)
@@ -96,37 +74,6 @@ QImage PdfPages::draw(int pageIndex, int longSidePixels) const {
     QPainter painter(&white);
     painter.drawImage(QPoint(0, 0), drawn);
     return white;
-}
-
-const std::vector<PixelSize>& pdfPageSizes(const std::string& path) {
-    struct Known {
-        FileState state;
-        std::vector<PixelSize> sizes;
-    };
-    constexpr size_t maximumKnownFiles = 1024;
-    static std::unordered_map<std::string, Known> knownFiles;
-    static const std::vector<PixelSize> none;
-
-    const std::optional<FileState> state = fileState(path);
-    if (!state) {
-        knownFiles.erase(path);
-        return none;
-    }
-    const auto found = knownFiles.find(path);
-    if (found != knownFiles.end() && found->second.state == *state)
-        return found->second.sizes;
-
-    if (knownFiles.size() >= maximumKnownFiles)
-        knownFiles.clear();
-    Known& known = knownFiles[path];
-    known = {*state, {}};
-    PdfPages pages;
-    if (pages.open(path)) {
-        known.sizes.reserve(static_cast<size_t>(pages.count()));
-        for (int i = 0; i < pages.count(); ++i)
-            known.sizes.push_back(pages.pixelSize(i));
-    }
-    return known.sizes;
 }
 
 } // namespace paperline

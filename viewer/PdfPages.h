@@ -7,7 +7,6 @@
 
 #include <memory>
 #include <string>
-#include <vector>
 
 class QPdfDocument;
 
@@ -33,8 +32,10 @@ private:
     std::unique_ptr<QPdfDocument> document_;
 };
 
-// The pixel sizes of every page, kept as long as the file on disk stays the same: a look-up costs
-// one question to the file system. Empty when the path is no PDF file.
-const std::vector<PixelSize>& pdfPageSizes(const std::string& path);
+// Page sizes of PDF files, remembered as long as the file on disk stays the same: a look-up costs
+// one question to the file system. Zero when the path is no PDF file or has no such page.
+PixelSize pdfPageSize(const std::string& path, int pageIndex);
+// The largest width and the largest height over all pages.
+PixelSize largestPdfPageSize(const std::string& path);
 
 } // namespace paperline
