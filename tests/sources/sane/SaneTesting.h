@@ -31,6 +31,9 @@ private:
     KeptPage page_;
 };
 
+// From now on the drivers in use stay in the process, so that what they leak has their name.
+void keepDriversLoaded();
+
 // A temporary folder whose SANE configuration has one backend; SANE_CONFIG_DIR points at it for as
 // long as it lives.
 class SaneConfiguration {

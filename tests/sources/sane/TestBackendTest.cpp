@@ -39,6 +39,7 @@ std::vector<KeptPage> pagesOfDevice(const OptionValues& options) {
     KeepingSink sink;
     if (device.open() != ScanStatus::good)
         return {};
+    keepDriversLoaded();
     for (const auto& [name, value] : options)
         EXPECT_EQ(device.setOption(name, value), ScanStatus::good) << name << device.errorText();
     EXPECT_EQ(device.start(), ScanStatus::good);
@@ -211,6 +212,7 @@ TEST_F(TestBackendPages, TheFeederGivesItsTenPagesInOrder) {
 TEST_F(TestBackendPages, WithoutAWordItIsAllOfTheAreaInColourAt300) {
     SaneDevice device("test:0", makeLibsaneScanner());
     ASSERT_EQ(device.open(), ScanStatus::good);
+    keepDriversLoaded();
     ASSERT_EQ(device.start(), ScanStatus::good);
     KeepingSink sink;
     ASSERT_EQ(device.readPage(sink), ScanStatus::good);
@@ -228,6 +230,7 @@ TEST_F(TestBackendPages, WithoutAWordItIsAllOfTheAreaInColourAt300) {
 TEST_F(TestBackendPages, ABatchCanFollowAnother) {
     SaneDevice device("test:0", makeLibsaneScanner());
     ASSERT_EQ(device.open(), ScanStatus::good);
+    keepDriversLoaded();
     ASSERT_EQ(device.setOption("resolution", "20"), ScanStatus::good);
     KeepingSink sink;
     for (int batch = 0; batch < 3; ++batch) {
