@@ -78,7 +78,24 @@ struct ScanTally {
     int files = 0;
     int pages = 0;
     int messages = 0;
+    bool sourceOpened = false; // for the scan itself, not only to see whether it can be
 };
+
+// The watchdog sees every call to the source; the tally whether the last opening went well.
+void watchCalls(Watchdog& watchdog, ScanTally& tally) {
+    auto message = std::make_shared<uint16_t>(twain::MSG_NULL);
+    setDsmCallObserver({.willCall =
+                            [&watchdog, message](uint32_t, uint16_t, uint16_t asked) {
+                                *message = asked;
+                                watchdog.callStarts();
+                            },
+                        .didCall =
+                            [&watchdog, &tally, message](uint16_t code) {
+                                watchdog.callEnds();
+                                if (*message == twain::MSG_OPENDS)
+                                    tally.sourceOpened = code == twain::TWRC_SUCCESS;
+                            }});
+}
 
 // Windowless launch: messages become lines on standard error.
 void installCommandLineMessages(ScanTally& tally) {
@@ -185,9 +202,7 @@ int runScanCommand(const ScanRequest& request, int resultDescriptor) {
         removeOwnScratchRoot();
         _exit(exitSourceHung);
     });
-    setDsmCallObserver(
-        {.willCall = [&watchdog](uint32_t, uint16_t, uint16_t) { watchdog.callStarts(); },
-         .didCall = [&watchdog](uint16_t) { watchdog.callEnds(); }});
+    watchCalls(watchdog, tally);
 
     const std::unique_ptr<AppDelegate> controller = launch(request.source);
     if (!controller)
@@ -223,6 +238,8 @@ int runScanCommand(const ScanRequest& request, int resultDescriptor) {
         systemLog("paperline: the source does not answer");
         return exitSourceHung;
     }
+    if (!tally.sourceOpened)
+        return exitSourceNotOpened;
     return tally.files > 0 && tally.messages == 0 && !results.failed() ? exitSaved
                                                                        : exitNotAllSaved;
 }

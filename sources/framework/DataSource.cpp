@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdio>
 #include <cstring>
 #include <string_view>
 #include <utility>
@@ -135,6 +136,8 @@ uint16_t DataSource::openSource(abi::Identity* origin, const abi::Identity& aske
         return fail(origin->Id == application_.Id ? TWCC_SEQERROR : TWCC_MAXCONNECTIONS);
     if (const ScanStatus status = feed_->open(); status != ScanStatus::good) {
         const uint16_t returnCode = fail(status);
+        // A source that is not open cannot be asked for its words afterwards.
+        std::fprintf(stderr, "%s: %s\n", identity_.ProductName, errorText_.c_str());
         feed_->close();
         return returnCode;
     }

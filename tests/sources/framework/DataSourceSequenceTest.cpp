@@ -70,7 +70,7 @@ TEST_F(DataSourceSequence, StatusTextIsTheDevicesOwn) {
     EXPECT_EQ(open(), TWRC_FAILURE);
     abi::StatusUtf8 status{};
     ASSERT_EQ(control(DAT_STATUSUTF8, MSG_GET, &status), TWRC_SUCCESS);
-    EXPECT_EQ(status.Size, 15u);
+    EXPECT_EQ(+status.Size, 15u);
     EXPECT_STREQ(static_cast<const char*>(ScriptedManager::lock(status.UTF8string)),
                  "Cable fell out");
     ScriptedManager::release(status.UTF8string);

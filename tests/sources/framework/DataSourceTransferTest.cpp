@@ -130,9 +130,9 @@ TEST_F(DataSourceTransfer, SetupMemoryFitsThePage) {
     reachTransferReady({ScriptedPage::of(1000, 10, 24)});
     abi::SetupMemXfer setup{};
     ASSERT_EQ(control(DAT_SETUPMEMXFER, MSG_GET, &setup), TWRC_SUCCESS);
-    EXPECT_EQ(setup.MinBufSize, 3000u);
-    EXPECT_EQ(setup.MaxBufSize, 30000u);
-    EXPECT_EQ(setup.Preferred, 30000u);
+    EXPECT_EQ(+setup.MinBufSize, 3000u);
+    EXPECT_EQ(+setup.MaxBufSize, 30000u);
+    EXPECT_EQ(+setup.Preferred, 30000u);
 }
 
 TEST_F(DataSourceTransfer, NativeTransferIsATiffFile) {
@@ -244,7 +244,7 @@ TEST_F(DataSourceTransfer, TheLayoutIsThePages) {
     EXPECT_EQ(layout.Frame.Left.Whole, 1);
     EXPECT_EQ(layout.Frame.Right.Whole, 3);
     EXPECT_EQ(layout.Frame.Bottom.Whole, 4);
-    EXPECT_EQ(layout.PageNumber, 1u);
+    EXPECT_EQ(+layout.PageNumber, 1u);
 }
 
 } // namespace paperline::sources

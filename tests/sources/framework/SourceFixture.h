@@ -255,9 +255,9 @@ protected:
             if (codes.back() != twain::TWRC_SUCCESS && codes.back() != twain::TWRC_XFERDONE)
                 break;
             EXPECT_EQ(page.size(), uint64_t{transfer.YOffset} * transfer.BytesPerRow);
-            EXPECT_EQ(transfer.XOffset, 0u);
+            EXPECT_EQ(+transfer.XOffset, 0u);
             EXPECT_EQ(transfer.Compression, twain::TWCP_NONE);
-            EXPECT_EQ(transfer.BytesWritten, transfer.Rows * transfer.BytesPerRow);
+            EXPECT_EQ(+transfer.BytesWritten, transfer.Rows * transfer.BytesPerRow);
             page.insert(page.end(), buffer.begin(), buffer.begin() + transfer.BytesWritten);
         } while (codes.back() == twain::TWRC_SUCCESS);
         return codes;

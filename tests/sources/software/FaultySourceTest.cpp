@@ -158,8 +158,8 @@ TEST_F(Faulty, HangsForAsLongAsAsked) {
 TEST_F(Faulty, ImageInfoLies) {
     scanWith("info-width:-7,info-height:2147483647,info-resolution");
     abi::ImageInfo info = imageInfo();
-    EXPECT_EQ(info.ImageWidth, -7);
-    EXPECT_EQ(info.ImageLength, INT32_MAX);
+    EXPECT_EQ(+info.ImageWidth, -7);
+    EXPECT_EQ(+info.ImageLength, INT32_MAX);
     EXPECT_EQ(info.XResolution.Whole, 0);
     EXPECT_EQ(info.YResolution.Whole, 0);
     EXPECT_EQ(info.BitsPerPixel, 8) << "the rest stays true";
@@ -190,25 +190,25 @@ TEST_F(Faulty, StripsLieAboutTheirPlaceAndLength) {
     abi::ImageMemXfer transfer{};
     scanWith("strip-outside@1:2,strip-short@2,strip-long@3,strip-rows@3:77");
     EXPECT_EQ(strip(transfer), TWRC_XFERDONE);
-    EXPECT_EQ(transfer.YOffset, 8u);
+    EXPECT_EQ(+transfer.YOffset, 8u);
     EXPECT_EQ(endPage(), TWRC_SUCCESS);
     EXPECT_EQ(strip(transfer), TWRC_XFERDONE);
-    EXPECT_EQ(transfer.BytesPerRow, 2u);
+    EXPECT_EQ(+transfer.BytesPerRow, 2u);
     EXPECT_EQ(endPage(), TWRC_SUCCESS);
     EXPECT_EQ(strip(transfer), TWRC_XFERDONE);
-    EXPECT_EQ(transfer.BytesPerRow, 16u);
-    EXPECT_EQ(transfer.Rows, 77u);
+    EXPECT_EQ(+transfer.BytesPerRow, 16u);
+    EXPECT_EQ(+transfer.Rows, 77u);
 }
 
 TEST_F(Faulty, StripsAreSmall) {
     scanWith("strip-small:2");
     abi::ImageMemXfer transfer{};
     EXPECT_EQ(strip(transfer), TWRC_SUCCESS);
-    EXPECT_EQ(transfer.Rows, 2u);
-    EXPECT_EQ(transfer.Memory.Length, 24u) << "the application's own record";
+    EXPECT_EQ(+transfer.Rows, 2u);
+    EXPECT_EQ(+transfer.Memory.Length, 24u) << "the application's own record";
     EXPECT_EQ(strip(transfer), TWRC_SUCCESS);
     EXPECT_EQ(strip(transfer), TWRC_XFERDONE);
-    EXPECT_EQ(transfer.YOffset, 4u);
+    EXPECT_EQ(+transfer.YOffset, 4u);
 }
 
 TEST_F(Faulty, APageBreaksOffBetweenStrips) {
@@ -226,7 +226,7 @@ TEST_F(Faulty, StripsWithoutRowsForEver) {
     for (int i = 0; i < 100; ++i) {
         abi::ImageMemXfer transfer{};
         ASSERT_EQ(strip(transfer), TWRC_SUCCESS);
-        ASSERT_EQ(transfer.Rows, 0u);
+        ASSERT_EQ(+transfer.Rows, 0u);
     }
 }
 
@@ -234,13 +234,13 @@ TEST_F(Faulty, StripsAfterTheLast) {
     scanWith("strip-endless@1:3,strip-endless@2");
     abi::ImageMemXfer transfer{};
     EXPECT_EQ(strip(transfer), TWRC_SUCCESS);
-    EXPECT_EQ(transfer.Rows, 6u);
+    EXPECT_EQ(+transfer.Rows, 6u);
     EXPECT_EQ(strip(transfer), TWRC_SUCCESS);
-    EXPECT_EQ(transfer.YOffset, 6u);
-    EXPECT_EQ(transfer.Rows, 1u);
+    EXPECT_EQ(+transfer.YOffset, 6u);
+    EXPECT_EQ(+transfer.Rows, 1u);
     EXPECT_EQ(strip(transfer), TWRC_SUCCESS);
     EXPECT_EQ(strip(transfer), TWRC_XFERDONE);
-    EXPECT_EQ(transfer.YOffset, 8u);
+    EXPECT_EQ(+transfer.YOffset, 8u);
     EXPECT_EQ(endPage(), TWRC_SUCCESS);
     for (int i = 0; i < 100; ++i)
         ASSERT_EQ(strip(transfer), TWRC_SUCCESS);

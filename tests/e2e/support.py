@@ -1,0 +1,60 @@
+"""What the end-to-end tests share: the program with a home of its own, and readers of its results
+that are not ours."""
+import json
+import os
+import pathlib
+import shutil
+import subprocess
+import tempfile
+import unittest
+
+PROGRAM = os.environ["PAPERLINE_PROGRAM"]
+
+
+def run(*words, **keywords):
+    """The finished process, its output as text; a failing tool fails the test."""
+    return subprocess.run([str(w) for w in words], capture_output=True, text=True, check=True, **keywords)
+
+
+class ProgramTest(unittest.TestCase):
+    """A fresh home, data and scratch folder for every test; the system's places lie below it too."""
+
+    def setUp(self):
+        self.home = pathlib.Path(tempfile.mkdtemp(prefix="paperline-e2e-"))
+        self.addCleanup(shutil.rmtree, self.home, ignore_errors=True)
+        self.pages = self.home / "pages"
+        (self.home / "data").mkdir()
+        (self.home / "root").mkdir()
+        (self.home / "run").mkdir(mode=0o700)
+        (self.home / "sane").mkdir()
+        # Without a backend the search for scanners ends at once.
+        (self.home / "sane" / "dll.conf").write_text("\n")
+        self.environment = {
+            **{k: v for k, v in os.environ.items() if not k.startswith(("PAPERLINE_", "LC_", "LANG", "XDG_"))},
+            "HOME": str(self.home),
+            "XDG_DATA_HOME": str(self.home / "data"),
+            "XDG_CACHE_HOME": str(self.home / "cache"),
+            "XDG_RUNTIME_DIR": str(self.home / "run"),
+            "PAPERLINE_ROOT": str(self.home / "root"),
+            "PAPERLINE_SCRATCH": str(self.home / "scratch"),
+            "SANE_CONFIG_DIR": str(self.home / "sane"),
+            "LANG": "C.UTF-8",
+        }
+
+    def paperline(self, *words, timeout=120, **environment):
+        return subprocess.run([PROGRAM, *map(str, words)], capture_output=True, text=True, timeout=timeout,
+                              env={**self.environment, **environment}, stdin=subprocess.DEVNULL)
+
+    def scan(self, *words, options=(), source="Software Scanner", **keywords):
+        """Scans into self.pages; `options` are NAME=VALUE words for the source."""
+        option_words = [word for option in options for word in ("--option", option)]
+        return self.paperline("scan", "--source", source, "--folder", self.pages, *option_words, *words, **keywords)
+
+    def scanned(self, *words, **keywords):
+        """The saved paths of a scan that must succeed."""
+        result = self.scan(*words, **keywords)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        return [pathlib.Path(line) for line in result.stdout.splitlines()]
+
+    def objects(self, result):
+        return [json.loads(line) for line in result.stdout.splitlines()]
