@@ -67,25 +67,25 @@ endfunction()
 
 # paperline_test(NAME LABEL FILE... LIBS TARGET...): one GoogleTest program registered with CTest.
 function(paperline_test name label)
-    cmake_parse_arguments(arg "" "TIMEOUT" "LIBS;ENVIRONMENT" ${ARGN})
+    cmake_parse_arguments(arg "" "TIMEOUT" "LIBS" ${ARGN})
     add_executable(${name} ${arg_UNPARSED_ARGUMENTS})
     target_link_libraries(${name} PRIVATE ${arg_LIBS} GTest::gmock GTest::gtest_main)
     if(NOT arg_TIMEOUT)
         set(arg_TIMEOUT 120)
     endif()
     gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES LABELS "${label}" TIMEOUT ${arg_TIMEOUT}
-        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;${arg_ENVIRONMENT}")
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen")
 endfunction()
 
 # paperline_controller_test(NAME LABEL FILE... LIBS TARGET...): a test program that constructs the
 # controller, on Qt's offscreen platform and with folders of its own (tests/support).
 function(paperline_controller_test name label)
-    cmake_parse_arguments(arg "" "TIMEOUT" "LIBS;ENVIRONMENT" ${ARGN})
+    cmake_parse_arguments(arg "" "TIMEOUT" "LIBS" ${ARGN})
     add_executable(${name} ${arg_UNPARSED_ARGUMENTS} "${PROJECT_SOURCE_DIR}/tests/support/ControllerTestMain.cpp")
     target_link_libraries(${name} PRIVATE paperline_controller ${arg_LIBS} GTest::gmock)
     if(NOT arg_TIMEOUT)
         set(arg_TIMEOUT 120)
     endif()
     gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES LABELS "${label}" TIMEOUT ${arg_TIMEOUT}
-        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;${arg_ENVIRONMENT}")
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen")
 endfunction()

@@ -7,8 +7,6 @@
 #include "platform/SystemLog.h"
 #include "platform/TwainRecords.h"
 
-#include <malloc.h>
-
 #include <cstdlib>
 #include <cstring>
 #include <utility>
@@ -33,7 +31,8 @@ DsmEntry replacedEntry;
 DsmCallObserver callObserver;
 std::unique_ptr<DsmLibrary> library;
 std::optional<SourceFailure> sourceFailure;
-std::string fileThatFailed; // so that its line is logged once
+std::optional<abi::Status> conditionAsked; // of the call just made
+std::string fileThatFailed;                // so that its line is logged once
 
 DsmClients& clients() {
     static DsmClients& table = *new DsmClients; // sources' threads may call while the process ends
@@ -203,6 +202,14 @@ template <class Record> uint16_t recordCall(const Call& call, void* data) {
     return code;
 }
 
+// Asking for a condition clears it, so the application gets the one that was asked for on the way.
+uint16_t statusCall(const Call& call, TW_STATUS& record) {
+    if (!conditionAsked)
+        return recordCall<TW_STATUS>(call, &record);
+    record = fromStandard(*std::exchange(conditionAsked, std::nullopt));
+    return twain::TWRC_SUCCESS;
+}
+
 uint16_t extendedInfoCall(const Call& call, TW_EXTIMAGEINFO& record) {
     std::optional<std::vector<uint8_t>> standard = toStandard(record);
     if (!standard)
@@ -244,7 +251,7 @@ uint16_t controlCall(const Call& call, void* data) {
     case twain::DAT_USERINTERFACE:
         return recordCall<TW_USERINTERFACE>(call, data);
     case twain::DAT_STATUS:
-        return recordCall<TW_STATUS>(call, data);
+        return statusCall(call, *static_cast<TW_STATUS*>(data));
     case twain::DAT_SETUPMEMXFER:
         return recordCall<TW_SETUPMEMXFER>(call, data);
     case twain::DAT_SETUPFILEXFER:
@@ -278,7 +285,7 @@ uint16_t convertedCall(const Call& call, const TW_IDENTITY& origin, void* data) 
 // failure.
 bool isStepOfScan(const Triplet& triplet) {
     if (triplet.group == twain::DG_IMAGE)
-        return triplet.type != twain::DAT_EXTIMAGEINFO;
+        return triplet.type >= twain::DAT_IMAGEINFO && triplet.type <= twain::DAT_IMAGEFILEXFER;
     return triplet.message == twain::MSG_OPENDS || triplet.message == twain::MSG_ENABLEDS ||
            triplet.message == twain::MSG_ENABLEDSUIONLY || triplet.message == twain::MSG_ENDXFER;
 }
@@ -299,18 +306,22 @@ std::string statusTextOf(const Call& call, const abi::Status& status) {
 }
 
 void noteSourceFailure(Call call, uint16_t code) {
+    if (call.triplet.type != twain::DAT_STATUS)
+        conditionAsked.reset(); // it was that of an earlier call
     const bool failed = code == twain::TWRC_FAILURE || code == twain::TWRC_CHECKSTATUS;
-    if (!failed || !isStepOfScan(call.triplet) || sourceFailure)
+    if (!failed || !call.client || !isStepOfScan(call.triplet))
         return;
     call.triplet = {twain::DG_CONTROL, twain::DAT_STATUS, twain::MSG_GET};
     abi::Status status{};
     if (observed(call.triplet, [&] { return call(&status); }) != twain::TWRC_SUCCESS)
-        status = {};
-    sourceFailure = SourceFailure{status.ConditionCode, {}};
-    if (call.destination == nullptr)
         return;
+    conditionAsked = status;
+    if (sourceFailure)
+        return;
+    sourceFailure = SourceFailure{status.ConditionCode, {}};
     call.triplet.type = twain::DAT_STATUSUTF8;
-    sourceFailure->text = statusTextOf(call, status);
+    if (call.destination != nullptr)
+        sourceFailure->text = statusTextOf(call, status);
 }
 
 } // namespace
@@ -367,28 +378,8 @@ std::string dataSourceManagerFile() {
     return bundlePath() + "/Contents/Frameworks/libpaperline-dsm.so";
 }
 
-void* lockDsmMemory(TW_HANDLE handle) {
-    const bool own = library && library->entryPoint.DSM_MemLock != nullptr;
-    return own ? library->entryPoint.DSM_MemLock(handle) : handle;
-}
-
-void unlockDsmMemory(TW_HANDLE handle) {
-    if (library && library->entryPoint.DSM_MemUnlock != nullptr)
-        library->entryPoint.DSM_MemUnlock(handle);
-}
-
-void freeDsmMemory(TW_HANDLE handle) {
-    if (library && library->entryPoint.DSM_MemFree != nullptr)
-        library->entryPoint.DSM_MemFree(handle);
-    else
-        std::free(handle);
-}
-
-size_t dsmMemorySize(TW_HANDLE handle) {
-    const char* other = std::getenv("PAPERLINE_DSM");
-    const bool ours = other == nullptr || other[0] == '\0';
-    const bool ofTheCLibrary = !library || library->entryPoint.DSM_MemAllocate == nullptr;
-    return ours || ofTheCLibrary ? ::malloc_usable_size(handle) : 0;
+const DsmLibrary* currentDsmLibrary() {
+    return library.get();
 }
 
 void setDsmCallObserver(DsmCallObserver observer) {

@@ -20,4 +20,7 @@ struct DsmLibrary {
 // to the end of the process: sources may have threads that run through it.
 std::unique_ptr<DsmLibrary> loadDsmLibrary(const std::string& file, std::string& error);
 
+// The library in use; null until the application has called it.
+const DsmLibrary* currentDsmLibrary();
+
 } // namespace paperline

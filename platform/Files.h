@@ -51,8 +51,8 @@ std::optional<std::vector<uint8_t>> readFile(const std::string& path,
 // Writes beside and renames over the file: readers see the old bytes or all the new ones.
 [[nodiscard]] bool writeFileAtomically(const std::string& path, std::span<const uint8_t> bytes);
 
-// Like writeFile, but the name appears only with the whole content, and never over another file. Not
-// synced: page after page must not wait for the disk.
+// Like writeFile, but the name appears only with the whole content, and never over another file.
+// Not synced: page after page must not wait for the disk.
 enum class CreateResult {
     created,
     alreadyThere,

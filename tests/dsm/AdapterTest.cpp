@@ -189,6 +189,8 @@ TEST_F(Adapter, ConvertsDataBothWaysAndNotAfterAFailure) {
     openManager();
     uint16_t code = twain::TWRC_XFERDONE;
     answer = [&](const ManagerCall& call) -> uint16_t {
+        if (call.type != twain::DAT_IMAGEMEMXFER) // the failure's condition
+            return twain::TWRC_FAILURE;
         auto* transfer = static_cast<abi::ImageMemXfer*>(call.data);
         EXPECT_EQ(+transfer->Compression, 0xffff);
         EXPECT_EQ(+transfer->Memory.Flags, 9U);

@@ -7,6 +7,9 @@
 namespace paperline {
 namespace {
 
+// Before main makes the application.
+const bool scaled = qputenv("QT_SCALE_FACTOR", "2");
+
 std::shared_ptr<const PageRaster> raster(const QImage& image) {
     return std::make_shared<PageRaster>(PageRaster{
         image, {static_cast<uint32_t>(image.width()), static_cast<uint32_t>(image.height())}});
@@ -21,6 +24,7 @@ QImage stripes(int side) {
 }
 
 TEST(HiDpi, TheScreenHasTwoPixelsAPoint) {
+    ASSERT_TRUE(scaled);
     ImageView view;
     ASSERT_EQ(view.devicePixelRatioF(), 2.0);
 }
