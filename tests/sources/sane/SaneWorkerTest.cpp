@@ -68,7 +68,7 @@ TEST_F(SaneWorker, KilledInABatchItIsReportedAndReplaced) {
 }
 
 TEST_F(SaneWorker, StoppedInABatchItIsKilled) {
-    const ScopedVariable patience("PAPERLINE_WORKER_TIMEOUT", "0.5");
+    const ScopedVariable patience("PAPERLINE_WORKER_TIMEOUT", "2");
     openFeeder({{"read-delay", "yes"}, {"read-delay-duration", "20000"}});
     ASSERT_EQ(client.start(), ScanStatus::good);
     ASSERT_EQ(client.nextPage(format), ScanStatus::good);
