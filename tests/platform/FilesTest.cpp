@@ -227,31 +227,31 @@ TEST(Writing, ReplacesTheContent) {
 
 TEST(Writing, FollowsNoLinkInASharedFolder) {
     const TestFolder folder;
-    ASSERT_TRUE(createFolder(folder / "shared"));
-    ASSERT_EQ(::chmod((folder / "shared").c_str(), 01777), 0);
+    ASSERT_TRUE(createFolder(folder / "everyones"));
+    ASSERT_EQ(::chmod((folder / "everyones").c_str(), 01777), 0);
     ASSERT_TRUE(put(folder / "victim", "precious"));
-    ASSERT_EQ(::symlink("../victim", (folder / "shared/1.jpg").c_str()), 0);
-    EXPECT_FALSE(put(folder / "shared/1.jpg", "page"));
+    ASSERT_EQ(::symlink("../victim", (folder / "everyones/1.jpg").c_str()), 0);
+    EXPECT_FALSE(put(folder / "everyones/1.jpg", "page"));
     EXPECT_EQ(textOf(folder / "victim"), "precious");
     // A hard link is the same trap.
-    ASSERT_EQ(::link((folder / "victim").c_str(), (folder / "shared/2.jpg").c_str()), 0);
-    EXPECT_FALSE(put(folder / "shared/2.jpg", "page"));
+    ASSERT_EQ(::link((folder / "victim").c_str(), (folder / "everyones/2.jpg").c_str()), 0);
+    EXPECT_FALSE(put(folder / "everyones/2.jpg", "page"));
     EXPECT_EQ(textOf(folder / "victim"), "precious");
-    EXPECT_TRUE(put(folder / "shared/3.jpg", "page"));
-    EXPECT_TRUE(put(folder / "shared/3.jpg", "next"));
-    EXPECT_EQ(textOf(folder / "shared/3.jpg"), "next");
+    EXPECT_TRUE(put(folder / "everyones/3.jpg", "page"));
+    EXPECT_TRUE(put(folder / "everyones/3.jpg", "next"));
+    EXPECT_EQ(textOf(folder / "everyones/3.jpg"), "next");
 }
 
 TEST(Writing, LeavesAnotherUsersFileInASharedFolderAlone) {
     const TestFolder folder;
-    ASSERT_TRUE(createFolder(folder / "shared"));
-    ASSERT_EQ(::chmod((folder / "shared").c_str(), 01777), 0);
-    ASSERT_TRUE(put(folder / "shared/1.jpg", "theirs"));
-    ASSERT_EQ(::chmod((folder / "shared/1.jpg").c_str(), 0666), 0);
-    asAnotherUsers(folder / "shared/1.jpg", [&] {
-        const std::string before = textOf(folder / "shared/1.jpg");
-        EXPECT_FALSE(put(folder / "shared/1.jpg", "page"));
-        EXPECT_EQ(textOf(folder / "shared/1.jpg"), before);
+    ASSERT_TRUE(createFolder(folder / "everyones"));
+    ASSERT_EQ(::chmod((folder / "everyones").c_str(), 01777), 0);
+    ASSERT_TRUE(put(folder / "everyones/1.jpg", "theirs"));
+    ASSERT_EQ(::chmod((folder / "everyones/1.jpg").c_str(), 0666), 0);
+    asAnotherUsers(folder / "everyones/1.jpg", [&] {
+        const std::string before = textOf(folder / "everyones/1.jpg");
+        EXPECT_FALSE(put(folder / "everyones/1.jpg", "page"));
+        EXPECT_EQ(textOf(folder / "everyones/1.jpg"), before);
     });
 }
 
