@@ -1,0 +1,17 @@
+#include "bench/Cases.h"
+
+namespace paperline::bench {
+
+std::vector<BenchCase> allCases() {
+    std::vector<BenchCase> all;
+    for (const auto& casesOf : {jpegCases})
+        for (BenchCase& each : casesOf())
+            all.push_back(std::move(each));
+    return all;
+}
+
+std::vector<BenchWork> allWorks() {
+    return {};
+}
+
+} // namespace paperline::bench

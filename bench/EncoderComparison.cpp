@@ -1,0 +1,80 @@
+#include "bench/EncoderComparison.h"
+
+#include "bench/Process.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <system_error>
+
+namespace paperline::bench {
+
+namespace {
+
+class Contest {
+public:
+    Contest(const EncoderComparison& comparison, const PageSet& pages)
+        : comparison_(comparison), outputFile_(pages.folder() + "/tool-output") {}
+
+    void meet(const BenchPage& page, int rounds) {
+        const std::string input =
+            comparison_.prepare ? comparison_.prepare(page.pnmFile) : page.pnmFile;
+        for (int round = 0; round < rounds && !failed_; ++round) {
+            encode(page, round == 0);
+            runTool(input, round == 0);
+        }
+    }
+
+    ResultRow result() const {
+        ResultRow row{
+            comparison_.work, {}, comparison_.toolName, {}, comparison_.target, comparison_.note};
+        row.ours = {median(ourTimes_), ourBytes_, 0};
+        if (!failed_)
+            row.tool = {median(toolTimes_), toolBytes_, 0};
+        return row;
+    }
+
+private:
+    void encode(const BenchPage& page, bool counts) {
+        const double begin = millisecondsNow();
+        const auto bytes = comparison_.encode(*page.pixels);
+        ourTimes_.push_back(millisecondsNow() - begin);
+        failed_ = failed_ || !bytes;
+        if (counts && bytes)
+            ourBytes_ += static_cast<int64_t>(bytes->size());
+    }
+
+    void runTool(const std::string& input, bool counts) {
+        const ToolCommand command = comparison_.tool(input, outputFile_);
+        const ProcessResult run =
+            runProcess(command.words, command.writesStandardOutput ? outputFile_ : std::string());
+        toolTimes_.push_back(run.milliseconds);
+        std::error_code error;
+        const auto size = std::filesystem::file_size(outputFile_, error);
+        if (!run.succeeded || error)
+            std::fprintf(stderr, "%s failed on %s\n", command.words[0].c_str(), input.c_str());
+        failed_ = failed_ || !run.succeeded || error;
+        if (counts && !error)
+            toolBytes_ += static_cast<int64_t>(size);
+    }
+
+    const EncoderComparison& comparison_;
+    std::string outputFile_;
+    std::vector<double> ourTimes_, toolTimes_;
+    int64_t ourBytes_ = 0, toolBytes_ = 0;
+    bool failed_ = false;
+};
+
+} // namespace
+
+ResultRow compareEncoder(const EncoderComparison& comparison,
+                         const PageSet& pages,
+                         const BenchOptions& options) {
+    Contest contest(comparison, pages);
+    const int count = comparison.dpi > 300 ? std::max(options.pages / 4, 1) : options.pages;
+    for (int number = 1; number <= count; ++number)
+        contest.meet(pages.page(comparison.kind, comparison.dpi, number), options.rounds);
+    return contest.result();
+}
+
+} // namespace paperline::bench

@@ -1,0 +1,40 @@
+// One of our encoders, in process, against a public tool, one process for each page.
+#pragma once
+
+#include "bench/Cases.h"
+#include "bench/PageSet.h"
+#include "bench/ResultTable.h"
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace paperline::bench {
+
+struct ToolCommand {
+    std::vector<std::string> words;
+    bool writesStandardOutput = false; // else the command names the output file
+};
+
+struct EncoderComparison {
+    std::string work; // "PNG, colour"
+    PageKind kind = PageKind::colour;
+    int dpi = 300;
+    std::function<std::optional<std::vector<uint8_t>>(const BitmapImageRep& page)> encode;
+    std::string toolName;
+    std::function<ToolCommand(const std::string& inputFile, const std::string& outputFile)> tool;
+    // Makes the tool's input out of a PNM file and gives its name; not timed. Without it the tool
+    // reads the PNM file.
+    std::function<std::string(const std::string& pnmFile)> prepare;
+    Target target;
+    std::string note;
+};
+
+// Page by page and round by round, both in turn: whatever else the machine does meets both.
+ResultRow compareEncoder(const EncoderComparison& comparison,
+                         const PageSet& pages,
+                         const BenchOptions& options);
+
+} // namespace paperline::bench

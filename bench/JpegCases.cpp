@@ -1,0 +1,46 @@
+// JPEG at our quality against cjpeg at the same quality and sampling.
+#include "bench/EncoderComparison.h"
+#include "output/PageCodecs.h"
+
+namespace paperline::bench {
+
+namespace {
+
+EncoderComparison comparison(PageKind kind, int dpi, const std::string& work) {
+    EncoderComparison result;
+    result.work = work;
+    result.kind = kind;
+    result.dpi = dpi;
+    const double density = dpi;
+    result.encode = [density](const BitmapImageRep& page) {
+        return pageCodecs().jpeg(page, {density, density});
+    };
+    result.toolName = "cjpeg";
+    result.tool = [](const std::string& input, const std::string& output) {
+        return ToolCommand{{"cjpeg",
+                            "-quality",
+                            std::to_string(jpegQuality),
+                            "-sample",
+                            "2x2",
+                            "-outfile",
+                            output,
+                            input}};
+    };
+    result.target.time = 0.9;
+    return result;
+}
+
+std::vector<ResultRow> run(const PageSet& pages, const BenchOptions& options) {
+    return {
+        compareEncoder(comparison(PageKind::colour, 300, "JPEG, colour"), pages, options),
+        compareEncoder(comparison(PageKind::colour, 600, "JPEG, colour 600 dpi"), pages, options),
+        compareEncoder(comparison(PageKind::grey, 300, "JPEG, grey"), pages, options)};
+}
+
+} // namespace
+
+std::vector<BenchCase> jpegCases() {
+    return {{"jpeg", run}};
+}
+
+} // namespace paperline::bench

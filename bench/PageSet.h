@@ -1,0 +1,36 @@
+// The pages that every comparison uses: drawn when asked for, and kept as PNM files for the tools.
+#pragma once
+
+#include "platform/BitmapImageRep.h"
+
+#include <memory>
+#include <string>
+
+namespace paperline::bench {
+
+enum class PageKind { colour, grey, bilevel };
+
+struct BenchPage {
+    std::shared_ptr<BitmapImageRep> pixels; // its size in points says its resolution
+    std::string pnmFile;                    // the same pixels: binary PPM, PGM or PBM
+};
+
+class PageSet {
+public:
+    // Files go into that folder and stay; without one, into a folder below the system's temporary
+    // one that is removed at the end.
+    explicit PageSet(const std::string& keptFolder = {});
+    ~PageSet();
+    PageSet(const PageSet&) = delete;
+    PageSet& operator=(const PageSet&) = delete;
+
+    const std::string& folder() const { return folder_; }
+    // Pages count from 1. Ends the program when there is no memory or no room for the file.
+    BenchPage page(PageKind kind, int dpi, int number) const;
+
+private:
+    std::string folder_;
+    bool isKept_;
+};
+
+} // namespace paperline::bench

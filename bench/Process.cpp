@@ -1,0 +1,60 @@
+#include "bench/Process.h"
+
+#include <chrono>
+#include <cstdlib>
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace paperline::bench {
+
+namespace {
+
+// A shell is small; a copy of this process, pages and all, is not. posix_spawn copies nothing.
+pid_t start(const std::vector<std::string>& command, const std::string& outputFile) {
+    std::vector<char*> arguments;
+    for (const std::string& word : command)
+        arguments.push_back(const_cast<char*>(word.c_str()));
+    arguments.push_back(nullptr);
+    const std::string output = outputFile.empty() ? "/dev/null" : outputFile;
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(
+        &actions, STDOUT_FILENO, output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    pid_t child = -1;
+    const int failure =
+        posix_spawnp(&child, arguments[0], &actions, nullptr, arguments.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    return failure == 0 ? child : -1;
+}
+
+} // namespace
+
+double millisecondsNow() {
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    return std::chrono::duration<double, std::milli>(now).count();
+}
+
+ProcessResult runProcess(const std::vector<std::string>& command, const std::string& outputFile) {
+    const double begin = millisecondsNow();
+    const pid_t child = start(command, outputFile);
+    if (child < 0)
+        return {};
+    int status = 0;
+    rusage usage{};
+    if (wait4(child, &status, 0, &usage) != child)
+        return {};
+    return {
+        WIFEXITED(status) && WEXITSTATUS(status) == 0, millisecondsNow() - begin, usage.ru_maxrss};
+}
+
+ProcessResult runWork(const std::vector<std::string>& words) {
+    std::vector<std::string> command{"/proc/self/exe", "--work"};
+    command.insert(command.end(), words.begin(), words.end());
+    return runProcess(command);
+}
+
+} // namespace paperline::bench
