@@ -2,6 +2,7 @@
 
 #include "app/AppDelegate.h"
 #include "app/BrandProfile.h"
+#include "app/LaunchTexts.h"
 #include "app/SourceDiscovery.h"
 #include "platform/Files.h"
 #include "platform/MainLoop.h"
@@ -54,11 +55,12 @@ std::unique_ptr<QSocketNotifier> endOnSignals() {
 }
 
 // A word on screen while scanners are looked for.
-void waitForScanners() {
+void waitForScanners(uint32_t brandNumber) {
     QLabel notice;
-    discoverSources([&notice] {
+    discoverSources([&notice, brandNumber] {
         notice.setWindowFlags(Qt::SplashScreen);
-        notice.setText(QObject::tr("Looking for scanners…"));
+        notice.setText(
+            QString::fromStdString(launchText(bundlePath(), brandNumber, "LookingForScanners")));
         notice.setMargin(24);
         notice.show();
         QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
@@ -97,7 +99,7 @@ int runWindowSession(int& argc, char** argv) {
     instance.whenRaised([&controller] { raiseWindow(controller); });
     // Launch runs inside the event loop, so that ending it from within works everywhere.
     QTimer::singleShot(0, &application, [&controller] {
-        waitForScanners();
+        waitForScanners(controller.launchOptions().brand);
         if (controller.init() == nullptr)
             return;
         controller.loadInterface();

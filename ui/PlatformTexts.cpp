@@ -24,7 +24,7 @@ public:
             return {};
         QByteArray key(source);
         key.replace('&', "");
-        if (bundle_ == nullptr || (key != "OK" && key != "Cancel"))
+        if (bundle_ == nullptr || (key != "OK" && key != "Cancel" && key != "Close"))
             return {};
         return QString::fromStdString(bundle_->localizedString(key.toStdString()));
     }
