@@ -48,7 +48,7 @@ BRAND_TEXT = 24  # beside the product's name
 
 # Marks that a language writes in its own way. Quotation marks come as opening and closing one.
 QUOTES = {
-    "zh-Hant": "「」", "zh-Hans": "“”", "ja": "［］", "ko": "‘’", "de": "„“", "fr": "«»", "es": "«»", "it": "«»",
+    "zh-Hant": "「」", "zh-Hans": "“”", "ja": "「」", "ko": "‘’", "de": "„“", "fr": "«»", "es": "«»", "it": "«»",
     "cs": "„“", "pt-BR": "“”", "ru": "«»", "pt": "«»", "pl": "„”", "bg": "„“", "da-DK": "“”", "nl": "‘’",
     "fi": "””", "fr-CA": "«»", "el": "«»", "hu": "„”", "nb": "«»", "ro": "„”", "sk": "„“", "sv": "””",
     "tr": "“”", "ar": "«»",
