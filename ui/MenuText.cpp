@@ -7,7 +7,8 @@ namespace paperline {
 namespace {
 
 bool isAlphabetic(QChar c) {
-    if (!c.isLetterOrNumber())
+    // The Japanese lengthening mark is a letter of no script.
+    if (!c.isLetterOrNumber() || c.category() == QChar::Letter_Modifier)
         return false;
     switch (c.script()) {
     case QChar::Script_Han:
