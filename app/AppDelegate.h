@@ -208,6 +208,7 @@ public:
     void willDisplayCell(const QObject* tableView, CustomCell& cell, int row) const;
     void tableViewSelectionDidChange(QObject* tableView, int row);
     void reloadMainTable(); // asks _tableViewMain to read its rows again
+    void dropNewestPath();  // takes the newest of imageFilePath off the list, with its rows
     void selectLastRow();
 
     // Page view: viewer/PageView.cpp

@@ -12,18 +12,18 @@ struct BrandProfile {
     const char* productName;     // About panel and window title
     const char* copyrightFormat; // "%d" is the year
     const char* twainManufacturer;
-    const char* twainProductFamily;
+    const char* twainProductFamily = "PageCentral";
     const char* twainProductName;
     const char* aboutKey; // application-menu texts
     const char* hideKey;
     const char* quitKey;
     const char* sourceBrandWord; // a source's maker must hold it (brand 0: its product family)
-    const char* sourceSecondBrandWord; // or this one; null: none
-    const char* supportedLanguages;    // "00,01,..."; empty: all 27
-    bool hasSaveCommand;     // the save switch has Floppy icons, a tooltip and a File-menu entry
-    bool savesJpegByDefault; // else BMP
-    bool offersPng;          // PNG stands in the format list
-    bool patchesMetadata;    // scanner's maker and model go into saved files
+    const char* sourceSecondBrandWord = nullptr; // or this one
+    const char* supportedLanguages = "";         // "00,01,..."; empty: all 27
+    bool hasSaveCommand = true; // the save switch has Floppy icons, a tooltip, a File-menu entry
+    bool savesJpegByDefault = false; // else BMP
+    bool offersPng = false;          // PNG stands in the format list
+    bool patchesMetadata = false;    // scanner's maker and model go into saved files
 };
 
 const BrandProfile& brandProfile(uint32_t brandNumber);

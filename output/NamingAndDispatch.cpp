@@ -41,17 +41,10 @@ DateFormatter dateFormatter() {
     };
 }
 
-// Takes the display-only preview of an earlier page off the list, with its row.
+// The display-only preview of an earlier page makes way for the next one.
 void dropPreview(AppDelegate& controller) {
-    if (controller.nonFileSaveImageInTempFolder != 0 && !controller.imageFilePath.empty()) {
-        const std::string path = controller.imageFilePath.back();
-        controller.imageFilePath.pop_back();
-        while (!controller.cellInfos.empty() && controller.cellInfos.back().imageFullPath == path)
-            controller.cellInfos.pop_back();
-        if (iNextImage > static_cast<int32_t>(controller.imageFilePath.size()))
-            iNextImage = static_cast<int32_t>(controller.imageFilePath.size());
-    }
-    controller.nonFileSaveImageInTempFolder = 0;
+    if (controller.nonFileSaveImageInTempFolder != 0)
+        controller.dropNewestPath();
 }
 
 void traceMark(const char* label, const char* mark) {

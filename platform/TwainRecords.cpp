@@ -29,6 +29,24 @@ TW_STR32 fromStandard(const abi::Str32& text) {
     return TW_STR32::from(textOf(text, sizeof(text)));
 }
 
+// Both layouts name their fields alike.
+template <typename To, typename From> To sameImageInfo(const From& record) {
+    To copy{};
+    copy.XResolution = {record.XResolution.Whole, record.XResolution.Frac};
+    copy.YResolution = {record.YResolution.Whole, record.YResolution.Frac};
+    copy.ImageWidth = record.ImageWidth;
+    copy.ImageLength = record.ImageLength;
+    copy.SamplesPerPixel = record.SamplesPerPixel;
+    std::copy(std::begin(record.BitsPerSample),
+              std::end(record.BitsPerSample),
+              std::begin(copy.BitsPerSample));
+    copy.BitsPerPixel = record.BitsPerPixel;
+    copy.Planar = record.Planar;
+    copy.PixelType = record.PixelType;
+    copy.Compression = record.Compression;
+    return copy;
+}
+
 } // namespace
 
 abi::Identity toStandard(const TW_IDENTITY& record) {
@@ -74,37 +92,11 @@ TW_USERINTERFACE fromStandard(const abi::UserInterface& record) {
 }
 
 abi::ImageInfo toStandard(const TW_IMAGEINFO& record) {
-    abi::ImageInfo standard{};
-    standard.XResolution = {record.XResolution.Whole, record.XResolution.Frac};
-    standard.YResolution = {record.YResolution.Whole, record.YResolution.Frac};
-    standard.ImageWidth = record.ImageWidth;
-    standard.ImageLength = record.ImageLength;
-    standard.SamplesPerPixel = record.SamplesPerPixel;
-    std::copy(std::begin(record.BitsPerSample),
-              std::end(record.BitsPerSample),
-              std::begin(standard.BitsPerSample));
-    standard.BitsPerPixel = record.BitsPerPixel;
-    standard.Planar = record.Planar;
-    standard.PixelType = record.PixelType;
-    standard.Compression = record.Compression;
-    return standard;
+    return sameImageInfo<abi::ImageInfo>(record);
 }
 
 TW_IMAGEINFO fromStandard(const abi::ImageInfo& record) {
-    TW_IMAGEINFO own{};
-    own.XResolution = {record.XResolution.Whole, record.XResolution.Frac};
-    own.YResolution = {record.YResolution.Whole, record.YResolution.Frac};
-    own.ImageWidth = record.ImageWidth;
-    own.ImageLength = record.ImageLength;
-    own.SamplesPerPixel = record.SamplesPerPixel;
-    std::copy(std::begin(record.BitsPerSample),
-              std::end(record.BitsPerSample),
-              std::begin(own.BitsPerSample));
-    own.BitsPerPixel = record.BitsPerPixel;
-    own.Planar = record.Planar;
-    own.PixelType = record.PixelType;
-    own.Compression = record.Compression;
-    return own;
+    return sameImageInfo<TW_IMAGEINFO>(record);
 }
 
 abi::SetupMemXfer toStandard(const TW_SETUPMEMXFER& record) {

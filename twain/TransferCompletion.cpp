@@ -65,21 +65,6 @@ void prepareBatch(AppDelegate& controller) {
     multiPageTargetPath.clear();
 }
 
-// Takes the newest path off the list, with the rows that were made of it.
-void dropNewestPath(AppDelegate& controller) {
-    if (controller.imageFilePath.empty())
-        return;
-    const std::string path = controller.imageFilePath.back();
-    controller.imageFilePath.pop_back();
-    controller.nonFileSaveImageInTempFolder = 0;
-    if (iNextImage <= static_cast<int32_t>(controller.imageFilePath.size()))
-        return;
-    iNextImage = static_cast<int32_t>(controller.imageFilePath.size());
-    while (!controller.cellInfos.empty() && controller.cellInfos.back().imageFullPath == path)
-        controller.cellInfos.pop_back();
-    controller.reloadMainTable();
-}
-
 // Turns new paths into rows and shows the newest. Without a window nobody would see them.
 void showNewPages(AppDelegate& controller) {
     if (controller.launchOptions().commandLine)
@@ -105,7 +90,7 @@ void keepMemoryForDisplay(AppDelegate& controller, uint64_t copiedBytes) {
     if (!memoryShortage && copiedBytes > copiedBytesBeforeMemoryCheck)
         controller.checkmemoryEnough();
     if (memoryShortage)
-        dropNewestPath(controller);
+        controller.dropNewestPath();
 }
 
 struct PageFacts {

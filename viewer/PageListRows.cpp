@@ -104,6 +104,20 @@ void AppDelegate::reloadMainTable() {
     showPageCount(); // also when the only page is the unlisted preview
 }
 
+void AppDelegate::dropNewestPath() {
+    nonFileSaveImageInTempFolder = 0;
+    if (imageFilePath.empty())
+        return;
+    const std::string path = imageFilePath.back();
+    imageFilePath.pop_back();
+    if (iNextImage <= static_cast<int32_t>(imageFilePath.size()))
+        return; // no row was made of it yet; rows of that name belong to earlier pages
+    iNextImage = static_cast<int32_t>(imageFilePath.size());
+    while (!cellInfos.empty() && cellInfos.back().imageFullPath == path)
+        cellInfos.pop_back();
+    reloadMainTable();
+}
+
 void AppDelegate::selectLastRow() {
     const uint32_t rows = listedRows(*this);
     if (launchOptions().commandLine || rows == 0 || rows > cellInfos.size())

@@ -65,18 +65,6 @@ void loadIntoView(const AppDelegate& controller, const CellInfo& page) {
         systemLog("Page not shown: " + page.imageFullPath + ": " + describe(error));
 }
 
-// The temporary preview leaves the list of paths, and its row goes with it.
-void dropPreview(AppDelegate& controller) {
-    controller.nonFileSaveImageInTempFolder = 0;
-    if (controller.imageFilePath.empty())
-        return;
-    const std::string path = controller.imageFilePath.back();
-    controller.imageFilePath.pop_back();
-    while (!controller.cellInfos.empty() && controller.cellInfos.back().imageFullPath == path)
-        controller.cellInfos.pop_back();
-    iNextImage = std::min(iNextImage, static_cast<int32_t>(controller.imageFilePath.size()));
-}
-
 // What both commands do before the mode changes. False: there is nothing to show yet.
 bool prepareModeChange(AppDelegate& controller) {
     if (controller.mMenuFileSave != 1)
@@ -84,7 +72,7 @@ bool prepareModeChange(AppDelegate& controller) {
     if (controller._selectedRaw < 0 && controller.nonFileSaveImageInTempFolder == 0)
         return false;
     if (controller.changeThumbnailSelect == 1 && controller.nonFileSaveImageInTempFolder == 1) {
-        dropPreview(controller);
+        controller.dropNewestPath();
         controller.GetImageFromImageFolder();
         controller.reloadMainTable();
     }
