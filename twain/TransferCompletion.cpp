@@ -177,6 +177,9 @@ void transferPendingPages(AppDelegate& controller, Batch& batch) {
             return;
         }
         transferPage(controller, batch, hasInfo ? std::optional(info) : std::nullopt);
+        // The scanner may take its time with the next page; this one is seen meanwhile.
+        controller.showStatus("StatusWaiting");
+        repaintWithoutInput();
         const EndedTransfer ended = endTransfer(*gTWAINHandler);
         batch.endFailed = ended.code != twain::TWRC_SUCCESS;
         pendingPages = ended.pendingPages;

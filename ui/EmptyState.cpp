@@ -5,6 +5,8 @@
 #include <QLabel>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace paperline {
 namespace {
 
@@ -64,7 +66,7 @@ void EmptyState::changeEvent(QEvent* event) {
 
 // A centred label is not asked for the height of its wrapped lines.
 void EmptyState::fitHint() {
-    hint_->setFixedHeight(hint_->heightForWidth(hintWidth));
+    hint_->setFixedHeight(std::max(0, hint_->heightForWidth(hintWidth)));
 }
 
 void EmptyState::fitFonts() {

@@ -8,6 +8,7 @@
 #include "ui/MenuText.h"
 #include "ui/PlatformTexts.h"
 
+#include <QActionGroup>
 #include <QApplication>
 #include <QDialog>
 #include <QLabel>
@@ -128,10 +129,13 @@ void AppDelegate::addLanguageItemtoMenu(const std::shared_ptr<const LanguageBund
     auto* submenu = new QMenu(fileMenuLanguage);
     subMenuItemLanguage = submenu->menuAction();
     MnemonicChooser().setTitle(subMenuItemLanguage, localizedString(bundle, "Language"));
+    auto* oneOfThem = new QActionGroup(submenu);
+    // The marks are set one by one, so that for a moment none may stand.
+    oneOfThem->setExclusionPolicy(QActionGroup::ExclusionPolicy::ExclusiveOptional);
     for (int32_t i = 0; i < availableCount; ++i) {
         const QString name =
             QString::fromStdString(availableLanguage[static_cast<size_t>(i)].displayName);
-        QAction* item = submenu->addAction(name);
+        QAction* item = oneOfThem->addAction(submenu->addAction(name));
         item->setCheckable(true);
         item->setData(name);
         connect(item, &QAction::triggered, this, [this, item] { changeLanguage(item); });

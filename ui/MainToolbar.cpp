@@ -8,6 +8,7 @@
 #include <QAction>
 #include <QComboBox>
 #include <QHBoxLayout>
+#include <QLabel>
 #include <QMainWindow>
 #include <QToolBar>
 #include <QToolButton>
@@ -17,6 +18,8 @@ namespace paperline {
 namespace {
 
 constexpr int iconSide = 24;
+constexpr int toolbarMargin = 6;
+constexpr int buttonSpace = 4;
 constexpr int groupSpace = 6;
 constexpr int controlHeight = 32;
 constexpr int narrowestFolderField = 160;
@@ -48,6 +51,13 @@ QAction* addControl(QToolBar* toolbar, QWidget* control, QSizePolicy::Policy hor
     return action;
 }
 
+// A list is named for screen readers by its label only; its own name is the chosen entry.
+void labelUnseen(QWidget* control) {
+    auto* label = new QLabel(control->parentWidget());
+    label->hide();
+    label->setBuddy(control);
+}
+
 QString rgb(const QColor& colour) {
     return colour.name(QColor::HexRgb);
 }
@@ -65,8 +75,9 @@ void makeMainToolbar(QMainWindow& window, InterfaceOutlets& outlets, const std::
     toolbar->setFloatable(false);
     toolbar->setContextMenuPolicy(Qt::PreventContextMenu);
     toolbar->setIconSize(QSize(iconSide, iconSide));
-    toolbar->layout()->setContentsMargins(8, 6, 8, 6);
-    toolbar->layout()->setSpacing(4);
+    toolbar->layout()->setContentsMargins(
+        toolbarMargin, toolbarMargin, toolbarMargin, toolbarMargin);
+    toolbar->layout()->setSpacing(buttonSpace);
     outlets.paperlineToolbar = toolbar;
 
     outlets.paperlineToolbar_Setup =
@@ -76,6 +87,7 @@ void makeMainToolbar(QMainWindow& window, InterfaceOutlets& outlets, const std::
     outlets.paperlineToolbar_FileFormatsCombox = new QComboBox;
     outlets.paperlineToolbar_FileFormatsCombox->setFocusPolicy(Qt::StrongFocus);
     addControl(toolbar, outlets.paperlineToolbar_FileFormatsCombox, QSizePolicy::Fixed);
+    labelUnseen(outlets.paperlineToolbar_FileFormatsCombox);
     outlets.paperlineToolbar_FileFormat =
         addButton(toolbar, resources + "/Floppy.png", Qt::ToolButtonIconOnly);
     outlets.paperlineToolbar_FolderSelect =
@@ -98,7 +110,17 @@ void makeMainToolbar(QMainWindow& window, InterfaceOutlets& outlets, const std::
     outlets.paperlineToolbar_FitPage->setChecked(true);
 
     window.addToolBar(Qt::TopToolBarArea, toolbar);
+    evenToolbarEnds(toolbar);
     styleScanButton(outlets);
+}
+
+void evenToolbarEnds(QToolBar* toolbar) {
+    const bool fromLeft = toolbar->layoutDirection() == Qt::LeftToRight;
+    toolbar->setContentsMargins(fromLeft ? buttonSpace : 0, 0, fromLeft ? 0 : buttonSpace, 0);
+}
+
+QLabel* unseenLabelOf(const QWidget* control) {
+    return control->parentWidget()->findChild<QLabel*>(QString(), Qt::FindDirectChildrenOnly);
 }
 
 void styleScanButton(const InterfaceOutlets& outlets) {

@@ -25,7 +25,7 @@
 namespace paperline {
 namespace {
 
-constexpr int narrowestPageList = 140;
+constexpr int narrowestPageList = 200; // a thumbnail and a scroller
 
 QString textOf(const std::shared_ptr<const LanguageBundle>& bundle, const char* key) {
     return QString::fromStdString(localizedString(bundle, key));
@@ -55,6 +55,8 @@ QTableView* makePageList() {
     table->setEditTriggers(QAbstractItemView::NoEditTriggers);
     table->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     table->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    // The geometry of its rows knows one direction only.
+    table->setLayoutDirection(Qt::LeftToRight);
     table->setTabKeyNavigation(false); // Tab leaves the list; the arrows walk in it
     table->setMinimumWidth(narrowestPageList);
     auto* rows = new PlainRows;
@@ -191,6 +193,8 @@ void MainWindow::retranslate(const std::shared_ptr<const LanguageBundle>& bundle
     describe(outlets_.paperlineToolbar_FileFormatsCombox,
              textOf(bundle, "FormatListName"),
              textOf(bundle, "FormatListHelp"));
+    unseenLabelOf(outlets_.paperlineToolbar_FileFormatsCombox)
+        ->setText(textOf(bundle, "FormatListName"));
     describe(outlets_.currentSaveFolder,
              textOf(bundle, "SaveFolderName"),
              textOf(bundle, "SaveFolderHelp"));
@@ -231,6 +235,8 @@ void MainWindow::closeEvent(QCloseEvent* event) {
 void MainWindow::changeEvent(QEvent* event) {
     if (event->type() == QEvent::PaletteChange && outlets_.paperlineToolbar_Scan != nullptr)
         styleScanButton(outlets_);
+    if (event->type() == QEvent::LayoutDirectionChange && outlets_.paperlineToolbar != nullptr)
+        evenToolbarEnds(outlets_.paperlineToolbar);
     QMainWindow::changeEvent(event);
 }
 

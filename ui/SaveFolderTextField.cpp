@@ -3,6 +3,8 @@
 namespace paperline {
 
 SaveFolderTextField::SaveFolderTextField(QWidget* parent) : QLineEdit(parent) {
+    constexpr int besideText = 4;
+    setTextMargins(besideText, 0, besideText, 0);
     connect(this, &QLineEdit::textEdited, this, &SaveFolderTextField::textDidChange);
     connect(this, &QLineEdit::editingFinished, this, &SaveFolderTextField::textDidEndEditing);
 }

@@ -6,6 +6,7 @@
 #include <QDialogButtonBox>
 #include <QHeaderView>
 #include <QLabel>
+#include <QProxyStyle>
 #include <QPushButton>
 #include <QTableView>
 #include <QVBoxLayout>
@@ -17,6 +18,18 @@ constexpr int windowWidth = 440;
 constexpr int windowHeight = 320;
 constexpr int margin = 20;
 constexpr int rowPadding = 12;
+constexpr int besideNames = 8;
+
+// Names keep away from the list's edge.
+class RoomyRows : public QProxyStyle {
+public:
+    int pixelMetric(PixelMetric metric,
+                    const QStyleOption* option,
+                    const QWidget* widget) const override {
+        return metric == PM_FocusFrameHMargin ? besideNames
+                                              : QProxyStyle::pixelMetric(metric, option, widget);
+    }
+};
 
 QTableView* makeNameTable(QWidget* parent, const QStringList& names) {
     auto* table = new QTableView(parent);
@@ -33,6 +46,9 @@ QTableView* makeNameTable(QWidget* parent, const QStringList& names) {
     table->setEditTriggers(QAbstractItemView::NoEditTriggers);
     table->setTabKeyNavigation(false);
     table->setTextElideMode(Qt::ElideMiddle);
+    auto* rows = new RoomyRows;
+    rows->setParent(table);
+    table->setStyle(rows);
     return table;
 }
 
@@ -52,6 +68,8 @@ SelectSourceWindow::SelectSourceWindow(InterfaceOutlets& outlets) : outlets_(out
     outlets.twainSelectSourceOKBtn = buttons->addButton(QDialogButtonBox::Ok);
     outlets.twainSelectSourceCancelBtn = buttons->addButton(QDialogButtonBox::Cancel);
     outlets.twainSelectSourceOKBtn->setDefault(true);
+    for (QPushButton* button : {outlets.twainSelectSourceOKBtn, outlets.twainSelectSourceCancelBtn})
+        button->setIcon({}); // the words say it
     connect(outlets._tableViewSelectSource,
             &QTableView::doubleClicked,
             outlets.twainSelectSourceOKBtn,

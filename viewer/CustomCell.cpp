@@ -4,6 +4,7 @@
 #include "viewer/PageListModel.h"
 #include "viewer/PageLoader.h"
 
+#include <QAbstractScrollArea>
 #include <QFontMetricsF>
 #include <QPainter>
 
@@ -41,6 +42,15 @@ double luminance(const QColor& colour) {
 double contrast(const QColor& first, const QColor& second) {
     const double a = luminance(first), b = luminance(second);
     return (std::max(a, b) + 0.05) / (std::min(a, b) + 0.05);
+}
+
+// A scroller of the list lies over the cell's end.
+QRect visiblePart(const QStyleOptionViewItem& option) {
+    const auto* list = qobject_cast<const QAbstractScrollArea*>(option.widget);
+    QRect visible = option.rect;
+    if (list != nullptr)
+        visible.setRight(std::min(visible.right(), list->viewport()->width() - 1));
+    return visible;
 }
 
 constexpr int grey = 128;
@@ -144,7 +154,7 @@ void CustomCell::paint(QPainter* painter,
         painter->setRenderHint(QPainter::Antialiasing);
         painter->setPen(Qt::NoPen);
         painter->setBrush(background);
-        painter->drawRoundedRect(QRectF(option.rect).adjusted(4, 2, -4, -2), 6, 6);
+        painter->drawRoundedRect(QRectF(visiblePart(option)).adjusted(4, 2, -4, -2), 6, 6);
         painter->setRenderHint(QPainter::Antialiasing, false);
     }
     drawInteriorWithFrame(*painter, option, background);

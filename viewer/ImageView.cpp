@@ -49,7 +49,7 @@ QImage upright(const QImage& stored, int orientation) {
 
 ImageView::ImageView(QWidget* parent) : QWidget(parent) {
     setAttribute(Qt::WA_OpaquePaintEvent);
-    setFocusPolicy(Qt::StrongFocus);
+    setFocusPolicy(Qt::NoFocus); // the scroll area around it takes the keys
 }
 
 QColor ImageView::surroundings() {

@@ -8,6 +8,7 @@
 #include <QEvent>
 #include <QHeaderView>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QTableView>
 #include <QTimer>
 
@@ -48,6 +49,18 @@ void fitRows(QTableView* table) {
     table->verticalHeader()->setDefaultSectionSize(CustomCell::rowHeight(table->font()));
 }
 
+// The column is as wide as the table, whether a scroller covers its end or not: thumbnails and
+// captions, placed by different rules, stay below each other.
+void keepColumnWidth(QTableView* table) {
+    table->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Fixed);
+    const auto widen = [table] { table->horizontalHeader()->resizeSection(0, table->width()); };
+    widen();
+    new EventWatcher(table, QEvent::Resize, widen);
+    QScrollBar* sideways = table->horizontalScrollBar();
+    QObject::connect(
+        sideways, &QScrollBar::valueChanged, sideways, [sideways] { sideways->setValue(0); });
+}
+
 void setUpTable(AppDelegate& controller) {
     QTableView* table = controller._tableViewMain;
     auto* model = new PageListModel(
@@ -61,7 +74,7 @@ void setUpTable(AppDelegate& controller) {
     });
     table->setModel(model);
     table->setItemDelegateForColumn(0, cell);
-    table->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
+    keepColumnWidth(table);
     table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     fitRows(table);
     new EventWatcher(table, QEvent::FontChange, [table] { fitRows(table); });

@@ -21,6 +21,7 @@ int runAlertWindow(const Alert& alert) {
                               ? window.addButton(QMessageBox::Ok)
                               : window.addButton(QString::fromStdString(alert.defaultButton),
                                                  QMessageBox::AcceptRole);
+    button->setIcon({}); // the word says it
     window.setDefaultButton(button);
     window.setEscapeButton(button);
     window.exec();

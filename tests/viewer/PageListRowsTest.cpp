@@ -179,7 +179,7 @@ TEST_F(PageListRows, RowsAreTallEnoughForThumbnailAndCaption) {
     const QTableView& table = *controller_._tableViewMain;
     EXPECT_EQ(table.rowHeight(0), CustomCell::rowHeight(table.font()));
     EXPECT_GE(table.rowHeight(0), 25 + 123 + 5 + table.fontMetrics().height());
-    EXPECT_EQ(table.columnWidth(0), table.viewport()->width());
+    EXPECT_EQ(table.columnWidth(0), table.width());
 }
 
 } // namespace
