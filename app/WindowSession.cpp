@@ -77,7 +77,7 @@ void raiseWindow(const AppDelegate& controller) {
 
 } // namespace
 
-int runWindowSession(int& argc, char** argv) {
+int runWindowSession(int& argc, char** argv, const LaunchOptions& options) {
     QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(
         false); // closing the main window asks for termination itself
@@ -95,7 +95,7 @@ int runWindowSession(int& argc, char** argv) {
     installAlertWindow();
     installDesktopServices();
 
-    AppDelegate controller;
+    AppDelegate controller(options);
     instance.whenRaised([&controller] { raiseWindow(controller); });
     // Launch runs inside the event loop, so that ending it from within works everywhere.
     QTimer::singleShot(0, &application, [&controller] {

@@ -3,6 +3,8 @@
 
 namespace paperline {
 
-int runWindowSession(int& argc, char** argv);
+struct LaunchOptions;
+
+int runWindowSession(int& argc, char** argv, const LaunchOptions& options);
 
 } // namespace paperline

@@ -55,7 +55,7 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "paperline: %s\n\n%s", line.error.c_str(), usageText);
         return exitUsage;
     case Command::window:
-        return runWindowSession(argc, argv);
+        return runWindowSession(argc, argv, {});
     default:
         return runCommand(line, argc, argv);
     }
