@@ -10,10 +10,13 @@ build_packages="
 # What the program needs to show its window and reach scanners.
 run_packages="libsane1 fonts-dejavu-core qt6-qpa-plugins"
 
+# What drives and photographs a window on a display of its own.
+picture_packages="xvfb dbus at-spi2-core python3-pyatspi xdotool imagemagick fonts-noto-cjk"
+
 # Test tools; each checks files that we write with code that we did not.
 test_packages="
     libgtest-dev libgmock-dev libbenchmark-dev git
-    xvfb xauth dbus at-spi2-core python3-pyatspi x11-utils xdotool imagemagick fonts-noto-cjk
+    $picture_packages xauth x11-utils
     sane-utils netpbm libjpeg-turbo-progs libtiff-tools qpdf poppler-utils pngcheck
     libimage-exiftool-perl giflib-tools jpeginfo img2pdf
 "
