@@ -100,20 +100,6 @@ TEST_F(GoldenTraceTest, ScanToJpeg) {
     expectGolden("scan-jpeg", takeTrace());
 }
 
-TEST_F(GoldenTraceTest, ScanToMultiPagePdf) {
-    addScanner("Scanner One", 2);
-    ASSERT_TRUE(launch());
-    scanInFormat(formatMultiPagePdf);
-    expectGolden("scan-multi-page-pdf", takeTrace());
-}
-
-TEST_F(GoldenTraceTest, ScanToMultiPageTiff) {
-    addScanner("Scanner One", 2);
-    ASSERT_TRUE(launch());
-    scanInFormat(formatMultiPageTiff);
-    expectGolden("scan-multi-page-tiff", takeTrace());
-}
-
 TEST_F(GoldenTraceTest, SetupAcceptedAndCancelled) {
     ScriptedSource& source = addScanner("Scanner One", 1);
     ASSERT_TRUE(launch());

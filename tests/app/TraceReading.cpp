@@ -60,6 +60,8 @@ std::string replaceAll(std::string text, const std::string& from, const std::str
 
 std::vector<std::string> readTrace(const std::string& path) {
     const std::vector<uint8_t> bytes = readFile(path).value_or(std::vector<uint8_t>{});
+    if (bytes.empty())
+        return {};
     const auto unitAt = [&bytes](size_t n) {
         return n + 1 < bytes.size() ? bytes[n] + (bytes[n + 1] << 8) : -1;
     };
