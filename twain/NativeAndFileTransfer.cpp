@@ -55,7 +55,10 @@ bool measurePage(PageBuffers& buffers, PageGuard& guard) {
     if (readImageInfo(*gTWAINHandler, info) != twain::TWRC_SUCCESS)
         return false;
     const std::optional<PageLayout> layout = pageLayout(info);
-    if (!layout || !buffers.preparePage(*layout))
+    if (!layout)
+        return false;
+    askBufferSizes(*gTWAINHandler);
+    if (!buffers.preparePage(*layout))
         return false;
     const ReceivedStrips strips = receiveStrips(*gTWAINHandler, buffers);
     traceValue("speedTest",

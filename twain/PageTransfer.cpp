@@ -8,10 +8,12 @@ int32_t readImageInfo(TWAINHandler& handler, TW_IMAGEINFO& info) {
     return handler.DSCall(twain::DG_IMAGE, twain::DAT_IMAGEINFO, twain::MSG_GET, &info);
 }
 
-ReceivedStrips receiveStrips(TWAINHandler& handler, PageBuffers& buffers) {
+void askBufferSizes(TWAINHandler& handler) {
     TW_SETUPMEMXFER sizes{};
     handler.DSCall(twain::DG_CONTROL, twain::DAT_SETUPMEMXFER, twain::MSG_GET, &sizes);
+}
 
+ReceivedStrips receiveStrips(TWAINHandler& handler, PageBuffers& buffers) {
     ReceivedStrips received;
     StripGuard guard(buffers.bitmap()->pixelsHigh());
     do {

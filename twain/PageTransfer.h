@@ -19,8 +19,12 @@ struct ReceivedStrips {
 // Return code of DAT_IMAGEINFO; `info` is filled on success.
 int32_t readImageInfo(TWAINHandler& handler, TW_IMAGEINFO& info);
 
-// Asks for the preferred buffer size, whose answer is not used, and for strips into the prepared
-// buffers until the source says that the page is over. What no strip filled is cleared.
+// Asks for the preferred buffer sizes, as the standard wants it before a transfer. The answer is
+// not used: the buffer is always a whole page.
+void askBufferSizes(TWAINHandler& handler);
+
+// Asks for strips into the prepared buffers until the source says that the page is over. What no
+// strip filled is cleared.
 ReceivedStrips receiveStrips(TWAINHandler& handler, PageBuffers& buffers);
 
 // Ends the page. Pages that the source still has; none when it fails. 65535: it does not know.

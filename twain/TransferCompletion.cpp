@@ -86,7 +86,10 @@ void reportUnsavedPage(AppDelegate& controller, int32_t result) {
     }
 }
 
+// The command line lists no pages, so that no page can be left out of its list.
 void keepMemoryForDisplay(AppDelegate& controller, uint64_t copiedBytes) {
+    if (controller.launchOptions().commandLine)
+        return;
     if (!memoryShortage && copiedBytes > copiedBytesBeforeMemoryCheck)
         controller.checkmemoryEnough();
     if (memoryShortage)
@@ -134,6 +137,7 @@ std::optional<PageFacts> holdPage(AppDelegate& controller, Batch& batch, const T
         return std::nullopt;
     page.layout = *layout;
     gPageHeightAt300Dpi = pageHeightAt300Dpi(info.ImageLength, page.horizontalDpi);
+    askBufferSizes(*gTWAINHandler);
     const uint64_t bytes = layout->transferBytes;
     if (!isPageAllocatable(bytes, 0) && !isPageAllocatable(bytes, controller.get_free_memory()))
         return std::nullopt;

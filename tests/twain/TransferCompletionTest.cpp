@@ -41,6 +41,14 @@ protected:
         EXPECT_FALSE(gTWAINHandler->dsEnabled);
         EXPECT_THAT(dsm.sequenceErrors(), IsEmpty());
     }
+    // 16 strips of 20 MB make more than 300 MiB of copied rows.
+    static ScriptedPage pageOfMuchData() {
+        ScriptedPage page{.info = pageInfo(5'000, 4'000, 8, 300), .strips = {}};
+        for (int strip = 0; strip < 16; ++strip)
+            page.strips.push_back({.yOffset = 0, .rows = 4'000, .bytesPerRow = 5'000});
+        page.strips.back().code = twain::TWRC_XFERDONE;
+        return page;
+    }
     const TW_IMAGEINFO grey = pageInfo(10, 6, 8, 300);
 };
 
@@ -232,6 +240,15 @@ TEST_F(TransferCompletionTest, RefusesAVeryLargePageThatTheMachineHasNoRoomFor) 
     availableBytes = uint64_t{3} << 30U;
     scanAtOnce();
     EXPECT_THAT(alerts, ElementsAre("ShowNoMem"));
+    EXPECT_THAT(dsm.names(),
+                ElementsAre("CONTROL/IDENTITY/OPENDS",
+                            "CONTROL/USERINTERFACE/ENABLEDS",
+                            "IMAGE/IMAGEINFO/GET",
+                            "CONTROL/SETUPMEMXFER/GET",
+                            "CONTROL/PENDINGXFERS/ENDXFER",
+                            "CONTROL/PENDINGXFERS/RESET",
+                            "CONTROL/USERINTERFACE/DISABLEDS",
+                            "CONTROL/IDENTITY/CLOSEDS"));
     expectIdle();
 }
 
@@ -338,13 +355,7 @@ TEST_F(TransferCompletionTest, EndsWhenThePageCannotBeEnded) {
 // --- memory guard ---
 
 TEST_F(TransferCompletionTest, LeavesPagesOutOfTheListWhenMemoryIsLow) {
-    // 16 strips of 20 MB make more than 300 MiB of copied rows.
-    const TW_IMAGEINFO large = pageInfo(5'000, 4'000, 8, 300);
-    ScriptedPage page{.info = large, .strips = {}};
-    for (int strip = 0; strip < 16; ++strip)
-        page.strips.push_back({.yOffset = 0, .rows = 4'000, .bytesPerRow = 5'000});
-    page.strips.back().code = twain::TWRC_XFERDONE;
-    connectWithPages({goodPage(grey, seedOf(0)), page, goodPage(grey, seedOf(2))});
+    connectWithPages({goodPage(grey, seedOf(0)), pageOfMuchData(), goodPage(grey, seedOf(2))});
     availableBytes = uint64_t{8} << 30U; // the low 32 bits are 0
     scanAtOnce();
     EXPECT_THAT(alerts, ElementsAre("NoDisplayImage"));
@@ -353,6 +364,22 @@ TEST_F(TransferCompletionTest, LeavesPagesOutOfTheListWhenMemoryIsLow) {
     expectSavedPage(3, 2);
     EXPECT_FALSE(memoryShortage);
     expectIdle();
+}
+
+TEST_F(TransferCompletionTest, TheCommandLineSaysNothingAboutPagesThatNobodySees) {
+    LaunchOptions options;
+    options.commandLine = true;
+    controller = std::make_unique<AppDelegate>(options);
+    controller->mMenuFileSave = 1;
+    controller->currentPage = 1;
+    controller->createFolerprofileFolderName = folder;
+    controller->saveImageName = "Image";
+    controller->SelectFolderAutoDetectFlag = 1;
+    connectWithPages({pageOfMuchData(), goodPage(grey, seedOf(1))});
+    availableBytes = uint64_t{8} << 30U; // the low 32 bits are 0
+    scanAtOnce();
+    EXPECT_THAT(alerts, IsEmpty());
+    EXPECT_THAT(controller->imageFilePath, ElementsAre(savedPath(1), savedPath(2)));
 }
 
 TEST_F(TransferCompletionTest, LooksAtMemoryOnlyBelowItsThreshold) {
