@@ -266,6 +266,7 @@ void AppDelegate::initialApplicationUserInterface() {
 }
 
 std::string AppDelegate::applicationFilesDirectory() const {
+    TraceScope trace("applicationFilesDirectory");
     return folderOfPath(userDataFolder()) + "/Corvane.Paperline";
 }
 

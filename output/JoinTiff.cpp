@@ -36,6 +36,7 @@ std::unique_ptr<PageJoiner> openJoiner(const PageCodecs::JoinerFactory& factory)
 } // namespace
 
 std::vector<std::string> AppDelegate::sortArray(std::vector<std::string> names) const {
+    TraceScope trace("sortArray");
     return sortedNames(std::move(names));
 }
 

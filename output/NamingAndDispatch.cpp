@@ -348,6 +348,7 @@ void AppDelegate::updateDateTimeInfo() {
 }
 
 bool AppDelegate::Contains(const std::string& needle, const std::string& text) const {
+    TraceScope trace("Contains");
     return containsIgnoringCase(needle, text);
 }
 

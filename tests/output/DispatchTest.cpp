@@ -19,6 +19,16 @@ TEST_F(Dispatch, TheFirstPageIsNumberOneAndTheCounterMovesOn) {
     EXPECT_EQ(controller->currentPage, 2U);
 }
 
+TEST_F(Dispatch, ThePagesNameIsToldOnTheConsole) {
+    touch(inFolder("Image_00001.jpg"));
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(saveGrey(), 0);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "createFolerprofileFolderName = " + folder +
+                  "\nsaveImageName = Image\nsaveFileName = " + inFolder("Image_00001") +
+                  "\nsaveFileName = " + inFolder("Image_00002") + "\n");
+}
+
 TEST_F(Dispatch, TakenNumbersAreSkipped) {
     touch(inFolder("Image_00001.jpg"));
     touch(inFolder("Image_00002.jpg"));

@@ -140,6 +140,46 @@ TEST_F(SessionTraceTest, SaysWhyAPageWasNotSaved) {
     EXPECT_THAT(takeTrace(), Contains("    1: saveXferDatatoMedia Failed(NoEnoughDiskSpace)!!"));
 }
 
+TEST_F(SessionTraceTest, TellsOfThePagesWriter) {
+    addSource().pages.assign(1, goodPage(pageInfo(4, 4, 8, 300)));
+    connect();
+    controller->profileFileformatSelect = 0;
+    takeTrace();
+    scanAtOnce();
+    EXPECT_THAT(takeTrace(),
+                IsSupersetOf({"In  1: saveXferDatatoMedia",
+                              "FILEFORMAT_BMP In 1: saveXferDatatoMedia", // without a blank
+                              "    1: saveXferDatatoMedia : " + savedPath(1),
+                              "In  1: saveAsBMPWithName",
+                              "In  1: checkFreeDiskSpace",
+                              "writebmp in 1: saveAsBMPWithName",
+                              "writebmp out 1: saveAsBMPWithName",
+                              "FILEFORMAT_BMP Out 1: saveXferDatatoMedia",
+                              "add to ImageFilePath 1: saveXferDatatoMedia"}));
+    controller->profileFileformatSelect = 1;
+    scanAtOnce();
+    EXPECT_THAT(takeTrace(),
+                IsSupersetOf({"FILEFORMAT_JPG In  1: saveXferDatatoMedia", // with a blank
+                              "    1: saveXferDatatoMedia : " + savedPath(2, "jpg"),
+                              "FILEFORMAT_JPG Out 1: saveXferDatatoMedia"}));
+    controller->mMenuFileSave = 0;
+    scanAtOnce();
+    EXPECT_THAT(takeTrace(), Contains("mMenuFileSave = 0 1: saveXferDatatoMedia"));
+}
+
+TEST_F(SessionTraceTest, EndsWithoutTheWritersOutWhenThePageIsNotSaved) {
+    addSource().pages.assign(1, goodPage(pageInfo(4, 4, 8, 300)));
+    connect();
+    host().freeSpaceBytes = [](const std::string&) { return std::optional<int64_t>(0); };
+    takeTrace();
+    scanAtOnce();
+    const std::vector<std::string> lines = takeTrace();
+    EXPECT_THAT(lines, Contains("FILEFORMAT_BMP In 1: saveXferDatatoMedia"));
+    EXPECT_THAT(lines, Not(Contains("FILEFORMAT_BMP Out 1: saveXferDatatoMedia")));
+    EXPECT_THAT(lines, Not(Contains("add to ImageFilePath 1: saveXferDatatoMedia")));
+    EXPECT_THAT(lines, Contains("Out 1: saveXferDatatoMedia"));
+}
+
 TEST_F(SessionTraceTest, SaysThatMemoryCannotBeRead) {
     host().availableMemoryBytes = [] { return std::optional<uint64_t>(); };
     controller->get_free_memory();
