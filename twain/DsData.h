@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
 namespace paperline {
 
@@ -10,6 +11,14 @@ struct DsData {
     std::string dsPath;       // folder + "/" + entry
     std::string Manufacturer; // of its Info.plist
     std::string ProductName;
+
+    static DsData initWithData(std::string name,
+                               std::string path,
+                               std::string manufacturer,
+                               std::string productName) {
+        return {std::move(name), std::move(path), std::move(manufacturer), std::move(productName)};
+    }
+    bool operator==(const DsData&) const = default;
 };
 
 } // namespace paperline

@@ -167,10 +167,10 @@ void AppDelegate::SearchAllDS() {
                 readPropertyList(path + "/Versions/A/Resources/Info.plist");
             if (info.status == PropertyListStatus::missing)
                 continue;
-            dsDatas.push_back({.dsName = entry,
-                               .dsPath = path,
-                               .Manufacturer = textUnder(info.root, "Manufacturer"),
-                               .ProductName = textUnder(info.root, "ProductName")});
+            dsDatas.push_back(DsData::initWithData(entry,
+                                                   path,
+                                                   textUnder(info.root, "Manufacturer"),
+                                                   textUnder(info.root, "ProductName")));
         }
     }
 }

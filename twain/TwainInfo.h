@@ -4,6 +4,7 @@
 #include "twain/TwainTypes.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -28,5 +29,8 @@ struct TWAIN_INFO {
     std::string productFamilyText() const;
     std::string manufacturerText() const; // without the length byte
 };
+static_assert(sizeof(TWAIN_INFO) == 8 * 2 + 4 * 256);
+static_assert(offsetof(TWAIN_INFO, versionInfo) == 16);
+static_assert(offsetof(TWAIN_INFO, productName) == 784);
 
 } // namespace paperline
