@@ -1,6 +1,7 @@
 #include "output/BmpFile.h"
 
 #include "output/ChannelSwap.h"
+#include "platform/Descriptor.h"
 
 #include <sys/mman.h>
 
@@ -74,6 +75,15 @@ uint32_t pelsPerMetre(uint32_t dpi) {
 uint32_t heightOf(const BmpHeaderRecord& header) {
     return static_cast<uint32_t>(header[22]) | static_cast<uint32_t>(header[23]) << 8 |
            static_cast<uint32_t>(header[24]) << 16 | static_cast<uint32_t>(header[25]) << 24;
+}
+
+// As "wb" opens it, but through no link that a stranger laid into a shared folder.
+std::FILE* openForBinaryWriting(const char* fileName) {
+    Descriptor file = openForWriting(fileName);
+    std::FILE* stream = file.isOpen() ? ::fdopen(file.number(), "wb") : nullptr;
+    if (stream != nullptr)
+        (void)file.release();
+    return stream;
 }
 
 } // namespace
@@ -187,7 +197,7 @@ BmpWriteResult writebmp(const char* fileName,
                         uint32_t wInfoSize,
                         const uint8_t* buffer,
                         uint32_t dwBmpWidthBytes) {
-    std::FILE* file = std::fopen(fileName, "wbe");
+    std::FILE* file = openForBinaryWriting(fileName);
     if (file == nullptr)
         return {reportBmpOpenError(), false};
     const size_t headerLength = std::min(static_cast<size_t>(wInfoSize), hbmp.size());

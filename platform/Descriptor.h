@@ -25,6 +25,7 @@ public:
 
     bool isOpen() const { return number_ >= 0; }
     int number() const { return number_; }
+    int release() { return std::exchange(number_, -1); } // the caller closes it
     // False when the system reports a late write error.
     bool close();
 
@@ -34,6 +35,10 @@ private:
 
 // open(2) with O_CLOEXEC, again when a signal interrupts it; errno tells why it is not open.
 [[nodiscard]] Descriptor openFile(const std::string& path, int flags, unsigned mode = 0);
+
+// Opens for new content: created (0666 less umask) or emptied. In a folder shared with strangers
+// (sticky and writable by all) a link or another user's file is refused.
+[[nodiscard]] Descriptor openForWriting(const std::string& path);
 
 // All the bytes, or false with errno set.
 [[nodiscard]] bool writeAll(int descriptor, std::span<const uint8_t> bytes);

@@ -31,20 +31,6 @@ bool liesInSharedFolder(const std::string& path) {
     return (status.st_mode & S_ISVTX) != 0 && (status.st_mode & S_IWOTH) != 0;
 }
 
-Descriptor openForWriting(const std::string& path) {
-    const bool shared = liesInSharedFolder(path);
-    const int flags = O_WRONLY | O_CREAT | O_NONBLOCK | O_NOCTTY | (shared ? O_NOFOLLOW : 0);
-    Descriptor file = openFile(path, flags, 0666);
-    struct stat status = {};
-    if (!file.isOpen() || ::fstat(file.number(), &status) != 0)
-        return Descriptor();
-    if (shared && (status.st_uid != ::geteuid() || !S_ISREG(status.st_mode) || status.st_nlink > 1))
-        return Descriptor();
-    if (S_ISREG(status.st_mode) && ::ftruncate(file.number(), 0) != 0)
-        return Descriptor();
-    return file;
-}
-
 // A copy beside the target, put under its name when it is whole. `sync` makes it durable first.
 bool copyContent(const std::string& from, const std::string& to, int openFlags, bool sync) {
     struct stat status = {};
@@ -65,6 +51,20 @@ bool somethingIsThere(const std::string& path) {
 }
 
 } // namespace
+
+Descriptor openForWriting(const std::string& path) {
+    const bool shared = liesInSharedFolder(path);
+    const int flags = O_WRONLY | O_CREAT | O_NONBLOCK | O_NOCTTY | (shared ? O_NOFOLLOW : 0);
+    Descriptor file = openFile(path, flags, 0666);
+    struct stat status = {};
+    if (!file.isOpen() || ::fstat(file.number(), &status) != 0)
+        return Descriptor();
+    if (shared && (status.st_uid != ::geteuid() || !S_ISREG(status.st_mode) || status.st_nlink > 1))
+        return Descriptor();
+    if (S_ISREG(status.st_mode) && ::ftruncate(file.number(), 0) != 0)
+        return Descriptor();
+    return file;
+}
 
 std::optional<std::vector<uint8_t>> readFile(const std::string& path, uint64_t maximumBytes) {
     struct stat status = {};

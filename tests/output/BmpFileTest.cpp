@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -212,6 +213,20 @@ TEST_F(BmpFile, AShortWriteIsNotExaminedButKnown) {
         writebmp("/dev/full", makeBmpHeader({1024, 4, 8, 1024}, 300, 300), 1078, rows.data(), 1024);
     EXPECT_EQ(result.code, 1);
     EXPECT_FALSE(result.complete);
+}
+
+TEST_F(BmpFile, NothingIsWrittenThroughALinkInASharedFolder) {
+    ASSERT_EQ(chmod(folder_.c_str(), 01777), 0);
+    std::ofstream(path("message")) << "precious";
+    ASSERT_EQ(symlink(path("message").c_str(), path("p.bmp").c_str()), 0);
+    const uint8_t row[4] = {};
+    testing::internal::CaptureStdout();
+    const BmpWriteResult result =
+        writebmp(path("p.bmp").c_str(), makeBmpHeader({1, 1, 8, 1}, 300, 300), 1078, row, 4);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "writebmp: file open error\n");
+    EXPECT_EQ(result.code, -1);
+    const Bytes text = bytesOf(path("message"));
+    EXPECT_EQ(std::string(text.begin(), text.end()), "precious");
 }
 
 TEST_F(BmpFile, WithoutMemoryThereIsNoBlock) {
