@@ -5,9 +5,13 @@
 #include "app/SourceDiscovery.h"
 #include "app/Watchdog.h"
 #include "output/FileFormats.h"
+#include "output/PageNaming.h"
+#include "output/StagedPages.h"
 #include "platform/Alert.h"
 #include "platform/DataSourceManager.h"
+#include "platform/DatePatterns.h"
 #include "platform/Files.h"
+#include "platform/Host.h"
 #include "platform/MainLoop.h"
 #include "platform/Places.h"
 #include "platform/SystemLog.h"
@@ -22,10 +26,12 @@
 #include <QProcess>
 #include <QTimer>
 
+#include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
-#include <cmath>
+#include <csignal>
 #include <cstdlib>
 #include <memory>
 
@@ -181,10 +187,44 @@ bool scanToTheEnd(AppDelegate& controller, int timeoutSeconds) {
     return ended;
 }
 
+// Runs on the watchdog's thread, while the main thread hangs inside the source and touches nothing.
+// Pages staged for a multi-page file are the user's.
+void giveUpOnHungSource() {
+    systemLog("paperline: the source hangs; giving up. Pages saved so far are complete.");
+    const std::string name = formatDate({.secondsSinceEpoch = host().secondsSinceEpoch(),
+                                         .localeIdentifier = host().localeIdentifier(),
+                                         .timeZone = {}},
+                                        keptPagesNamePattern);
+    const KeptPages kept = keepPages(scratchPath(stagingFolderName),
+                                     appendPathComponent(userDataFolder(), keptPagesFolder),
+                                     name);
+    if (kept.moved > 0)
+        systemLog("paperline: pages that are in no file yet are kept in " + kept.folder);
+    if (kept.failed == 0)
+        removeOwnScratchRoot();
+    else
+        systemLog("paperline: pages that are in no file yet are left in " +
+                  scratchPath(stagingFolderName));
+    _exit(exitSourceHung);
+}
+
+// Some writers call a page saved that is on no disk; its path was never reported as complete.
+void tellUnwrittenPages(const AppDelegate& controller, ScanTally& tally) {
+    const auto listed = static_cast<int>(controller.imageFilePath.size());
+    if (listed <= tally.pages)
+        return;
+    ++tally.messages;
+    systemLog("paperline: " + std::to_string(listed - tally.pages) +
+              " of the pages could not be written");
+}
+
 } // namespace
 
 int takeStandardOutputForResults() {
-    const int results = dup(STDOUT_FILENO);
+    // Whoever reads the results may stop reading; the pages are scanned all the same.
+    std::signal(SIGPIPE, SIG_IGN);
+    // Not for helper programs: one that goes on searching would keep the reader of a pipe waiting.
+    const int results = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
     if (results >= 0)
         dup2(STDERR_FILENO, STDOUT_FILENO);
     return results;
@@ -197,11 +237,7 @@ int runScanCommand(const ScanRequest& request, int resultDescriptor) {
     prepareSources(request.source);
     passOptionsToSource(request.options);
 
-    Watchdog watchdog(std::chrono::seconds(request.timeoutSeconds), [] {
-        systemLog("paperline: the source hangs; giving up. Pages saved so far are complete.");
-        removeOwnScratchRoot();
-        _exit(exitSourceHung);
-    });
+    Watchdog watchdog(std::chrono::seconds(request.timeoutSeconds), giveUpOnHungSource);
     watchCalls(watchdog, tally);
 
     const std::unique_ptr<AppDelegate> controller = launch(request.source);
@@ -228,6 +264,7 @@ int runScanCommand(const ScanRequest& request, int resultDescriptor) {
         results.line(request.json ? jsonText(pageObject(file)) : file.path);
     };
     const bool ended = scanToTheEnd(*controller, request.timeoutSeconds);
+    tellUnwrittenPages(*controller, tally);
     if (request.json)
         results.line(jsonText({{"files", tally.files},
                                {"pages", tally.pages},

@@ -19,13 +19,11 @@ namespace paperline {
 
 namespace {
 
-constexpr const char* keptFolderName = "Kept Pages";
-
 std::string folderNameForNow() {
     return formatDate({.secondsSinceEpoch = host().secondsSinceEpoch(),
                        .localeIdentifier = host().localeIdentifier(),
                        .timeZone = {}},
-                      "yyyy-MM-dd HH.mm.ss");
+                      keptPagesNamePattern);
 }
 
 // The next free number for the batch's file. The counter has already passed the batch, and passes
@@ -109,7 +107,7 @@ bool joinTiff(AppDelegate& controller) {
 void AppDelegate::keepStagedPages() {
     TraceScope trace("keepStagedPages");
     KeptPages kept = keepPages(scratchPath(stagingFolderName),
-                               appendPathComponent(userDataFolder(), keptFolderName),
+                               appendPathComponent(userDataFolder(), keptPagesFolder),
                                folderNameForNow());
     if (!kept.folder.empty())
         keptPagesFolder = std::move(kept.folder);

@@ -6,6 +6,10 @@
 
 namespace paperline {
 
+// Below the user's data folder; inside it a folder for each time, named by this date pattern.
+inline constexpr const char* keptPagesFolder = "Kept Pages";
+inline constexpr const char* keptPagesNamePattern = "yyyy-MM-dd HH.mm.ss";
+
 struct KeptPages {
     std::string folder; // where they are; empty when nothing was kept
     size_t moved = 0;

@@ -109,6 +109,19 @@ class Failures(ProgramTest):
         self.assertEqual(result.returncode, 4)
         self.assertIn("mode", result.stderr)
 
+    def test_reader_that_went_away(self):
+        reading, writing = os.pipe()
+        os.close(reading)
+        words = [PROGRAM, "scan", "--source", "Software Scanner", "--format", "bmp", "--folder", self.pages,
+                 "--option", "count=3", "--option", "resolution=50"]
+        result = subprocess.run([str(w) for w in words], stdout=writing, stderr=subprocess.PIPE, timeout=120,
+                                env=self.environment)
+        os.close(writing)
+        self.assertEqual(result.returncode, 1, result.stderr)
+        self.assertEqual(sorted(p.name for p in self.pages.glob("*.bmp")),
+                         [f"Image_{n:05d}.bmp" for n in (1, 2, 3)])
+        self.assertEqual(list((self.home / "scratch/tmp").iterdir()), [])
+
     def test_read_only_folder(self):
         self.pages.mkdir()
         path = self.pages / "blocked"
@@ -117,6 +130,16 @@ class Failures(ProgramTest):
                                 "--option", "count=2", "--option", "resolution=50")
         self.assertEqual((result.returncode, result.stdout), (1, ""))
         self.assertTrue(result.stderr)
+
+    def test_page_that_no_disk_took_is_told(self):
+        self.pages.mkdir()
+        path = self.pages / "blocked"
+        path.write_text("a file stands where the folder should be")
+        result = self.paperline("scan", "--source", "Software Scanner", "--format", "jpg", "--folder", path, "--json",
+                                "--option", "count=2", "--option", "resolution=50")
+        self.assertEqual(result.returncode, 1)
+        self.assertEqual(self.objects(result), [{"files": 0, "pages": 0, "complete": False}])
+        self.assertIn("2 of the pages could not be written", result.stderr)
 
     def test_full_disk_keeps_the_pages_before(self):
         # A file system of 2 MiB in a mount namespace of the test's own; pages of 0.97 MB each.
