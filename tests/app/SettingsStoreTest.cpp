@@ -250,6 +250,69 @@ TEST_F(SettingsStoreTest, PrefersTheUsersOwnFileOverTheBundles) {
     EXPECT_EQ(*find(written(), "ScannerName")->asString(), "bundle's");
 }
 
+TEST_F(SettingsStoreTest, ReadsARootWithoutKeys) {
+    write({{"Future", "kept"}});
+    controller_->scannerName = "old";
+    controller_->ReadDefaultScannerName();
+    EXPECT_EQ(controller_->scannerName, "");
+    controller_->ReadDefaultSaveImageName();
+    EXPECT_EQ(controller_->saveImageName, "Image");
+    controller_->profileLanguage = 3;
+    controller_->supportLanguageProfileLanguage = 2;
+    controller_->dictCurrentFolder.emplace();
+    controller_->ReadUISettingForLastLanguage();
+    EXPECT_EQ(controller_->profileLanguage, 3);
+    EXPECT_EQ(controller_->supportLanguageProfileLanguage, 2);
+    EXPECT_FALSE(controller_->dictCurrentFolder);
+}
+
+TEST_F(SettingsStoreTest, ChangesOnlyWhatTheProfileHolds) {
+    write({{"ada/Scan One", PropertyListValue(PropertyListDictionary{{"Theme", "dark"}})}});
+    controller_->profileFolderName = "/old";
+    controller_->profileFileformatSelect = 6;
+    controller_->profileLanguage = 3;
+    controller_->profileShowInFinder = 1;
+    controller_->ReadUISetting();
+    EXPECT_TRUE(controller_->dictCurrentFolder);
+    EXPECT_EQ(controller_->profileFolderName, ""); // none is stored
+    EXPECT_EQ(controller_->profileFileformatSelect, 6);
+    EXPECT_EQ(controller_->profileLanguage, 3);
+    EXPECT_EQ(controller_->profileShowInFinder, 1);
+}
+
+TEST_F(SettingsStoreTest, KeepsFieldsOfAScannerWithoutAProfile) {
+    write({{"ada/Scan Two", PropertyListValue(profile("/two", 5, 11, 1))}});
+    controller_->profileFileformatSelect = 6;
+    controller_->profileLanguage = 3;
+    controller_->ReadUISetting();
+    EXPECT_FALSE(controller_->dictCurrentFolder);
+    EXPECT_EQ(controller_->profileFileformatSelect, 6);
+    EXPECT_EQ(controller_->profileLanguage, 3);
+    controller_->fixUpSaveFolder();
+    EXPECT_EQ(controller_->profileFolderName, "/home/ada/Documents/Image");
+}
+
+TEST_F(SettingsStoreTest, FindsTheMenuPositionOfAStoredLanguage) {
+    const std::unique_ptr<AppDelegate> controller = make(2); // offers 0, 1, 2, 4, 5, 6, 7, ...
+    write({{"Language", PropertyListValue(int64_t{5})},
+           {"ada/Scan One", PropertyListValue(profile("", 0, 25, 0))}});
+    controller->ReadUISettingForLastLanguage();
+    EXPECT_EQ(controller->supportLanguageProfileLanguage, 4);
+    controller->ReadUISetting();
+    EXPECT_EQ(controller->supportLanguageProfileLanguage, 10);
+    write({{"Language", PropertyListValue(int64_t{3})}}); // not offered
+    controller->ReadUISettingForLastLanguage();
+    EXPECT_EQ(controller->profileLanguage, 3);
+    EXPECT_EQ(controller->supportLanguageProfileLanguage, 10);
+}
+
+TEST_F(SettingsStoreTest, WritesNothingBeforeTheEnd) {
+    controller_->ReadSettingForCreateFolder();
+    EXPECT_EQ(controller_->SelectFolderAutoDetectFlag, 1);
+    controller_->WriteUISetting(nullptr);
+    EXPECT_FALSE(fileExists(file_));
+}
+
 TEST_F(SettingsStoreTest, WritesADefaultFileOnRequest) {
     controller_->scannerName = "x";
     controller_->writeDefaultSetting(nullptr);
