@@ -5,7 +5,7 @@ import os
 import subprocess
 import unittest
 
-from support import PROGRAM, ProgramTest, run
+from support import PROGRAM, ProgramTest, run, run_on_small_disk
 
 
 def identify(path, what):
@@ -142,13 +142,13 @@ class Failures(ProgramTest):
         self.assertIn("2 of the pages could not be written", result.stderr)
 
     def test_full_disk_keeps_the_pages_before(self):
-        # A file system of 2 MiB in a mount namespace of the test's own; pages of 0.97 MB each.
-        script = (f'mkdir -p "{self.pages}" && mount -t tmpfs -o size=2m tmpfs "{self.pages}" && '
-                  f'"{PROGRAM}" scan --source "Software Scanner" --format bmp --folder "{self.pages}" '
-                  f'--option count=4 --option resolution=100 --option mode=Gray; echo "exit $?"; '
-                  f'sha256sum "{self.pages}"/*.bmp; ls "{self.pages}"')
-        result = subprocess.run(["unshare", "--user", "--map-root-user", "--mount", "sh", "-c", script],
-                                capture_output=True, text=True, env=self.environment, timeout=120)
+        # Pages of 0.97 MB each.
+        self.pages.mkdir()
+        result = run_on_small_disk(
+            self.pages, 2,
+            f'"{PROGRAM}" scan --source "Software Scanner" --format bmp --folder "{self.pages}" '
+            f'--option count=4 --option resolution=100 --option mode=Gray; echo "exit $?"; '
+            f'sha256sum "{self.pages}"/*.bmp; ls "{self.pages}"', self.environment)
         self.assertIn("exit 1", result.stdout, result.stderr)
         self.assertIn("Image_00001.bmp", result.stdout)
         self.assertNotIn("Image_00003.bmp", result.stdout)

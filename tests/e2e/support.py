@@ -16,6 +16,23 @@ def run(*words, **keywords):
     return subprocess.run([str(w) for w in words], capture_output=True, text=True, check=True, **keywords)
 
 
+def run_on_small_disk(folder, megabytes, script, environment):
+    """The finished shell script, run while `folder` is a file system of that size: mounted by root, by sudo, or
+    in a user namespace of the script's own."""
+    mount = ["mount", "-t", "tmpfs", "-o", f"size={megabytes}m,mode=0777", "tmpfs", str(folder)]
+    finish = {"capture_output": True, "text": True, "env": environment, "timeout": 120}
+    for rights in ([], ["sudo", "-n"]):
+        if rights and shutil.which("sudo") is None:
+            continue
+        if subprocess.run(rights + mount, capture_output=True).returncode == 0:
+            try:
+                return subprocess.run(["sh", "-c", script], **finish)
+            finally:
+                subprocess.run(rights + ["umount", "-l", str(folder)], capture_output=True)
+    words = ["unshare", "--user", "--map-root-user", "--mount", "sh", "-c", '"$@" && eval "$script"', "sh", *mount]
+    return subprocess.run(words, **{**finish, "env": {**environment, "script": script}})
+
+
 class ProgramTest(unittest.TestCase):
     """A fresh home, data and scratch folder for every test; the system's places lie below it too."""
 
