@@ -1,6 +1,7 @@
 #include "output/PageCodecs.h"
 
 #include "platform/JpegCodec.h"
+#include "platform/PngWriter.h"
 
 #include <algorithm>
 #include <cmath>
@@ -21,11 +22,17 @@ std::optional<std::vector<uint8_t>> encodeAsJpeg(const BitmapImageRep& page, Den
                        .verticalDpi = storedDpi(density.verticalDpi)});
 }
 
+std::optional<std::vector<uint8_t>> encodeAsPng(const BitmapImageRep& page, Density density) {
+    return encodePng(
+        page, {.horizontalDpi = density.horizontalDpi, .verticalDpi = density.verticalDpi});
+}
+
 } // namespace
 
 PageCodecs platformCodecs() {
     PageCodecs codecs;
     codecs.jpeg = encodeAsJpeg;
+    codecs.png = encodeAsPng;
     return codecs;
 }
 

@@ -36,6 +36,7 @@ ADAPTERS = {
     r"^unicode/": r"^platform/[A-Za-z]+\.cpp$",
     r"^(jpeglib|jerror|turbojpeg)\.h$": r"^platform/(JpegCodec|JpegErrors)",
     r"^png\.h$": r"^platform/Png[A-Za-z]*\.",
+    r"^libdeflate\.h$": r"^platform/Png[A-Za-z]*\.",
     r"^gif_lib\.h$": r"^platform/Gif[A-Za-z]*\.",
     r"^tiff(io)?\.h$": r"^platform/Tiff[A-Za-z]*\.",
     r"^libexif/": r"^platform/(ImageMetadata|Exif[A-Za-z]*)",
