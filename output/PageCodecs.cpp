@@ -1,7 +1,10 @@
 #include "output/PageCodecs.h"
 
+#include "output/TiffCodecs.h"
 #include "platform/JpegCodec.h"
+#include "platform/PictureReader.h"
 #include "platform/PngWriter.h"
+#include "platform/TiffMetadata.h"
 
 #include <algorithm>
 #include <cmath>
@@ -23,8 +26,18 @@ std::optional<std::vector<uint8_t>> encodeAsJpeg(const BitmapImageRep& page, Den
 }
 
 std::optional<std::vector<uint8_t>> encodeAsPng(const BitmapImageRep& page, Density density) {
-    return encodePng(
-        page, {.horizontalDpi = density.horizontalDpi, .verticalDpi = density.verticalDpi});
+    return encodePng(page,
+                     {.horizontalDpi = density.horizontalDpi, .verticalDpi = density.verticalDpi});
+}
+
+// The file's content decides, not its name.
+bool setMakeAndModel(const std::string& path, const std::string& make, const std::string& model) {
+    switch (pictureKind(path)) {
+    case PictureKind::tiff:
+        return setTiffMakeAndModel(path, make, model);
+    default:
+        return false;
+    }
 }
 
 } // namespace
@@ -33,6 +46,8 @@ PageCodecs platformCodecs() {
     PageCodecs codecs;
     codecs.jpeg = encodeAsJpeg;
     codecs.png = encodeAsPng;
+    addTiffCodecs(codecs);
+    codecs.setMakeAndModel = setMakeAndModel;
     return codecs;
 }
 

@@ -71,7 +71,7 @@ void syncFolderOf(const std::string& path) {
 }
 
 NewFile::NewFile(const std::string& targetPath, unsigned mode) : target_(targetPath) {
-    file_ = openFile(folderOrCurrent(target_), O_WRONLY | O_TMPFILE, mode);
+    file_ = openFile(folderOrCurrent(target_), O_RDWR | O_TMPFILE, mode);
     if (!file_.isOpen())
         openNamed(mode);
 }
@@ -83,7 +83,7 @@ NewFile::NewFile(const std::string& targetPath, Named, unsigned mode) : target_(
 void NewFile::openNamed(unsigned mode) {
     for (unsigned attempt = 0; attempt < 100 && !file_.isOpen(); ++attempt) {
         hiddenPath_ = hiddenName(target_, attempt);
-        file_ = openFile(hiddenPath_, O_WRONLY | O_CREAT | O_EXCL, mode);
+        file_ = openFile(hiddenPath_, O_RDWR | O_CREAT | O_EXCL, mode);
         if (!file_.isOpen() && errno != EEXIST)
             break;
     }

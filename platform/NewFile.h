@@ -21,7 +21,7 @@ public:
     NewFile& operator=(const NewFile&) = delete;
 
     bool isOpen() const { return file_.isOpen(); }
-    int descriptor() const { return file_.number(); }
+    int descriptor() const { return file_.number(); } // open for reading and writing
 
     // Puts the file under the target's name unless that is taken. 0, or the errno.
     [[nodiscard]] int publish();

@@ -12,7 +12,7 @@
 namespace paperline {
 namespace {
 
-enum class Kind { none, pnm, png, jpeg, tiff };
+using Kind = PictureKind;
 
 Kind kindOfContent(std::string_view start) {
     using namespace std::string_view_literals;
@@ -39,11 +39,6 @@ std::vector<uint8_t> startOfFile(const std::string& path, size_t count) {
     const ptrdiff_t filled = readUpTo(file.number(), bytes);
     bytes.resize(filled > 0 ? static_cast<size_t>(filled) : 0);
     return bytes;
-}
-
-Kind kindOfFile(const std::string& path) {
-    const std::vector<uint8_t> start = startOfFile(path, 8);
-    return kindOfContent({reinterpret_cast<const char*>(start.data()), start.size()});
 }
 
 // No file of so many pixels is larger: 16-bit colours in figures need 18 bytes a pixel.
@@ -91,13 +86,18 @@ bool hasHeader(Kind kind, const std::string& path) {
 
 } // namespace
 
+PictureKind pictureKind(const std::string& path) {
+    const std::vector<uint8_t> start = startOfFile(path, 8);
+    return kindOfContent({reinterpret_cast<const char*>(start.data()), start.size()});
+}
+
 bool withinPixels(uint64_t widthPixels, uint64_t heightPixels, uint64_t maximumPixels) {
     return widthPixels > 0 && heightPixels > 0 && heightPixels <= maximumPixels / widthPixels;
 }
 
 std::optional<DecodedImage>
 readPicture(const std::string& path, int pageIndex, uint64_t maximumPixels) {
-    const Kind kind = kindOfFile(path);
+    const Kind kind = pictureKind(path);
     std::optional<DecodedImage> result;
     if (kind == Kind::tiff)
         result = decodeTiffPage(path, pageIndex, maximumPixels);
@@ -110,7 +110,7 @@ readPicture(const std::string& path, int pageIndex, uint64_t maximumPixels) {
 }
 
 int picturePageCount(const std::string& path) {
-    const Kind kind = kindOfFile(path);
+    const Kind kind = pictureKind(path);
     if (kind == Kind::none)
         return 0;
     if (kind == Kind::tiff)

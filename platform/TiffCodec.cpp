@@ -1,37 +1,13 @@
 #include "platform/PictureDecoders.h"
+#include "platform/TiffHandle.h"
 
 #include <algorithm>
 #include <limits>
 #include <memory>
 #include <vector>
 
-#include <tiffio.h>
-
 namespace paperline {
 namespace {
-
-struct TiffCloser {
-    void operator()(TIFF* tiff) const noexcept { TIFFClose(tiff); }
-};
-using TiffHandle = std::unique_ptr<TIFF, TiffCloser>;
-
-// Errors count as damage, and nothing goes to standard error. The library calls back by C linkage
-// rules with a va_list that is left alone.
-extern "C" int noteTiffError(TIFF* /*tiff*/,
-                             void* errorCount,
-                             const char* /*module*/,
-                             const char* /*format*/,
-                             va_list /*arguments*/) {
-    ++*static_cast<int*>(errorCount);
-    return 1;
-}
-extern "C" int ignoreTiffWarning(TIFF* /*tiff*/,
-                                 void* /*unused*/,
-                                 const char* /*module*/,
-                                 const char* /*format*/,
-                                 va_list /*arguments*/) {
-    return 1;
-}
 
 // Enough for the largest strip of a page with so many pixels, sixteen bytes each.
 tmsize_t largestAllocation(uint64_t maximumPixels) {
@@ -39,18 +15,6 @@ tmsize_t largestAllocation(uint64_t maximumPixels) {
     constexpr uint64_t most = std::numeric_limits<tmsize_t>::max();
     return static_cast<tmsize_t>(maximumPixels < (most - other) / 16 ? maximumPixels * 16 + other
                                                                      : most);
-}
-
-TiffHandle openTiff(const std::string& path, uint64_t maximumPixels, int& errorCount) {
-    const std::unique_ptr<TIFFOpenOptions, decltype(&TIFFOpenOptionsFree)> options(
-        TIFFOpenOptionsAlloc(), &TIFFOpenOptionsFree);
-    if (!options)
-        return nullptr;
-    TIFFOpenOptionsSetErrorHandlerExtR(options.get(), noteTiffError, &errorCount);
-    TIFFOpenOptionsSetWarningHandlerExtR(options.get(), ignoreTiffWarning, nullptr);
-    TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), largestAllocation(maximumPixels));
-    // Not mapped: a file that is cut while it is read must not kill the program.
-    return TiffHandle(TIFFOpenExt(path.c_str(), "rm", options.get()));
 }
 
 struct PageTags {
@@ -161,8 +125,8 @@ bool readConverted(TIFF* tiff, const PageTags& tags, BitmapImageRep& page) {
 
 std::optional<DecodedImage>
 decodeTiffPage(const std::string& path, int pageIndex, uint64_t maximumPixels) {
-    int errorCount = 0;
-    const TiffHandle tiff = openTiff(path, maximumPixels, errorCount);
+    TiffErrors errors;
+    const TiffHandle tiff = openTiffFile(path, largestAllocation(maximumPixels), errors);
     constexpr int mostPages = std::numeric_limits<uint16_t>::max();
     if (!tiff || pageIndex < 0 || pageIndex >= mostPages ||
         TIFFSetDirectory(tiff.get(), static_cast<tdir_t>(pageIndex)) == 0)
@@ -179,7 +143,7 @@ decodeTiffPage(const std::string& path, int pageIndex, uint64_t maximumPixels) {
     const bool whole = hasPlainRows(tiff.get(), *tags)
                            ? readPlainRows(tiff.get(), *tags, *result.image)
                            : readConverted(tiff.get(), *tags, *result.image);
-    if (!whole || errorCount > 0)
+    if (!whole || errors.count > 0)
         return std::nullopt;
     result.horizontalDpi = resolutionDpi(tiff.get(), TIFFTAG_XRESOLUTION);
     result.verticalDpi = resolutionDpi(tiff.get(), TIFFTAG_YRESOLUTION);
@@ -187,8 +151,8 @@ decodeTiffPage(const std::string& path, int pageIndex, uint64_t maximumPixels) {
 }
 
 int tiffPageCount(const std::string& path) {
-    int errorCount = 0;
-    const TiffHandle tiff = openTiff(path, 0, errorCount);
+    TiffErrors errors;
+    const TiffHandle tiff = openTiffFile(path, largestAllocation(0), errors);
     return tiff ? static_cast<int>(TIFFNumberOfDirectories(tiff.get())) : 0;
 }
 

@@ -1,0 +1,50 @@
+#include "output/TiffCodecs.h"
+
+#include "platform/TiffJoiner.h"
+#include "platform/TiffWriter.h"
+
+namespace paperline {
+
+namespace {
+
+class TiffPageJoiner : public PageJoiner {
+public:
+    TiffPageJoiner(const std::string& outputPath, TiffJoining joining)
+        : joiner_(outputPath, joining) {}
+
+    bool isOpen() const { return joiner_.isOpen(); }
+    Added add(const std::string& pageFile) override {
+        switch (joiner_.add(pageFile)) {
+        case TiffJoiner::Added::yes:
+            return Added::yes;
+        case TiffJoiner::Added::unreadable:
+            return Added::unreadable;
+        default:
+            return Added::outputFailed;
+        }
+    }
+    bool finish() override { return joiner_.finish(); }
+
+private:
+    TiffJoiner joiner_;
+};
+
+PageCodecs::JoinerFactory joinerFactory(TiffJoining joining) {
+    return [joining](const std::string& outputPath) -> std::unique_ptr<PageJoiner> {
+        auto joiner = std::make_unique<TiffPageJoiner>(outputPath, joining);
+        return joiner->isOpen() ? std::move(joiner) : nullptr;
+    };
+}
+
+} // namespace
+
+void addTiffCodecs(PageCodecs& codecs) {
+    codecs.tiff = [](const BitmapImageRep& page, Density density) {
+        return encodeTiff(
+            page, {.horizontalDpi = density.horizontalDpi, .verticalDpi = density.verticalDpi});
+    };
+    codecs.tiffDeclared300Dpi = joinerFactory(TiffJoining::declared300Dpi);
+    codecs.tiffUnchanged = joinerFactory(TiffJoining::unchanged);
+}
+
+} // namespace paperline
