@@ -32,8 +32,8 @@ std::optional<std::vector<uint8_t>> encodeAsPng(const BitmapImageRep& page, Dens
 
 // The file's content decides, not its name.
 bool setMakeAndModel(const std::string& path, const std::string& make, const std::string& model) {
-    switch (pictureKind(path)) {
-    case PictureKind::tiff:
+    switch (pictureFormat(path)) {
+    case PictureFormat::tiff:
         return setTiffMakeAndModel(path, make, model);
     default:
         return false;

@@ -12,7 +12,7 @@
 namespace paperline {
 namespace {
 
-using Kind = PictureKind;
+using Kind = PictureFormat;
 
 Kind kindOfContent(std::string_view start) {
     using namespace std::string_view_literals;
@@ -86,7 +86,7 @@ bool hasHeader(Kind kind, const std::string& path) {
 
 } // namespace
 
-PictureKind pictureKind(const std::string& path) {
+PictureFormat pictureFormat(const std::string& path) {
     const std::vector<uint8_t> start = startOfFile(path, 8);
     return kindOfContent({reinterpret_cast<const char*>(start.data()), start.size()});
 }
@@ -97,7 +97,7 @@ bool withinPixels(uint64_t widthPixels, uint64_t heightPixels, uint64_t maximumP
 
 std::optional<DecodedImage>
 readPicture(const std::string& path, int pageIndex, uint64_t maximumPixels) {
-    const Kind kind = pictureKind(path);
+    const Kind kind = pictureFormat(path);
     std::optional<DecodedImage> result;
     if (kind == Kind::tiff)
         result = decodeTiffPage(path, pageIndex, maximumPixels);
@@ -110,7 +110,7 @@ readPicture(const std::string& path, int pageIndex, uint64_t maximumPixels) {
 }
 
 int picturePageCount(const std::string& path) {
-    const Kind kind = pictureKind(path);
+    const Kind kind = pictureFormat(path);
     if (kind == Kind::none)
         return 0;
     if (kind == Kind::tiff)

@@ -10,10 +10,10 @@
 
 namespace paperline {
 
-enum class PictureKind { none, pnm, png, jpeg, tiff };
+enum class PictureFormat { none, pnm, png, jpeg, tiff };
 
 // By the file's first bytes; none when it is no regular file or cannot be read.
-PictureKind pictureKind(const std::string& path);
+PictureFormat pictureFormat(const std::string& path);
 
 // Every page of the file as 1, 8 or 24 bits (one page unless it is a TIFF): 16-bit samples are
 // reduced, palettes and alpha resolved on white, one-bit pages have 0 as black. Nothing when the
