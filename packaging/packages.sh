@@ -8,7 +8,7 @@ build_packages="
 "
 
 # What the program needs to show its window and reach scanners.
-run_packages="libsane1 fonts-dejavu-core qt6-qpa-plugins"
+run_packages="libsane1 fonts-dejavu-core qt6-qpa-plugins qt6-translations-l10n"
 
 # What drives and photographs a window on a display of its own.
 picture_packages="xvfb dbus at-spi2-core python3-pyatspi xdotool imagemagick fonts-noto-cjk"
