@@ -196,7 +196,7 @@ void giveUpOnHungSource() {
                                          .timeZone = {}},
                                         keptPagesNamePattern);
     const KeptPages kept = keepPages(scratchPath(stagingFolderName),
-                                     appendPathComponent(userDataFolder(), keptPagesFolder),
+                                     appendPathComponent(userDataFolder(), keptPagesFolderName),
                                      name);
     if (kept.moved > 0)
         systemLog("paperline: pages that are in no file yet are kept in " + kept.folder);

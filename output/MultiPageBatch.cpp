@@ -107,7 +107,7 @@ bool joinTiff(AppDelegate& controller) {
 void AppDelegate::keepStagedPages() {
     TraceScope trace("keepStagedPages");
     KeptPages kept = keepPages(scratchPath(stagingFolderName),
-                               appendPathComponent(userDataFolder(), keptPagesFolder),
+                               appendPathComponent(userDataFolder(), keptPagesFolderName),
                                folderNameForNow());
     if (!kept.folder.empty())
         keptPagesFolder = std::move(kept.folder);

@@ -7,7 +7,7 @@
 namespace paperline {
 
 // Below the user's data folder; inside it a folder for each time, named by this date pattern.
-inline constexpr const char* keptPagesFolder = "Kept Pages";
+inline constexpr const char* keptPagesFolderName = "Kept Pages";
 inline constexpr const char* keptPagesNamePattern = "yyyy-MM-dd HH.mm.ss";
 
 struct KeptPages {

@@ -146,22 +146,24 @@ TEST_F(SessionTraceTest, TellsOfThePagesWriter) {
     controller->profileFileformatSelect = 0;
     takeTrace();
     scanAtOnce();
-    EXPECT_THAT(takeTrace(),
-                IsSupersetOf({"In  1: saveXferDatatoMedia",
-                              "FILEFORMAT_BMP In 1: saveXferDatatoMedia", // without a blank
-                              "    1: saveXferDatatoMedia : " + savedPath(1),
-                              "In  1: saveAsBMPWithName",
-                              "In  1: checkFreeDiskSpace",
-                              "writebmp in 1: saveAsBMPWithName",
-                              "writebmp out 1: saveAsBMPWithName",
-                              "FILEFORMAT_BMP Out 1: saveXferDatatoMedia",
-                              "add to ImageFilePath 1: saveXferDatatoMedia"}));
+    EXPECT_THAT(
+        takeTrace(),
+        IsSupersetOf<std::string>({"In  1: saveXferDatatoMedia",
+                                   "FILEFORMAT_BMP In 1: saveXferDatatoMedia", // without a blank
+                                   "    1: saveXferDatatoMedia : " + savedPath(1),
+                                   "In  1: saveAsBMPWithName",
+                                   "In  1: checkFreeDiskSpace",
+                                   "writebmp in 1: saveAsBMPWithName",
+                                   "writebmp out 1: saveAsBMPWithName",
+                                   "FILEFORMAT_BMP Out 1: saveXferDatatoMedia",
+                                   "add to ImageFilePath 1: saveXferDatatoMedia"}));
     controller->profileFileformatSelect = 1;
     scanAtOnce();
-    EXPECT_THAT(takeTrace(),
-                IsSupersetOf({"FILEFORMAT_JPG In  1: saveXferDatatoMedia", // with a blank
-                              "    1: saveXferDatatoMedia : " + savedPath(2, "jpg"),
-                              "FILEFORMAT_JPG Out 1: saveXferDatatoMedia"}));
+    EXPECT_THAT(
+        takeTrace(),
+        IsSupersetOf<std::string>({"FILEFORMAT_JPG In  1: saveXferDatatoMedia", // with a blank
+                                   "    1: saveXferDatatoMedia : " + savedPath(2, "jpg"),
+                                   "FILEFORMAT_JPG Out 1: saveXferDatatoMedia"}));
     controller->mMenuFileSave = 0;
     scanAtOnce();
     EXPECT_THAT(takeTrace(), Contains("mMenuFileSave = 0 1: saveXferDatatoMedia"));
