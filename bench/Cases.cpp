@@ -4,7 +4,7 @@ namespace paperline::bench {
 
 std::vector<BenchCase> allCases() {
     std::vector<BenchCase> all;
-    for (const auto& casesOf : {jpegCases})
+    for (const auto& casesOf : {jpegCases, gifCases})
         for (BenchCase& each : casesOf())
             all.push_back(std::move(each));
     return all;

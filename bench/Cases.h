@@ -30,6 +30,7 @@ struct BenchWork {
 std::vector<BenchCase> allCases();
 std::vector<BenchWork> allWorks();
 
+std::vector<BenchCase> gifCases();
 std::vector<BenchCase> jpegCases();
 
 } // namespace paperline::bench

@@ -1,6 +1,7 @@
 #include "output/PageCodecs.h"
 
 #include "output/TiffCodecs.h"
+#include "platform/GifCodec.h"
 #include "platform/JpegCodec.h"
 #include "platform/PictureReader.h"
 #include "platform/PngWriter.h"
@@ -40,6 +41,11 @@ bool setMakeAndModel(const std::string& path, const std::string& make, const std
     }
 }
 
+// The format has no place for a resolution.
+std::optional<std::vector<uint8_t>> encodeAsGif(const BitmapImageRep& page, Density /*density*/) {
+    return encodeGif(page);
+}
+
 } // namespace
 
 PageCodecs platformCodecs() {
@@ -48,6 +54,7 @@ PageCodecs platformCodecs() {
     codecs.png = encodeAsPng;
     addTiffCodecs(codecs);
     codecs.setMakeAndModel = setMakeAndModel;
+    codecs.gif = encodeAsGif;
     return codecs;
 }
 
