@@ -213,15 +213,24 @@ TEST(ColourPalette, GivesSeparateColoursTheirMeans) {
     EXPECT_EQ(palette, (Palette{{10, 100, 30}, {250, 100, 30}}));
 }
 
+Bytes greys(std::initializer_list<uint8_t> levels) {
+    Bytes row;
+    for (const uint8_t level : levels)
+        row.insert(row.end(), 3, level);
+    return row;
+}
+
+// Levels from 128 on become white; each pixel here lies as near to that as a changed weight shows.
 TEST(ErrorDiffusion, HandsOnWhatAPixelMisses) {
-    // 100 lies nearer to black; its 100 go to the right (7/16), then to the rows below.
     ErrorDiffusion diffusion({{0, 0, 0}, {255, 255, 255}}, 2);
     Bytes indices(2);
-    const Bytes grey(6, 100);
-    diffusion.mapRow(grey, indices);
-    EXPECT_EQ(indices, (Bytes{0, 1})); // 100, then 100 + 44
-    diffusion.mapRow(grey, indices);
-    EXPECT_EQ(indices, (Bytes{0, 0})); // 100 + 31 - 21, then 100 + 48 - 35 + 6
+    // 100 misses 100; 85 + 44 (7/16) = 129 misses -126.
+    diffusion.mapRow(greys({100, 85}), indices);
+    EXPECT_EQ(indices, (Bytes{0, 1}));
+    // 120 + (5 x 100 - 3 x 126) / 16 = 128 misses -127;
+    // 217 + (-7 x 127 - 5 x 126 + 100) / 16 = 128.
+    diffusion.mapRow(greys({120, 217}), indices);
+    EXPECT_EQ(indices, (Bytes{1, 1}));
 }
 
 } // namespace
