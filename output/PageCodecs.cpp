@@ -1,5 +1,6 @@
 #include "output/PageCodecs.h"
 
+#include "output/PdfCodecs.h"
 #include "output/TiffCodecs.h"
 #include "platform/GifCodec.h"
 #include "platform/JpegCodec.h"
@@ -55,6 +56,7 @@ PageCodecs platformCodecs() {
     addTiffCodecs(codecs);
     codecs.setMakeAndModel = setMakeAndModel;
     codecs.gif = encodeAsGif;
+    addPdfCodecs(codecs);
     return codecs;
 }
 
