@@ -6,9 +6,11 @@
 #include "platform/PdfDocument.h"
 #include "platform/PictureReader.h"
 
+#include <array>
 #include <fcntl.h>
 #include <span>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <utility>
 
 namespace paperline {
@@ -91,13 +93,27 @@ std::optional<DecodedImage> decode(const std::string& path) {
     return readPicture(path, 0, maximumPicturePixels);
 }
 
+// What was cut off has no mark at its end. Some whole files have bytes behind it.
+bool hasEndMark(const std::string& path) {
+    const Descriptor file = openPicture(path);
+    std::array<uint8_t, 2> end{};
+    return file.isOpen() &&
+           ::lseek(file.number(), -static_cast<off_t>(end.size()), SEEK_END) >= 0 &&
+           readUpTo(file.number(), end) == static_cast<ptrdiff_t>(end.size()) && end[0] == 0xFF &&
+           end[1] == 0xD9;
+}
+
 // JPEG as it is where every reader has its kind; anything else as the pixels it holds.
 std::optional<Picture> inspect(const std::string& path) {
-    if (const std::optional<JpegHeader> header = jpegHeaderOf(path); header && header->isCommon)
+    const std::optional<JpegHeader> header = jpegHeaderOf(path);
+    const bool isCommonJpeg = header && header->isCommon;
+    if (isCommonJpeg && hasEndMark(path))
         return jpegPicture(*header);
     const std::optional<DecodedImage> decoded = decode(path);
     if (!decoded || !decoded->image)
         return std::nullopt;
+    if (isCommonJpeg)
+        return jpegPicture(*header);
     Picture picture;
     picture.image = imageOf(*decoded->image);
     picture.pagePoints = pagePointsOf(decoded->image->pixelsWide(),

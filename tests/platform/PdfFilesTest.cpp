@@ -1,8 +1,8 @@
 #include "platform/PdfFiles.h"
 
+#include "PictureFiles.h"
+#include "TestFolder.h"
 #include "platform/JpegCodec.h"
-#include "tests/platform/PictureFiles.h"
-#include "tests/platform/TestFolder.h"
 
 #include <algorithm>
 #include <filesystem>
