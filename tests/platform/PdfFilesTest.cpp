@@ -147,7 +147,7 @@ TEST_F(PdfFiles, TakesThePixelsOfOtherPictures) {
     const std::string colour = "P6 2 2 255\nabcdefghijkl";
     const std::string path = joined("a.pdf", {picture("1.pbm", bitmap), picture("2.ppm", colour)});
     const std::string file = unpacked(path);
-    EXPECT_TRUE(contains(file, "/BitsPerComponent 1\n"));
+    EXPECT_TRUE(contains(file, "/BitsPerComponent 1 "));
     EXPECT_TRUE(contains(file, "stream\n\xA5\xF0\x0F\xCC")) << "zero is black here";
     EXPECT_TRUE(contains(file, "stream\nabcdefghijkl"));
     EXPECT_TRUE(isSound(path));
@@ -324,7 +324,7 @@ TEST_F(PdfFiles, MakesADocumentOfAnImage) {
         const std::string file = unpacked(path);
         const auto pixels = image->bitmapData();
         EXPECT_TRUE(contains(file, "stream\n" + std::string(pixels.begin(), pixels.end()))) << bits;
-        EXPECT_TRUE(contains(file, bits == 1 ? "/BitsPerComponent 1\n" : "/BitsPerComponent 8\n"));
+        EXPECT_TRUE(contains(file, bits == 1 ? "/BitsPerComponent 1 " : "/BitsPerComponent 8 "));
         EXPECT_TRUE(contains(file, bits == 24 ? "/DeviceRGB" : "/DeviceGray")) << bits;
         const auto source = PdfPageSource::open(path);
         ASSERT_TRUE(source) << bits;
