@@ -18,7 +18,7 @@ test_packages="
     libgtest-dev libgmock-dev libbenchmark-dev git
     $picture_packages xauth x11-utils
     sane-utils netpbm libjpeg-turbo-progs libtiff-tools qpdf poppler-utils pngcheck
-    libimage-exiftool-perl giflib-tools jpeginfo img2pdf
+    libimage-exiftool-perl giflib-tools jpeginfo img2pdf locales
 "
 
 # install_missing PACKAGE...: asks the package system only for what is not there.

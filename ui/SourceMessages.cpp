@@ -37,10 +37,12 @@ const char* keyOf(uint16_t conditionCode, const char* otherwise) {
 
 void showFailure(const SourceFailure& failure, const char* otherwise) {
     const DelayedMessagesHold hold;
-    const char* key = keyOf(failure.conditionCode, otherwise);
+    const std::string message =
+        localizedString(gLanguageBundle, keyOf(failure.conditionCode, otherwise));
+    // A source that speaks our language may say the very same.
     runAlertPanel({.title = " ",
-                   .message = localizedString(gLanguageBundle, key),
-                   .informativeText = failure.text,
+                   .message = message,
+                   .informativeText = failure.text == message ? std::string() : failure.text,
                    .defaultButton = ""});
 }
 

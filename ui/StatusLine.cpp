@@ -4,6 +4,7 @@
 
 #include "platform/Files.h"
 #include "platform/MainLoop.h"
+#include "ui/BidirectionalText.h"
 #include "ui/MainWindow.h"
 
 namespace paperline {
@@ -11,7 +12,7 @@ namespace {
 
 QString filledIn(const std::string& text, const std::string& marker, const std::string& value) {
     return QString::fromStdString(text).replace(QString::fromStdString(marker),
-                                                QString::fromStdString(value));
+                                                isolatedInSentence(QString::fromStdString(value)));
 }
 
 } // namespace

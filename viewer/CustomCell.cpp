@@ -186,8 +186,10 @@ void CustomCell::drawInteriorWithFrame(QPainter& painter,
     const bool highlighted = (option.state & QStyle::State_Selected) != 0;
     painter.setPen(captionColour(highlighted, background));
     painter.setFont(option.font);
+    // File names and sizes read from left to right in every interface language.
     painter.drawText(toQt(captionRect),
-                     Qt::AlignLeft | Qt::AlignAbsolute | Qt::AlignTop | Qt::TextSingleLine,
+                     Qt::AlignLeft | Qt::AlignAbsolute | Qt::AlignTop | Qt::TextSingleLine |
+                         Qt::TextForceLeftToRight,
                      QString::fromStdString(subtitle_));
 }
 

@@ -1,5 +1,6 @@
 #include "sources/framework/DataSource.h"
 
+#include "sources/framework/SourceLanguage.h"
 #include "sources/framework/StatusCodes.h"
 
 #include <algorithm>
@@ -95,18 +96,26 @@ uint16_t DataSource::entry(abi::Identity* origin, const Triplet& triplet, void* 
 }
 
 uint16_t DataSource::fail(uint16_t conditionCode) {
-    conditionCode_ = conditionCode;
+    conditionCode_ = failedCondition_ = conditionCode;
     errorText_ = conditionText(conditionCode);
     return TWRC_FAILURE;
 }
 
 uint16_t DataSource::fail(ScanStatus status) {
     const TwainResult result = twainResult(status);
-    conditionCode_ = result.conditionCode;
+    conditionCode_ = failedCondition_ = result.conditionCode;
     errorText_ = feed_->errorText();
     if (errorText_.empty())
         errorText_ = conditionText(result.conditionCode);
     return result.returnCode;
+}
+
+// In the language that the application left in the bundle; asked for each time, because the person
+// may change it while the source is open.
+std::string DataSource::failureText() const {
+    const int32_t language = languageOfBundle(configuration_.bundlePath);
+    const char* localized = localizedConditionText(language, failedCondition_);
+    return localized != nullptr ? localized : errorText_;
 }
 
 uint16_t DataSource::identityTriplet(abi::Identity* origin, uint16_t message, void* data) {
@@ -202,13 +211,14 @@ uint16_t DataSource::statusUtf8Triplet(uint16_t message, void* data) {
     if (message != MSG_GET)
         return fail(TWCC_BADPROTOCOL);
     auto& status = *static_cast<abi::StatusUtf8*>(data);
-    const auto size = static_cast<uint32_t>(errorText_.size() + 1);
+    const std::string text = failureText();
+    const auto size = static_cast<uint32_t>(text.size() + 1);
     status.Size = 0;
     status.UTF8string = manager_.allocate(size);
     const LockedHandle locked(manager_, status.UTF8string);
     if (locked.bytes() == nullptr)
         return fail(TWCC_LOWMEMORY);
-    std::memcpy(locked.bytes(), errorText_.c_str(), size);
+    std::memcpy(locked.bytes(), text.c_str(), size);
     status.Size = size;
     return TWRC_SUCCESS;
 }

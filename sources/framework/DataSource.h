@@ -44,6 +44,7 @@ private:
     enum class State { loaded = 3, open = 4, enabled = 5, transferReady = 6, transferring = 7 };
     bool stateIs(State first, State last) const { return state_ >= first && state_ <= last; }
     uint16_t fail(ScanStatus status);
+    std::string failureText() const;
 
     // DataSource.cpp
     uint16_t identityTriplet(twain::abi::Identity* origin, uint16_t message, void* data);
@@ -94,8 +95,9 @@ private:
     twain::abi::Identity identity_;
     twain::abi::Identity application_{};
     uint16_t conditionCode_ = twain::TWCC_SUCCESS;
-    std::string errorText_;
-    bool readyNotDelivered_ = false; // DAT_EVENT has to say that a page is ready
+    uint16_t failedCondition_ = twain::TWCC_SUCCESS; // the last one, whoever has read it
+    std::string errorText_;                          // its own words, English
+    bool readyNotDelivered_ = false;                 // DAT_EVENT has to say that a page is ready
 
     PageFormat page_;
     int32_t rowsSent_ = 0;
