@@ -225,6 +225,20 @@ TEST_F(CommandsTest, StatusSaysThatTheProgramIsReadyBusyOrNotSaving) {
     EXPECT_TRUE(said("Pages are shown only, not saved"));
 }
 
+TEST_F(CommandsTest, NumbersAndFileNamesKeepTheirOrderInsideArabic) {
+    AppDelegate& made = start(7, 26);
+    const auto said = [&](const QString& text) {
+        for (const QLabel* label : made.paperlineWindow->findChildren<QLabel*>())
+            if (label->text() == text)
+                return true;
+        return false;
+    };
+    made.showScanningStatus(3);
+    EXPECT_TRUE(said(u"جارٍ مسح الصفحة \u20663\u2069…"_qs));
+    made.showSavingStatus("/home/kai/Documents/Image_00003.jpg");
+    EXPECT_TRUE(said(u"جارٍ حفظ \u2066Image_00003.jpg\u2069…"_qs));
+}
+
 TEST_F(CommandsTest, TheEmptyPageAreaGivesWayToPagesAndTheyAreCounted) {
     AppDelegate& made = start();
     const auto emptyTitle = [&]() -> QLabel* {
