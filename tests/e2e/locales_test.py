@@ -3,7 +3,6 @@ in all of them, its language is the locale's."""
 import os
 import pathlib
 import plistlib
-import re
 import shutil
 import signal
 import subprocess
@@ -22,7 +21,7 @@ LOCALES = {
     "ar_AE.UTF-8": (26, "."),  # digits of its own, the week starts on Saturday
     "zh_TW.UTF-8": (1, "."),
 }
-FORMATS = ("jpg", "tif", "bmp", "png", "gif")
+FORMATS = ("bmp", "jpg")
 TURKISH_PAPER_JAM = "Tarayıcıda kâğıt sıkıştı. Sıkışan kâğıdı çıkarıp kalan sayfaları yeniden tarayın."
 TURKISH = 25
 
@@ -77,15 +76,6 @@ class Locales(ProgramTest):
         for name in FORMATS:
             self.assertEqual((len(pages[name]), len(descriptions[name])), (1, 1), name)
 
-    def test_documents_do_not_depend_on_the_locale(self):
-        facts = set()
-        for locale in LOCALES:
-            path, = self.scanned("--format", "pdf", "--name", locale, **self.settings_of(locale),
-                                 options=["count=1", "resolution=75", "width=105.5", "height=148.25"])
-            run("qpdf", "--check", path)
-            facts.add(re.search(r"Page size: .*", run("pdfinfo", path).stdout)[0])
-        self.assertEqual(len(facts), 1, facts)
-
     def test_names_have_plain_digits_and_english_months(self):
         months = "JAN|FEB|MAR|APR|MAY|JUN|JUL|AUG|SEP|OCT|NOV|DEC"
         for locale in LOCALES:
@@ -96,7 +86,7 @@ class Locales(ProgramTest):
 
     def test_the_window_speaks_the_locales_language_and_gives_the_source_back_its_own(self):
         place = self.own_program()
-        program = place / "Paperline.app/Contents/MacOS/paperline"
+        program = place / "Paperline.app/Contents/MACOS/paperline"
         source_file = place / "TWAIN Data Sources/Software Scanner.ds/Versions/A/cvscan.plist"
         for locale, (language, _) in LOCALES.items():
             with self.subTest(locale):
@@ -142,7 +132,7 @@ class Locales(ProgramTest):
 
     def test_the_source_speaks_the_language_that_is_written_for_it(self):
         place = self.own_program()
-        support.PROGRAM, built = str(place / "Paperline.app/Contents/MacOS/paperline"), support.PROGRAM
+        support.PROGRAM, built = str(place / "Paperline.app/Contents/MACOS/paperline"), support.PROGRAM
         self.addCleanup(setattr, support, "PROGRAM", built)
         source_file = place / "TWAIN Data Sources/Software Scanner.ds/Versions/A/cvscan.plist"
         source_file.write_bytes(plistlib.dumps({"Default": {"Language": TURKISH}}))
