@@ -24,6 +24,7 @@ namespace {
 // Systems from this minor version on show a plain message instead of the standard panel.
 constexpr int firstMinorVersionWithMessage = 14;
 constexpr int panelIconSizePoints = 128;
+constexpr int panelMarginPoints = 24;
 
 std::string bundleVersion(const std::string& bundle) {
     const PropertyListFile info = readPropertyList(bundle + "/Contents/Info.plist");
@@ -41,6 +42,8 @@ void showStandardPanel(QWidget* parent, const QIcon& icon, const PanelTexts& tex
     QDialog panel(parent);
     panel.setWindowTitle(QString::fromStdString(texts.name));
     QVBoxLayout layout(&panel);
+    layout.setContentsMargins(
+        panelMarginPoints, panelMarginPoints, panelMarginPoints, panelMarginPoints);
     const auto addLabel = [&layout, &panel](const QString& text) {
         auto* label = new QLabel(text, &panel);
         label->setAlignment(Qt::AlignCenter);

@@ -11,7 +11,7 @@ session.enter()
 import unittest  # noqa: E402
 
 from driver import Heartbeat, wait  # noqa: E402
-from window_support import FORMATS, Rgb, WindowTest, strings_of  # noqa: E402
+from window_support import FORMATS, WindowTest  # noqa: E402
 
 LONGEST_STANDSTILL = 1.0  # seconds without an answer
 GIANT = 100_000
@@ -131,20 +131,6 @@ class PageFiles(WindowTest):
         program.select_row(table, 0)
         self.assertEqual(program.picture(place=place), before)
         self.assertTrue(program.running)
-
-    def test_a_page_that_cannot_be_listed_is_told_once_and_left_out(self):
-        program = self.started()
-        # Whoever holds the name of the scratch picture makes every thumbnail fail.
-        (self.home.folder / "scratch/tmp/1.jpg").mkdir(parents=True)
-        (self.home.folder / "scratch/tmp/1.jpg/x").write_text("x")
-        program.click(program.find(role="push button", name="Scan"))
-        alert = program.window("alert", "the message shows")
-        self.assertIn(strings_of(self.tree, "en")["NoDisplayImage"], [c.name for c in alert.walk()])
-        program.focus_window("alert")
-        program.key("Return")
-        self.wait_idle(program)
-        self.assertEqual(program.find(role="table").rows, 0)
-        self.assertEqual(len(self.files()), 2)
 
 
 class LanguageFolders(WindowTest):
