@@ -12,6 +12,9 @@
 
 #include <QComboBox>
 
+#include <cstdlib>
+#include <filesystem>
+
 namespace paperline::test {
 namespace {
 
@@ -24,12 +27,13 @@ protected:
         removePath(traceFolder_);
         writeTextFile(traceFolder_ + "/Debug.conf", "DebugLevel 1\n");
         dsm.intercept = [this](const Triplet& triplet, TW_MEMREF) {
-            calls_.emplace_back(traceLength(), nameOf(triplet));
+            noteCall(triplet);
             return std::optional<uint16_t>();
         };
     }
     ~GoldenTraceTest() override {
         dsm.intercept = nullptr;
+        setDsmCallObserver({});
         controller.reset(); // its views trace while they go
         gOutputLog = nullptr;
         removePath(traceFolder_);
@@ -52,6 +56,20 @@ protected:
         return goldenText(
             merged, {{folder, "{test}"}, {userDataFolder(), "{data}"}, {scratchRoot(), "/tmp"}});
     }
+    // From here on calls go to the manager of this build, which finds the software scanner.
+    void useRealManager() {
+        namespace fs = std::filesystem;
+        for (const char* part : {"/Contents/Frameworks", "/Contents/Helpers"})
+            fs::create_directory_symlink(std::string(PAPERLINE_TEST_BUNDLE) + part, bundle + part);
+        fs::copy(
+            PAPERLINE_TEST_SOURCES, folder + "/TWAIN Data Sources", fs::copy_options::recursive);
+        setDsmEntry({});
+        setDsmCallObserver({.willCall =
+                                [this](TW_UINT32 group, TW_UINT16 type, TW_UINT16 message) {
+                                    noteCall({group, type, message});
+                                },
+                            .didCall = {}});
+    }
     void scanInFormat(int32_t format) {
         controller->profileFileformatSelect = format;
         takeTrace();
@@ -65,6 +83,7 @@ protected:
     }
 
 private:
+    void noteCall(const Triplet& triplet) { calls_.emplace_back(traceLength(), nameOf(triplet)); }
     size_t traceLength() const { return fileExists(traceFile_) ? readTrace(traceFile_).size() : 0; }
     std::string traceFolder_ = systemPlace("/tmp/DrvLog");
     std::string traceFile_ = traceFolder_ + "/CorvanePaperlineLog.txt";
@@ -98,6 +117,49 @@ TEST_F(GoldenTraceTest, ScanToJpeg) {
     ASSERT_TRUE(launch());
     scanInFormat(formatJpeg);
     expectGolden("scan-jpeg", takeTrace());
+}
+
+TEST_F(GoldenTraceTest, ScanToMultiPageTiff) {
+    addScanner("Scanner One", 3);
+    ASSERT_TRUE(launch());
+    scanInFormat(formatMultiPageTiff);
+    expectGolden("scan-multi-page-tiff", takeTrace());
+}
+
+TEST_F(GoldenTraceTest, ScanToMultiPagePdf) {
+    addScanner("Scanner One", 3);
+    ASSERT_TRUE(launch());
+    scanInFormat(formatMultiPagePdf);
+    expectGolden("scan-multi-page-pdf", takeTrace());
+}
+
+TEST_F(GoldenTraceTest, ScanToGif) {
+    addScanner("Scanner One", 1);
+    ASSERT_TRUE(launch());
+    scanInFormat(formatGif);
+    expectGolden("scan-gif", takeTrace());
+}
+
+TEST_F(GoldenTraceTest, ScanToBmpAndToTheListAlone) {
+    addScanner("Scanner One", 1);
+    ASSERT_TRUE(launch());
+    scanInFormat(formatBmp);
+    expectGolden("scan-bmp", takeTrace());
+    controller->mMenuFileSave = 0;
+    scanInFormat(formatBmp);
+    expectGolden("scan-not-saved", takeTrace());
+}
+
+TEST_F(GoldenTraceTest, ScanThroughTheRealManager) {
+    useRealManager();
+    setenv("PAPERLINE_SOURCE_OPTIONS", "resolution=50\nmode=Gray\ncount=2", 1);
+    ASSERT_TRUE(launch());
+    expectGolden("start-real-manager", takeTrace());
+    scanInFormat(formatPng);
+    expectGolden("scan-real-manager", takeTrace());
+    closeAndEnd();
+    expectGolden("end-real-manager", takeTrace());
+    unsetenv("PAPERLINE_SOURCE_OPTIONS");
 }
 
 TEST_F(GoldenTraceTest, SetupAcceptedAndCancelled) {

@@ -82,6 +82,7 @@ std::string nameOf(const Triplet& triplet) {
         {twain::DAT_PARENT, "PARENT"},
         {twain::DAT_USERINTERFACE, "USERINTERFACE"},
         {twain::DAT_CALLBACK, "CALLBACK"},
+        {twain::DAT_ENTRYPOINT, "ENTRYPOINT"},
         {twain::DAT_PENDINGXFERS, "PENDINGXFERS"},
         {twain::DAT_SETUPMEMXFER, "SETUPMEMXFER"},
         {twain::DAT_SETUPFILEXFER, "SETUPFILEXFER"},
