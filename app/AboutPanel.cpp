@@ -14,6 +14,7 @@
 #include <QIcon>
 #include <QLabel>
 #include <QMainWindow>
+#include <QPushButton>
 #include <QVBoxLayout>
 
 #include <cstdlib>
@@ -25,6 +26,8 @@ namespace {
 constexpr int firstMinorVersionWithMessage = 14;
 constexpr int panelIconSizePoints = 128;
 constexpr int panelMarginPoints = 24;
+constexpr int lineSpacePoints = 8;
+constexpr int groupSpacePoints = 16;
 
 std::string bundleVersion(const std::string& bundle) {
     const PropertyListFile info = readPropertyList(bundle + "/Contents/Info.plist");
@@ -44,6 +47,7 @@ void showStandardPanel(QWidget* parent, const QIcon& icon, const PanelTexts& tex
     QVBoxLayout layout(&panel);
     layout.setContentsMargins(
         panelMarginPoints, panelMarginPoints, panelMarginPoints, panelMarginPoints);
+    layout.setSpacing(lineSpacePoints);
     const auto addLabel = [&layout, &panel](const QString& text) {
         auto* label = new QLabel(text, &panel);
         label->setAlignment(Qt::AlignCenter);
@@ -51,13 +55,17 @@ void showStandardPanel(QWidget* parent, const QIcon& icon, const PanelTexts& tex
         return label;
     };
     addLabel({})->setPixmap(icon.pixmap(panelIconSizePoints, panelIconSizePoints));
+    layout.addSpacing(groupSpacePoints - lineSpacePoints);
     QLabel* heading = addLabel(QString::fromStdString(texts.name));
     QFont bold = heading->font();
     bold.setBold(true);
     heading->setFont(bold);
     addLabel(QString::fromStdString(texts.version));
     addLabel(QString::fromStdString(texts.copyright));
+    layout.addSpacing(groupSpacePoints - lineSpacePoints);
     QDialogButtonBox buttons(QDialogButtonBox::Close, &panel);
+    buttons.setCenterButtons(true);
+    buttons.button(QDialogButtonBox::Close)->setIcon({}); // the word says it
     QObject::connect(&buttons, &QDialogButtonBox::rejected, &panel, &QDialog::reject);
     layout.addWidget(&buttons);
     const DelayedMessagesHold hold;

@@ -11,7 +11,8 @@ namespace paperline {
 namespace {
 
 constexpr int pictureSide = 96;
-constexpr int hintWidth = 380;
+constexpr int widestHint = 440;
+constexpr int narrowestHint = 160;
 constexpr double titleScale = 1.4;
 
 } // namespace
@@ -25,7 +26,6 @@ EmptyState::EmptyState(const QIcon& picture, QWidget* covered)
     title_->setAlignment(Qt::AlignCenter);
     hint_->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
     hint_->setWordWrap(true);
-    hint_->setFixedWidth(hintWidth);
 
     auto* column = new QVBoxLayout(this);
     column->setSpacing(8);
@@ -64,9 +64,14 @@ void EmptyState::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
 }
 
-// A centred label is not asked for the height of its wrapped lines.
+// As few lines as possible, and those of about the same length. A centred label is not asked for
+// the height of its wrapped lines, so it gets that too.
 void EmptyState::fitHint() {
-    hint_->setFixedHeight(std::max(0, hint_->heightForWidth(hintWidth)));
+    const int height = std::max(0, hint_->heightForWidth(widestHint));
+    int width = widestHint;
+    while (width > narrowestHint && hint_->heightForWidth(width - 1) <= height)
+        --width;
+    hint_->setFixedSize(width, height);
 }
 
 void EmptyState::fitFonts() {

@@ -132,10 +132,14 @@ void styleScanButton(const InterfaceOutlets& outlets) {
     const QColor ground = readableBackground(colours.color(QPalette::Highlight), text);
     const QColor pressed = readableBackground(ground.darker(115), text);
     const QColor disabledText = colours.color(QPalette::Disabled, QPalette::WindowText);
+    // The button reserves room behind its text already; together both ends look the same.
+    constexpr int besideIcon = 9;
+    constexpr int besideText = 3;
+    const bool fromLeft = button->layoutDirection() == Qt::LeftToRight;
     button->setStyleSheet(
         QStringLiteral(
             "QToolButton { background: %1; color: %2; border: 2px solid %1; border-radius: 6px;"
-            " padding: 0px 8px 0px 4px; }"
+            " padding: 0px %6px 0px %7px; }"
             "QToolButton:hover, QToolButton:pressed { background: %3; border-color: %3; }"
             "QToolButton:focus { border-color: %2; }"
             "QToolButton:disabled { background: transparent; color: %4; border-color: %5; }")
@@ -143,7 +147,9 @@ void styleScanButton(const InterfaceOutlets& outlets) {
                  rgb(text),
                  rgb(pressed),
                  rgb(disabledText),
-                 rgb(colours.color(QPalette::Mid))));
+                 rgb(colours.color(QPalette::Mid)))
+            .arg(fromLeft ? besideText : besideIcon)
+            .arg(fromLeft ? besideIcon : besideText));
 }
 
 } // namespace paperline

@@ -235,8 +235,11 @@ void MainWindow::closeEvent(QCloseEvent* event) {
 void MainWindow::changeEvent(QEvent* event) {
     if (event->type() == QEvent::PaletteChange && outlets_.paperlineToolbar_Scan != nullptr)
         styleScanButton(outlets_);
-    if (event->type() == QEvent::LayoutDirectionChange && outlets_.paperlineToolbar != nullptr)
+    if (event->type() == QEvent::LayoutDirectionChange &&
+        outlets_.paperlineToolbar_Scan != nullptr) {
         evenToolbarEnds(outlets_.paperlineToolbar);
+        styleScanButton(outlets_);
+    }
     QMainWindow::changeEvent(event);
 }
 

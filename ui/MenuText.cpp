@@ -15,6 +15,8 @@ bool isAlphabetic(QChar c) {
     case QChar::Script_Hiragana:
     case QChar::Script_Katakana:
     case QChar::Script_Hangul:
+    // The underline would tear a letter from those it is joined to.
+    case QChar::Script_Arabic:
         return false;
     default:
         return true;

@@ -9,6 +9,8 @@
 #include <QDBusPendingCallWatcher>
 #include <QDesktopServices>
 #include <QFileDialog>
+#include <QPushButton>
+#include <QSplitter>
 #include <QStringList>
 #include <QUrl>
 
@@ -18,15 +20,31 @@ namespace paperline {
 namespace {
 
 constexpr int answerWithinMilliseconds = 3000;
+constexpr int chooserWidth = 720;
+constexpr int chooserHeight = 460;
+constexpr int placesWidth = 180;
+
+// For desktops without a chooser of their own: names alone, in full, and words on the buttons.
+void styleWidgetChooser(QFileDialog& chooser) {
+    chooser.setViewMode(QFileDialog::List);
+    chooser.resize(chooserWidth, chooserHeight);
+    if (auto* panes = chooser.findChild<QSplitter*>())
+        panes->setSizes({placesWidth, chooserWidth - placesWidth});
+    for (QPushButton* button : chooser.findChildren<QPushButton*>())
+        button->setIcon({});
+}
 
 std::optional<std::string> chooseFolder(const std::string& title, const std::string& startFolder) {
     const DelayedMessagesHold hold;
-    const QString chosen = QFileDialog::getExistingDirectory(QApplication::activeWindow(),
-                                                             QString::fromStdString(title),
-                                                             QString::fromStdString(startFolder));
-    if (chosen.isEmpty())
+    QFileDialog chooser(QApplication::activeWindow(),
+                        QString::fromStdString(title),
+                        QString::fromStdString(startFolder));
+    chooser.setFileMode(QFileDialog::Directory);
+    chooser.setOption(QFileDialog::ShowDirsOnly);
+    styleWidgetChooser(chooser);
+    if (chooser.exec() != QDialog::Accepted || chooser.selectedFiles().isEmpty())
         return std::nullopt;
-    return chosen.toStdString();
+    return chooser.selectedFiles().constFirst().toStdString();
 }
 
 void openFolder(const std::string& folder) {
