@@ -9,6 +9,22 @@ import tempfile
 import unittest
 
 PROGRAM = os.environ["PAPERLINE_PROGRAM"]
+# SANE's own scanner without hardware, an A4 flatbed.
+TEST_CONFIGURATION = """number_of_devices 1
+mode Gray
+depth 8
+resolution_min 1.0
+resolution_max 1200.0
+resolution_quant 1.0
+resolution 50.0
+geometry_min 0.0
+geometry_max 300.0
+geometry_quant 1.0
+tl_x 0.0
+tl_y 0.0
+br_x 210.0
+br_y 297.0
+"""
 
 
 def run(*words, **keywords):
@@ -31,6 +47,12 @@ def run_on_small_disk(folder, megabytes, script, environment):
                 subprocess.run(rights + ["umount", "-l", str(folder)], capture_output=True)
     words = ["unshare", "--user", "--map-root-user", "--mount", "sh", "-c", '"$@" && eval "$script"', "sh", *mount]
     return subprocess.run(words, **{**finish, "env": {**environment, "script": script}})
+
+
+def configure_test_scanner(folder):
+    """Makes SANE, configured in `folder`, find its own test scanner and nothing else."""
+    (folder / "dll.conf").write_text("test\n")
+    (folder / "test.conf").write_text(TEST_CONFIGURATION)
 
 
 class ProgramTest(unittest.TestCase):

@@ -1,6 +1,7 @@
 // Another maker's data source: two grey pages of 20 x 10 pixels, in strips of four rows. Built
 // several times with different OTHERMAKER_* definitions:
 //   OTHERMAKER_PRODUCT        its product name
+//   OTHERMAKER_MANUFACTURER   its manufacturer
 //   OTHERMAKER_OWN_THREAD     reports the first page from a thread of its own, else from inside
 //                             MSG_ENABLEDS
 //   OTHERMAKER_REFUSES        answers failure to everything
@@ -18,6 +19,9 @@
 
 #ifndef OTHERMAKER_PRODUCT
 #define OTHERMAKER_PRODUCT "Endless"
+#endif
+#ifndef OTHERMAKER_MANUFACTURER
+#define OTHERMAKER_MANUFACTURER "Othermaker"
 #endif
 
 namespace {
@@ -79,7 +83,7 @@ TW_IDENTITY ownIdentity() {
     std::memset(identity.ProductFamily, 'F', sizeof(TW_STR32));
     std::memset(identity.ProductName, 'P', sizeof(TW_STR32));
 #else
-    std::strcpy(identity.Manufacturer, "Othermaker");
+    std::strcpy(identity.Manufacturer, OTHERMAKER_MANUFACTURER);
     std::strcpy(identity.ProductFamily, "Test sources");
     std::strcpy(identity.ProductName, OTHERMAKER_PRODUCT);
 #endif
