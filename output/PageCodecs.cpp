@@ -4,6 +4,7 @@
 #include "output/TiffCodecs.h"
 #include "platform/GifCodec.h"
 #include "platform/JpegCodec.h"
+#include "platform/JpegMetadata.h"
 #include "platform/PictureReader.h"
 #include "platform/PngWriter.h"
 #include "platform/TiffMetadata.h"
@@ -35,6 +36,8 @@ std::optional<std::vector<uint8_t>> encodeAsPng(const BitmapImageRep& page, Dens
 // The file's content decides, not its name.
 bool setMakeAndModel(const std::string& path, const std::string& make, const std::string& model) {
     switch (pictureFormat(path)) {
+    case PictureFormat::jpeg:
+        return setJpegMakeAndModel(path, make, model);
     case PictureFormat::tiff:
         return setTiffMakeAndModel(path, make, model);
     default:
