@@ -5,11 +5,13 @@
 #include "app/CvOutputLog.h"
 #include "output/PageCodecs.h"
 #include "output/ProducerPatch.h"
-#include "platform/Files.h"
+#include "platform/FilePieces.h"
 #include "platform/SystemLog.h"
 
 #include <algorithm>
 #include <optional>
+#include <string_view>
+#include <vector>
 
 namespace paperline {
 
@@ -20,7 +22,17 @@ std::string upToZero(std::span<const uint8_t> bytes) {
     return {bytes.begin(), std::find(bytes.begin(), bytes.end(), uint8_t{0})};
 }
 
-void logPosition(std::optional<size_t> position) {
+FileToPatch piecesOf(const FilePieces& file) {
+    return {.find = [&file](std::string_view bytes) { return file.find(bytes); },
+            .read =
+                [&file](uint64_t position, size_t count) {
+                    std::vector<uint8_t> bytes(count);
+                    bytes.resize(file.read(position, bytes));
+                    return bytes;
+                }};
+}
+
+void logPosition(std::optional<uint64_t> position) {
     systemLog(position ? "Bytes found at position " + std::to_string(*position)
                        : std::string("Bytes not found"));
 }
@@ -40,10 +52,11 @@ void AppDelegate::replacePDFProducer(const std::string& path, const std::string&
     TraceScope trace("replacePDFProducer");
     if (!brandProfile(gBrandNumber).patchesMetadata)
         return;
-    std::optional<std::vector<uint8_t>> pdf = readFile(path);
-    if (!pdf)
+    const FilePieces file(path);
+    if (!file.isOpen())
         return;
-    const ProducerPlace place = findProducer(*pdf);
+    const FileToPatch pdf = piecesOf(file);
+    const ProducerPlace place = findProducer(pdf);
     logPosition(place.key);
     if (!place.key)
         return;
@@ -51,11 +64,10 @@ void AppDelegate::replacePDFProducer(const std::string& path, const std::string&
     logPosition(place.object);
     if (!place.object)
         return;
-    const size_t start = std::min(place.text, pdf->size());
-    const size_t length = std::min(producerPatchBytes + 1, pdf->size() - start);
-    systemLog("fileByte2 = " + upToZero(std::span(*pdf).subspan(start, length)));
-    patchProducer(*pdf, place.text, splitModelName(modelName).model);
-    (void)writeFileAtomically(path, *pdf);
+    std::vector<uint8_t> text = pdf.read(place.text, producerPatchBytes + 1);
+    systemLog("fileByte2 = " + upToZero(text));
+    patchProducer(text, splitModelName(modelName).model);
+    (void)replaceBytes(path, place.text, text);
 }
 
 } // namespace paperline

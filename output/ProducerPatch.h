@@ -3,9 +3,12 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace paperline {
 
@@ -15,20 +18,28 @@ struct MakeAndModel {
 };
 MakeAndModel splitModelName(const std::string& modelName);
 
+// A file as the patch sees it.
+struct FileToPatch {
+    // The first place of the bytes in the file.
+    std::function<std::optional<uint64_t>(std::string_view bytes)> find;
+    // As many bytes as the file has there, at most `count`.
+    std::function<std::vector<uint8_t>(uint64_t position, size_t count)> read;
+};
+
 // Where a PDF file keeps its producer text.
 struct ProducerPlace {
-    std::optional<size_t> key;    // of the word "Producer"
-    std::string reference;        // the nine bytes of its value
-    std::optional<size_t> object; // of the object it refers to
-    size_t text = 0;              // first byte of the text, when there is an object
+    std::optional<uint64_t> key;    // of the word "Producer"
+    std::string reference;          // the nine bytes of its value
+    std::optional<uint64_t> object; // of the object it refers to
+    uint64_t text = 0;              // first byte of the text, when there is an object
 };
-ProducerPlace findProducer(std::span<const uint8_t> pdf);
+ProducerPlace findProducer(const FileToPatch& pdf);
 
 // Bytes of the producer text that a patch may touch.
 inline constexpr size_t producerPatchBytes = 34;
 
-// Writes the model over the text from `text` on, at most 34 bytes, then zero bytes up to the
-// closing parenthesis or the 34th. The length of the file stays.
-void patchProducer(std::span<uint8_t> pdf, size_t text, const std::string& model);
+// Writes the model over the text, at most 34 bytes, then zero bytes up to the closing parenthesis
+// or the 34th. What lies behind the 34th byte stays.
+void patchProducer(std::span<uint8_t> text, const std::string& model);
 
 } // namespace paperline
