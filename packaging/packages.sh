@@ -15,7 +15,7 @@ picture_packages="xvfb dbus at-spi2-core python3-pyatspi xdotool imagemagick fon
 
 # Test tools; each checks files that we write with code that we did not.
 test_packages="
-    libgtest-dev libgmock-dev libbenchmark-dev git
+    libgtest-dev libgmock-dev git
     $picture_packages xauth x11-utils
     sane-utils netpbm libjpeg-turbo-progs libtiff-tools qpdf poppler-utils pngcheck
     libimage-exiftool-perl giflib-tools jpeginfo img2pdf locales
