@@ -32,6 +32,11 @@ def run(*words, **keywords):
     return subprocess.run([str(w) for w in words], capture_output=True, text=True, check=True, **keywords)
 
 
+def run_raw(*words):
+    """The bytes that a tool prints; a failing tool fails the test."""
+    return subprocess.run([str(w) for w in words], capture_output=True, check=True).stdout
+
+
 def run_on_small_disk(folder, megabytes, script, environment):
     """The finished shell script, run while `folder` is a file system of that size: mounted by root, by sudo, or
     in a user namespace of the script's own."""
