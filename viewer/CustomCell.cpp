@@ -91,6 +91,15 @@ Rect CustomCell::subtitleRectForBounds(const Rect& bounds,
     return paperline::subtitleRectForBounds(bounds, titleBounds, imageBounds, characters);
 }
 
+std::optional<AttributedCaption>
+CustomCell::attributedSubtitleValue(bool highlighted, const QColor& background) const {
+    const ViewTraceScope trace(trace_, "attributedSubtitleValue");
+    if (subtitle_.empty())
+        return std::nullopt;
+    return AttributedCaption{QString::fromStdString(subtitle_),
+                             captionColour(highlighted, background)};
+}
+
 QColor CustomCell::captionColour(bool highlighted, const QColor& background) {
     QColor colour(highlighted ? QColor(lightGrey, lightGrey, lightGrey) : QColor(grey, grey, grey));
     const int step = luminance(background) > luminance(colour) ? -1 : 1;
@@ -181,16 +190,17 @@ void CustomCell::drawInteriorWithFrame(QPainter& painter,
     // The title line is always empty: nothing of it is drawn.
     const Rect titleRect = titleRectForBounds(cell);
     const Rect captionRect = subtitleRectForBounds(cell, titleRect, imageRect);
-    if (subtitle_.empty() || !isDrawable(captionRect))
-        return;
     const bool highlighted = (option.state & QStyle::State_Selected) != 0;
-    painter.setPen(captionColour(highlighted, background));
+    const auto caption = attributedSubtitleValue(highlighted, background);
+    if (!caption || !isDrawable(captionRect))
+        return;
+    painter.setPen(caption->foreground);
     painter.setFont(option.font);
     // File names and sizes read from left to right in every interface language.
     painter.drawText(toQt(captionRect),
                      Qt::AlignLeft | Qt::AlignAbsolute | Qt::AlignTop | Qt::TextSingleLine |
                          Qt::TextForceLeftToRight,
-                     QString::fromStdString(subtitle_));
+                     caption->text);
 }
 
 } // namespace paperline

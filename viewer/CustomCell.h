@@ -12,9 +12,15 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace paperline {
+
+struct AttributedCaption {
+    QString text;
+    QColor foreground;
+};
 
 class CustomCell : public QStyledItemDelegate {
     Q_OBJECT
@@ -48,6 +54,9 @@ public:
     Rect subtitleRectForBounds(const Rect& bounds,
                                const Rect& titleBounds,
                                const Rect& imageBounds) const;
+    // What the caption says and in which colour; nothing without a subtitle.
+    std::optional<AttributedCaption> attributedSubtitleValue(bool highlighted,
+                                                             const QColor& background) const;
     // The caption's colour: light grey while highlighted, grey otherwise, each as far from the
     // background as reading needs.
     static QColor captionColour(bool highlighted, const QColor& background);

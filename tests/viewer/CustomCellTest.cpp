@@ -246,6 +246,18 @@ TEST_F(CustomCellTest, AsksForItsContentBeforeEachRow) {
     EXPECT_EQ(asked, std::vector<int>{0});
 }
 
+TEST_F(CustomCellTest, TheCaptionIsGreyOrLightGreyAndNothingWithoutASubtitle) {
+    EXPECT_FALSE(cell_.attributedSubtitleValue(false, Qt::black));
+    cell_.setSubtitle("Scan(2)");
+    const auto plain = cell_.attributedSubtitleValue(false, Qt::black);
+    ASSERT_TRUE(plain.has_value());
+    EXPECT_EQ(plain->text, "Scan(2)");
+    EXPECT_EQ(plain->foreground, QColor(128, 128, 128));
+    const auto highlighted = cell_.attributedSubtitleValue(true, Qt::black);
+    ASSERT_TRUE(highlighted.has_value());
+    EXPECT_EQ(highlighted->foreground, QColor(211, 211, 211));
+}
+
 TEST_F(CustomCellTest, TracesItsOperations) {
     addRow("a.png", 300, 200, "a");
     std::vector<std::string> lines;
@@ -262,6 +274,8 @@ TEST_F(CustomCellTest, TracesItsOperations) {
                                         "OuttitleRectForBounds",
                                         "In subtitleRectForBounds",
                                         "OutsubtitleRectForBounds",
+                                        "In attributedSubtitleValue",
+                                        "OutattributedSubtitleValue",
                                         "OutdrawInteriorWithFrame"}));
 }
 
