@@ -92,19 +92,30 @@ class PageFiles(WindowTest):
             before = set(self.files())
             self.scan(program, rows=rows + 2)
             bad = sorted(set(self.files()) - before)[0]
-            with Heartbeat(program) as heart:
-                for name, content in damages(form, bad.read_bytes()):
-                    with self.subTest(form.name, damage=name):
-                        self.spoil(bad, content)
-                        self.look_at(program, table, rows)
-                        self.assertTrue(program.running)
-            self.assertGreater(heart.beats, 5)
-            self.assertLess(heart.longest, LONGEST_STANDSTILL, form.name)
+            good = bad.read_bytes()
+            for name, content in damages(form, good):
+                with self.subTest(form.name, damage=name):
+                    bad.write_bytes(good)
+                    self.spoil(bad, content)
+                    self.look_without_standstill(program, table, rows)
+                    self.assertTrue(program.running)
             rows += 2
         # The scanner, the list and the page view still work.
         self.scan(program, rows=rows + 2)
         self.wait_page_drawn(program)
         self.close(program)
+
+    def look_without_standstill(self, program, table, row):
+        """A machine that is busy with other work may stop the program once; a fault of its own comes back."""
+        standstills = []
+        for _ in range(3):
+            with Heartbeat(program) as heart:
+                self.look_at(program, table, row)
+            self.assertGreater(heart.beats, 5)
+            standstills.append(heart.longest)
+            if heart.longest < LONGEST_STANDSTILL:
+                return
+        self.fail(f"the program stood still for {standstills} seconds")
 
     @staticmethod
     def spoil(path, content):

@@ -18,6 +18,8 @@ gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi, Gio, GLib  # noqa: E402
 
 PATIENCE = 20  # seconds; how long a condition may take on a busy machine
+# The program answers nobody while it scans; a question then waits instead of failing.
+Atspi.set_timeout(60_000, 60_000)  # milliseconds
 PRODUCT = "Software Scanner"
 
 
@@ -27,6 +29,10 @@ def pump():
         pass
 
 
+class Gone(Exception):
+    """The object went away while it was asked."""
+
+
 def wait(condition, what, seconds=PATIENCE):
     """The first true value of `condition`; an AssertionError that says `what` when there is none in time."""
     deadline = time.monotonic() + seconds
@@ -34,7 +40,7 @@ def wait(condition, what, seconds=PATIENCE):
         pump()
         try:
             value = condition()
-        except GLib.Error:  # the object went away while it was asked
+        except (GLib.Error, Gone):
             value = None
         if value:
             return value
@@ -227,16 +233,25 @@ class Control:
         for child in self.children():
             yield from child.walk()
 
+    @property
+    def table(self):
+        iface = self.accessible.get_table_iface()
+        if iface is None:
+            raise Gone
+        return iface
+
     def cell_names(self):
-        table = self.accessible.get_table_iface()
-        return [table.get_accessible_at(row, 0).get_name() for row in range(table.get_n_rows())]
+        return [self.cell(row).name for row in range(self.rows)]
 
     def cell(self, row):
-        return Control(self.accessible.get_table_iface().get_accessible_at(row, 0))
+        accessible = self.table.get_accessible_at(row, 0)
+        if accessible is None:
+            raise Gone
+        return Control(accessible)
 
     @property
     def rows(self):
-        return self.accessible.get_table_iface().get_n_rows()
+        return self.table.get_n_rows()
 
     def __repr__(self):
         return f"{self.role} '{self.name}'"
@@ -250,6 +265,40 @@ class ClientMessage(ctypes.Structure):
     _fields_ = [("type", ctypes.c_int), ("serial", ctypes.c_ulong), ("send_event", ctypes.c_int),
                 ("display", ctypes.c_void_p), ("window", ctypes.c_ulong), ("message_type", ctypes.c_ulong),
                 ("format", ctypes.c_int), ("data", ctypes.c_long * 5), ("room", ctypes.c_long * 16)]
+
+
+class XImage(ctypes.Structure):
+    """Its first fields; the rest is of no interest here."""
+    _fields_ = [("width", ctypes.c_int), ("height", ctypes.c_int), ("xoffset", ctypes.c_int),
+                ("format", ctypes.c_int), ("data", ctypes.c_void_p), ("byte_order", ctypes.c_int),
+                ("bitmap_unit", ctypes.c_int), ("bitmap_bit_order", ctypes.c_int), ("bitmap_pad", ctypes.c_int),
+                ("depth", ctypes.c_int), ("bytes_per_line", ctypes.c_int), ("bits_per_pixel", ctypes.c_int)]
+
+
+class Screen:
+    """The pixels of the display, without a program in between: fast enough to watch something change."""
+
+    def __init__(self):
+        self.x = x = ctypes.CDLL("libX11.so.6")
+        x.XOpenDisplay.restype = ctypes.c_void_p
+        x.XDefaultRootWindow.argtypes = [ctypes.c_void_p]
+        x.XDefaultRootWindow.restype = ctypes.c_ulong
+        x.XGetImage.argtypes = [ctypes.c_void_p, ctypes.c_ulong, ctypes.c_int, ctypes.c_int, ctypes.c_uint,
+                                ctypes.c_uint, ctypes.c_ulong, ctypes.c_int]
+        x.XGetImage.restype = ctypes.POINTER(XImage)
+        x.XDestroyImage.argtypes = [ctypes.POINTER(XImage)]
+        self.display = x.XOpenDisplay(None)
+        self.root = x.XDefaultRootWindow(self.display)
+
+    def rgb(self, left, top, width, height):
+        all_planes, z_pixmap = 0xFFFFFFFF, 2
+        image = self.x.XGetImage(self.display, self.root, left, top, width, height, all_planes, z_pixmap)
+        raw = ctypes.string_at(image.contents.data, image.contents.bytes_per_line * height)
+        assert image.contents.bits_per_pixel == 32 and image.contents.bytes_per_line == 4 * width
+        self.x.XDestroyImage(image)
+        pixels = bytearray(3 * width * height)
+        pixels[0::3], pixels[1::3], pixels[2::3] = raw[2::4], raw[1::4], raw[0::4]
+        return bytes(pixels)
 
 
 def ask_to_close(window):
@@ -280,6 +329,7 @@ class Paperline:
             env={**home.environment(), **environment}, stdin=subprocess.DEVNULL, stdout=self.log,
             stderr=self.log, cwd=home.folder)
         self.application = None
+        self.screen = Screen()
         self.place = None  # of the main window on the screen, when it was last asked for
 
     # --- the tree ---
@@ -376,13 +426,12 @@ class Paperline:
         """The pixels of a place on the screen, the main window's at first: into a file, or as (width, height, RGB
         bytes)."""
         x, y, width, height = place or self.place
+        if path is None:
+            return width, height, self.screen.rgb(x, y, width, height)
         crop = f"{width}x{height}+{x}+{y}"
         command = ["import", "-silent", "-window", "root", "-crop", crop, "+repage", "-depth", "8"]
-        if path:
-            subprocess.run([*command, str(path)], check=True)
-            return None
-        raw = subprocess.run([*command, "rgb:-"], check=True, capture_output=True).stdout
-        return width, height, raw
+        subprocess.run([*command, str(path)], check=True)
+        return None
 
     # --- the end ---
 

@@ -9,7 +9,7 @@ import unittest  # noqa: E402
 
 import driver  # noqa: E402
 from driver import PRODUCT, wait, xdotool  # noqa: E402
-from window_support import FORMATS, Rgb, WindowTest, bitmap, read_plist, strings_of  # noqa: E402
+from window_support import FORMATS, WindowTest, read_plist, strings_of  # noqa: E402
 
 SECOND = "Zealous Scanner"
 LANGUAGES = ["en", "zh-Hant", "zh-Hans", "ja", "ko", "de", "fr", "es", "it", "cs", "pt-BR", "ru", "pt", "pl", "bg",
@@ -111,98 +111,6 @@ class Formats(WindowTest):
         self.close(program)
         profile = read_plist(self.tree.settings_file)[self.home.profile_key()]
         self.assertEqual(profile["FileFormat"], FORMATS.index(FORMATS[-1]))
-
-
-class PageView(WindowTest):
-    """Screenshots against the arithmetic, with a page whose every pixel is known."""
-    SIZE = (900, 1200)
-
-    def setUp(self):
-        super().setUp()
-        pictures = self.home.folder / "pictures"
-        pictures.mkdir()
-        (pictures / "a.ppm").write_bytes(b"P6 %d %d 255\n" % self.SIZE + self.pattern())
-        self.home.set_options(pages=pictures, resolution=100, source="Automatic Document Feeder")
-        self.home.write_settings(self.tree, file_format=0, folder=self.home.pages / "Image")
-
-    @classmethod
-    def pattern(cls):
-        """Green with a red left half of its upper half: no rotation or mirroring looks the same."""
-        width, height = cls.SIZE
-        upper = bytes((200, 0, 0)) * (width // 2) + bytes((0, 120, 0)) * (width - width // 2)
-        return upper * (height // 2) + bytes((0, 120, 0)) * (width * (height - height // 2))
-
-    def view_boxes(self, program):
-        """The pane, and the view inside it."""
-        views = [c for c in program.main_window().walk() if c.name == "Page view"]
-        return views[0].box, views[-1].box
-
-    def shown(self, program):
-        pane, _ = self.view_boxes(program)
-        return Rgb(*program.picture(place=pane))
-
-    def page_in(self, picture):
-        return picture.extent(lambda r, g, b: (r, g, b) == (200, 0, 0) or (r, g, b) == (0, 120, 0))
-
-    def wait_page_at(self, program, expected):
-        """Within one pixel: the drawing rounds to whole ones."""
-        def close_enough():
-            found = self.page_in(self.shown(program))
-            self.last = found
-            return found and all(abs(a - b) <= 1 for a, b in zip(found, expected))
-        try:
-            wait(close_enough, "")
-        except AssertionError:
-            self.fail(f"the page is drawn at {self.last}, not at {expected}")
-
-    def fitted_extent(self, pane, width, height):
-        scale = min((pane[2] - 20) / width, (pane[3] - 20) / height)
-        return 5, 5, 5 + round(width * scale), 5 + round(height * scale)
-
-    def test_fit_and_actual_size_are_drawn_to_the_number(self):
-        program = self.started()
-        self.scan(program, rows=1)
-        width, height = self.SIZE
-        pane, view = self.view_boxes(program)
-        self.assertEqual(pane, view, "the fitted view fills the pane")
-        self.wait_page_at(program, self.fitted_extent(pane, width, height))
-        picture = self.shown(program)
-        self.assertEqual(picture.at(2, 2), (191, 191, 191))
-        self.assertEqual(picture.at(8, 8), (200, 0, 0))
-        left, top, right, bottom = self.page_in(picture)
-        self.assertEqual(picture.at((left + right) // 2 + 4, top + 8), (0, 120, 0))
-        self.assertEqual(picture.at(left + 8, (top + bottom) // 2 + 4), (0, 120, 0))
-
-        program.click(program.find(name="Actual Size"))
-        _, view = wait(lambda: (lambda boxes: boxes[1][3] == height + 10 and boxes)(self.view_boxes(program)),
-                       "the view is as high as the page and its margin")
-        self.assertEqual(view[2], width + 15)
-        wait(lambda: self.shown(program).at(5 + width // 2 - 1, 20) == (200, 0, 0), "the page is drawn pixel by pixel")
-        picture = self.shown(program)
-        self.assertEqual(picture.at(4, 300)[0] < 191, True, "a fine edge")
-        self.assertEqual(picture.at(5 + width // 2 - 1, 20), (200, 0, 0))
-        self.assertEqual(picture.at(5 + width // 2, 20), (0, 120, 0))
-        bars = [c for c in program.main_window().walk() if c.role == "scroll bar" and c.showing]
-        self.assertEqual(len(bars), 2)
-
-        program.click(program.find(name="Fit Page"))
-        self.wait_page_at(program, self.fitted_extent(pane, width, height))
-        self.assertFalse([c for c in program.main_window().walk() if c.role == "scroll bar" and c.showing])
-
-    def test_the_row_and_the_page_follow_the_file_on_disk(self):
-        program = self.started()
-        self.scan(program, rows=1)
-        self.scan(program, rows=2)
-        pane, _ = self.view_boxes(program)
-        # The first page again, but 200 dpi across and 100 down: drawn twice as tall.
-        first = self.home.pages / "Image_00001.bmp"
-        first.write_bytes(bitmap(600, 300, self.rgb_of_two_colours(600, 300), 7874, 3937))
-        program.key("Up")
-        self.wait_page_at(program, self.fitted_extent(pane, 600, 600))
-
-    @staticmethod
-    def rgb_of_two_colours(width, height):
-        return bytes((200, 0, 0)) * (width * height // 2) + bytes((0, 120, 0)) * (width * height - width * height // 2)
 
 
 class SaveSwitch(WindowTest):
