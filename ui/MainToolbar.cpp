@@ -10,6 +10,9 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMainWindow>
+#include <QPainter>
+#include <QProxyStyle>
+#include <QStyleOption>
 #include <QToolBar>
 #include <QToolButton>
 #include <QWidgetAction>
@@ -24,6 +27,31 @@ constexpr int groupSpace = 6;
 constexpr int controlHeight = 32;
 constexpr int narrowestFolderField = 160;
 
+// A ring that shows on light and dark ground alike; the platform's own is a shade of the ground.
+class FocusRing : public QProxyStyle {
+public:
+    void drawPrimitive(PrimitiveElement element,
+                       const QStyleOption* option,
+                       QPainter* painter,
+                       const QWidget* widget) const override {
+        if (element != PE_FrameFocusRect) {
+            QProxyStyle::drawPrimitive(element, option, painter, widget);
+            return;
+        }
+        constexpr double line = 2;
+        constexpr double corner = 4;
+        painter->save();
+        painter->setRenderHint(QPainter::Antialiasing);
+        painter->setPen(QPen(readableBackground(option->palette.color(QPalette::Highlight),
+                                                option->palette.color(QPalette::Window)),
+                             line));
+        painter->setBrush(Qt::NoBrush);
+        painter->drawRoundedRect(
+            QRectF(widget->rect()).adjusted(line, line, -line, -line), corner, corner);
+        painter->restore();
+    }
+};
+
 QAction* addButton(QToolBar* toolbar,
                    const std::string& picture,
                    Qt::ToolButtonStyle style,
@@ -33,6 +61,9 @@ QAction* addButton(QToolBar* toolbar,
         button->setToolButtonStyle(style);
         button->setFocusPolicy(Qt::TabFocus);
         button->setMinimumHeight(controlHeight);
+        auto* ring = new FocusRing;
+        ring->setParent(button);
+        button->setStyle(ring);
     }
     return action;
 }
@@ -141,7 +172,7 @@ void styleScanButton(const InterfaceOutlets& outlets) {
             "QToolButton { background: %1; color: %2; border: 2px solid %1; border-radius: 6px;"
             " padding: 0px %6px 0px %7px; }"
             "QToolButton:hover, QToolButton:pressed { background: %3; border-color: %3; }"
-            "QToolButton:focus { border-color: %2; }"
+            "QToolButton:focus { border-color: %8; }"
             "QToolButton:disabled { background: transparent; color: %4; border-color: %5; }")
             .arg(rgb(ground),
                  rgb(text),
@@ -149,7 +180,8 @@ void styleScanButton(const InterfaceOutlets& outlets) {
                  rgb(disabledText),
                  rgb(colours.color(QPalette::Mid)))
             .arg(fromLeft ? besideText : besideIcon)
-            .arg(fromLeft ? besideIcon : besideText));
+            .arg(fromLeft ? besideIcon : besideText)
+            .arg(rgb(colours.color(QPalette::WindowText))));
 }
 
 } // namespace paperline

@@ -1,20 +1,14 @@
 #include "tests/ui/InterfaceFixture.h"
-#include "ui/Colours.h"
-#include "ui/EmptyState.h"
 #include "ui/LanguageTable.h"
 #include "ui/MainToolbar.h"
 #include "ui/SelectSourceWindow.h"
-#include "ui/Theme.h"
 #include "viewer/ImageView.h"
 
 #include <QKeyEvent>
 #include <QMenuBar>
-#include <QToolButton>
 
-#include <algorithm>
 #include <cstring>
 #include <set>
-#include <utility>
 
 namespace paperline {
 namespace {
@@ -198,63 +192,6 @@ TEST_F(MainWindowTest, EntriesOfOneMenuHaveDifferentMnemonicsInEveryLanguage) {
     }
 }
 
-// Of what is written where, in the colours of the palette in force. The ground of pages is grey in
-// every palette, but nothing is written on it.
-double worstContrast(const QWidget& window, const QWidget* groundOfPages) {
-    double worst = 21;
-    for (const QWidget* widget : window.findChildren<QWidget*>()) {
-        if (widget == groundOfPages || groundOfPages->isAncestorOf(widget))
-            continue;
-        const QPalette& colours = widget->palette();
-        for (const auto& [text, ground] :
-             {std::pair(QPalette::WindowText, QPalette::Window),
-              std::pair(QPalette::Text, QPalette::Base),
-              std::pair(QPalette::ButtonText, QPalette::Button),
-              std::pair(QPalette::HighlightedText, QPalette::Highlight),
-              std::pair(QPalette::ToolTipText, QPalette::ToolTipBase)}) {
-            for (const QPalette::ColorGroup group : {QPalette::Active, QPalette::Inactive})
-                worst = std::min(
-                    worst, contrastRatio(colours.color(group, text), colours.color(group, ground)));
-        }
-    }
-    return worst;
-}
-
-TEST_F(MainWindowTest, TextsCanBeReadInLightAndDarkColours) {
-    const QPalette platform = QApplication::palette();
-    start();
-    for (const QPalette& colours :
-         {withReadableSelection(platform), withReadableSelection(darkPalette(platform))}) {
-        QApplication::setPalette(colours);
-        window().show();
-        QApplication::processEvents();
-        EXPECT_GE(worstContrast(window(), controller->showImageScrollView->viewport()),
-                  readableContrast);
-    }
-    QApplication::setPalette(platform);
-}
-
-TEST_F(MainWindowTest, TheScanButtonIsEvenInBothDirections) {
-    for (const int32_t language : {0, 26}) {
-        start(7, language);
-        window().show();
-        QApplication::processEvents();
-        QWidget* scan = button(controller->paperlineToolbar_Scan);
-        const QImage picture = scan->grab().toImage().convertToFormat(QImage::Format_RGB32);
-        const QColor ground = picture.pixelColor(picture.width() / 2, 3);
-        int first = picture.width(), last = 0;
-        for (int y = 3; y < picture.height() - 3; ++y) {
-            for (int x = 6; x < picture.width() - 6; ++x) {
-                if (contrastRatio(picture.pixelColor(x, y), ground) < 2)
-                    continue;
-                first = std::min(first, x);
-                last = std::max(last, x);
-            }
-        }
-        EXPECT_NEAR(first, picture.width() - 1 - last, 4) << language;
-    }
-}
-
 TEST_F(MainWindowTest, ClosingItEndsTheApplication) {
     start();
     window().show();
@@ -289,35 +226,6 @@ TEST_F(MainWindowTest, RemembersItsSize) {
     removePath(userDataFolder() + "/window.ini");
     start();
     EXPECT_EQ(window().size(), QSize(1024, 678));
-}
-
-TEST_F(MainWindowTest, NothingIsElidedAtItsDesignedSize) {
-    for (const LanguageRow& row : languageTable) {
-        start(7, static_cast<int32_t>(&row - languageTable.data()));
-        window().show();
-        QApplication::processEvents();
-        for (const QToolButton* item : window().findChildren<QToolButton*>()) {
-            if (!item->isVisible())
-                continue;
-            EXPECT_GE(item->width(), item->sizeHint().width())
-                << row.menuName << ": " << item->text().toStdString();
-        }
-        EXPECT_EQ(button(controller->paperlineToolbar_ActualPage)->isVisible(), true);
-    }
-}
-
-TEST_F(MainWindowTest, TheFirstHintStandsOnEvenLines) {
-    for (const LanguageRow& row : languageTable) {
-        start(7, static_cast<int32_t>(&row - languageTable.data()));
-        window().show();
-        QApplication::processEvents();
-        const QLabel* hint = window().findChild<EmptyState*>()->findChildren<QLabel*>().last();
-        EXPECT_LE(hint->heightForWidth(hint->width()), hint->height()) << row.menuName;
-        const int lines = hint->height() / hint->fontMetrics().lineSpacing();
-        EXPECT_LE(lines, 2) << row.menuName;
-        const int wholeWidth = hint->fontMetrics().horizontalAdvance(hint->text());
-        EXPECT_TRUE(lines == 1 || hint->width() < wholeWidth * 3 / 4) << row.menuName;
-    }
 }
 
 class SelectionWindowTest : public InterfaceFixture {
