@@ -4,14 +4,14 @@ namespace paperline::bench {
 
 std::vector<BenchCase> allCases() {
     std::vector<BenchCase> all;
-    for (const auto& casesOf : {jpegCases, gifCases})
+    for (const auto& casesOf : {jpegCases, pngCases, tiffCases, gifCases, pdfCases, scanCases})
         for (BenchCase& each : casesOf())
             all.push_back(std::move(each));
     return all;
 }
 
 std::vector<BenchWork> allWorks() {
-    return {};
+    return joinWorks();
 }
 
 } // namespace paperline::bench

@@ -32,5 +32,11 @@ std::vector<BenchWork> allWorks();
 
 std::vector<BenchCase> gifCases();
 std::vector<BenchCase> jpegCases();
+std::vector<BenchCase> pdfCases();
+std::vector<BenchCase> pngCases();
+std::vector<BenchCase> scanCases();
+std::vector<BenchCase> tiffCases();
+
+std::vector<BenchWork> joinWorks();
 
 } // namespace paperline::bench

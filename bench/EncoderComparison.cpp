@@ -26,8 +26,7 @@ public:
     }
 
     ResultRow result() const {
-        ResultRow row{
-            comparison_.work, {}, comparison_.toolName, {}, comparison_.target, comparison_.note};
+        ResultRow row{comparison_.work, {}, comparison_.toolName, {}, comparison_.target, {}};
         row.ours = {median(ourTimes_), ourBytes_, 0};
         if (!failed_)
             row.tool = {median(toolTimes_), toolBytes_, 0};
@@ -65,16 +64,27 @@ private:
     bool failed_ = false;
 };
 
+int pageCount(const EncoderComparison& comparison, const BenchOptions& options) {
+    const int wanted = comparison.dpi > 300 ? options.pages / 4 : options.pages;
+    return std::min(wanted, comparison.mostPages);
+}
+
 } // namespace
 
-ResultRow compareEncoder(const EncoderComparison& comparison,
-                         const PageSet& pages,
-                         const BenchOptions& options) {
-    Contest contest(comparison, pages);
-    const int count = comparison.dpi > 300 ? std::max(options.pages / 4, 1) : options.pages;
-    for (int number = 1; number <= count; ++number)
-        contest.meet(pages.page(comparison.kind, comparison.dpi, number), options.rounds);
-    return contest.result();
+std::vector<ResultRow> compareEncoders(const std::vector<EncoderComparison>& comparisons,
+                                       const PageSet& pages,
+                                       const BenchOptions& options) {
+    std::vector<ResultRow> rows;
+    for (const EncoderComparison& each : comparisons) {
+        const int count = pageCount(each, options);
+        Contest contest(each, pages);
+        for (int number = 1; number <= count; ++number)
+            contest.meet(pages.page(each.kind, each.dpi, number),
+                         std::min(options.rounds, each.mostRounds));
+        if (count > 0)
+            rows.push_back(contest.result());
+    }
+    return rows;
 }
 
 } // namespace paperline::bench

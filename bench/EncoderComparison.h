@@ -29,12 +29,14 @@ struct EncoderComparison {
     // reads the PNM file.
     std::function<std::string(const std::string& pnmFile)> prepare;
     Target target;
-    std::string note;
+    int mostRounds = 1000; // for tools that take seconds
+    int mostPages = 1000;
 };
 
-// Page by page and round by round, both in turn: whatever else the machine does meets both.
-ResultRow compareEncoder(const EncoderComparison& comparison,
-                         const PageSet& pages,
-                         const BenchOptions& options);
+// One row for each. Page by page and round by round, both in turn: whatever else the machine does
+// meets both. Pages of 600 dpi are a quarter as many; with less than one the row is left out.
+std::vector<ResultRow> compareEncoders(const std::vector<EncoderComparison>& comparisons,
+                                       const PageSet& pages,
+                                       const BenchOptions& options);
 
 } // namespace paperline::bench

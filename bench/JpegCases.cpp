@@ -31,10 +31,11 @@ EncoderComparison comparison(PageKind kind, int dpi, const std::string& work) {
 }
 
 std::vector<ResultRow> run(const PageSet& pages, const BenchOptions& options) {
-    return {
-        compareEncoder(comparison(PageKind::colour, 300, "JPEG, colour"), pages, options),
-        compareEncoder(comparison(PageKind::colour, 600, "JPEG, colour 600 dpi"), pages, options),
-        compareEncoder(comparison(PageKind::grey, 300, "JPEG, grey"), pages, options)};
+    return compareEncoders({comparison(PageKind::colour, 300, "JPEG, colour"),
+                            comparison(PageKind::colour, 600, "JPEG, colour 600 dpi"),
+                            comparison(PageKind::grey, 300, "JPEG, grey")},
+                           pages,
+                           options);
 }
 
 } // namespace

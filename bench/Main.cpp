@@ -1,5 +1,6 @@
 // Compares the writers with public tools and prints one table.
 #include "bench/Cases.h"
+#include "bench/Process.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -57,8 +58,11 @@ Request parse(std::span<char*> words) {
 int work(std::span<char*> words) {
     const std::vector<std::string> rest(words.begin() + 1, words.end());
     for (const BenchWork& each : allWorks())
-        if (each.name == words[0])
-            return each.run(rest);
+        if (each.name == words[0]) {
+            const int code = each.run(rest);
+            std::printf("%lld\n", static_cast<long long>(ownPeakKilobytes()));
+            return code;
+        }
     return 2;
 }
 
@@ -82,7 +86,9 @@ int main(int count, char** arguments) {
         return usage();
     if (!request.pageFolder.empty())
         return savePages(request.pageFolder, request.options.pages);
+    const double begin = millisecondsNow();
     const PageSet pages;
+    printMachine();
     printTableHead();
     for (const BenchCase& each : allCases()) {
         const bool wanted =
@@ -93,5 +99,6 @@ int main(int count, char** arguments) {
         for (const ResultRow& row : each.run(pages, request.options))
             printRow(row);
     }
+    printEnd((millisecondsNow() - begin) / 1000);
     return 0;
 }

@@ -2,11 +2,13 @@
 
 #include "bench/SheetScan.h"
 #include "platform/Files.h"
+#include "platform/PictureReader.h"
 
 #include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
 #include <system_error>
 #include <vector>
 
@@ -70,18 +72,30 @@ PageSet::~PageSet() {
 
 BenchPage PageSet::page(PageKind kind, int dpi, int number) const {
     const KindOfPage& wanted = kinds[static_cast<size_t>(kind)];
-    const auto seed = static_cast<uint64_t>(number) * 1000 + static_cast<uint64_t>(dpi);
     BenchPage result;
-    result.pixels = scanSheet(layOutSheet(number, dpi), dpi, wanted.bitsPerPixel, seed);
-    if (result.pixels == nullptr)
-        giveUp("there is no memory for a page");
-    result.pixels->setSize(
-        {result.pixels->pixelsWide() * 72.0 / dpi, result.pixels->pixelsHigh() * 72.0 / dpi});
     result.pnmFile = folder_ + "/" + wanted.name + "-" + std::to_string(dpi) + "-" +
                      std::to_string(number) + wanted.extension;
-    if (!fileExists(result.pnmFile) && !writeFile(result.pnmFile, pnmOf(*result.pixels, wanted)))
-        giveUp("there is no room for " + result.pnmFile);
+    if (!fileExists(result.pnmFile))
+        draw(kind, dpi, number, result.pnmFile);
+    constexpr uint64_t mostPixels = uint64_t{1} << 30;
+    const std::optional<DecodedImage> kept = readPicture(result.pnmFile, 0, mostPixels);
+    if (!kept)
+        giveUp(result.pnmFile + " cannot be read back");
+    result.pixels = kept->image;
+    result.pixels->setSize(
+        {result.pixels->pixelsWide() * 72.0 / dpi, result.pixels->pixelsHigh() * 72.0 / dpi});
     return result;
+}
+
+void PageSet::draw(PageKind kind, int dpi, int number, const std::string& file) const {
+    const KindOfPage& wanted = kinds[static_cast<size_t>(kind)];
+    const auto seed = static_cast<uint64_t>(number) * 1000 + static_cast<uint64_t>(dpi);
+    const std::shared_ptr<BitmapImageRep> drawn =
+        scanSheet(layOutSheet(number, dpi), dpi, wanted.bitsPerPixel, seed);
+    if (drawn == nullptr)
+        giveUp("there is no memory for a page");
+    if (!writeFile(file, pnmOf(*drawn, wanted)))
+        giveUp("there is no room for " + file);
 }
 
 } // namespace paperline::bench

@@ -1,4 +1,4 @@
-// The pages that every comparison uses: drawn when asked for, and kept as PNM files for the tools.
+// The pages that every comparison uses: drawn when first asked for, and kept as PNM files.
 #pragma once
 
 #include "platform/BitmapImageRep.h"
@@ -29,6 +29,8 @@ public:
     BenchPage page(PageKind kind, int dpi, int number) const;
 
 private:
+    void draw(PageKind kind, int dpi, int number, const std::string& file) const;
+
     std::string folder_;
     bool isKept_;
 };

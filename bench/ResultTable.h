@@ -21,20 +21,31 @@ struct Target {
     std::optional<int64_t> peakKilobytes;
 };
 
+// Something else that was asked for, and whether it is so.
+struct Check {
+    std::string text;
+    bool isMet = false;
+};
+
 struct ResultRow {
     std::string work;
     Measured ours;
     std::string toolName;
     Measured tool; // 0 milliseconds: the tool failed or is missing
     Target target;
-    std::string note;
+    std::vector<Check> checks;
 };
 
 bool isMet(const ResultRow& row);
 
-// Printed when the first row is; rows follow as they come.
+// Rows are printed as they come, below the head; a line about the machine goes before it, and one
+// about its load behind the last row.
+void printMachine();
 void printTableHead();
 void printRow(const ResultRow& row);
+void printEnd(double seconds);
+
+std::string decimalText(double value, int decimals);
 
 double median(std::vector<double> values); // 0 of none
 

@@ -9,5 +9,5 @@ cd "$(dirname "$0")/.."
 install_missing $build_packages $run_packages $test_packages
 
 cmake --preset test >/dev/null
-cmake --build --preset test --target paperline paperline_bench >/dev/null
+cmake --build --preset test --target paperline_bench >/dev/null
 exec build/test/bench/paperline_bench "$@"
