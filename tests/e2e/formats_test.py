@@ -89,7 +89,8 @@ def slope(page):
 def few_colours(page):
     if page.bits != 24:
         return noise(page)
-    return b"".join(bytes((index % 15 * 17, index % 7 * 40, index % 2 * 255)) for index in range(page.width * page.height))
+    return b"".join(bytes((index % 15 * 17, index % 7 * 40, index % 2 * 255))
+                    for index in range(page.width * page.height))
 
 
 def all_pages(bits):

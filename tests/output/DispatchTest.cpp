@@ -102,6 +102,31 @@ TEST_F(Dispatch, BmpTakesItsVerticalResolutionFromTheArgument) {
     EXPECT_EQ(file[42] | file[43] << 8, 3936); // 100, from the argument
 }
 
+TEST_F(Dispatch, PicturesTakeBothResolutionsFromTheRecordsHorizontalOne) {
+    std::vector<Density> seen;
+    pageCodecs().jpeg = pageCodecs().png = pageCodecs().gif =
+        pageCodecs().tiff = [&seen](const BitmapImageRep&, Density density) {
+            seen.push_back(density);
+            return Bytes{1};
+        };
+    TestPage page = makeTestPage(200, 100, 8);
+    page.info.XResolution = {200, 0};
+    page.info.YResolution = {100, 0};
+    for (const int32_t code : {formatJpeg, formatGif, formatTiff, formatPng}) {
+        controller->profileFileformatSelect = code;
+        EXPECT_EQ(controller->saveXferDatatoMedia(*page.representation,
+                                                  page.image,
+                                                  page.representation->bitmapData().data(),
+                                                  600.0F,
+                                                  100.0F,
+                                                  page.info,
+                                                  200),
+                  0);
+    }
+    EXPECT_THAT(seen, testing::SizeIs(4));
+    EXPECT_THAT(seen, testing::Each(Density{200, 200}));
+}
+
 TEST_F(Dispatch, AnUnknownCodeWritesNothingAndCountsAsSaved) {
     controller->profileFileformatSelect = 42;
     EXPECT_EQ(saveGrey(), 0);
