@@ -17,7 +17,7 @@ LANGUAGES = ["en", "zh-Hant", "zh-Hans", "ja", "ko", "de", "fr", "es", "it", "cs
 MENU_NAMES = ["English", "繁體中文", "简体中文", "日本語", "한국어", "Deutsch", "Français", "Español", "Italiano", "Čeština",
               "Português (Brasil)", "Русский", "Portuguese", "Polski", "Български", "Dansk", "Nederlands", "Finnish",
               "French Canada", "Greek", "Magyar", "Norsk", "Romanian", "Slovenčina", "Svenska", "Turkish", "Arabic"]
-GERMAN, SPANISH, FRENCH = 5, 7, 6
+JAPANESE, GERMAN, FRENCH, SPANISH, RUSSIAN, ARABIC = 3, 5, 6, 7, 11, 26
 
 
 class ChoiceOfScanner(WindowTest):
@@ -227,6 +227,20 @@ class Languages(WindowTest):
         again.main_window()
         self.check_texts(again, title)
 
+    def test_nothing_is_clipped_on_a_fine_screen(self):
+        for language in (GERMAN, RUSSIAN, JAPANESE, ARABIC):
+            for size in ((1024, 678), (1366, 768)):
+                with self.subTest(LANGUAGES[language], size=size):
+                    self.home.remember_window(*size)
+                    self.home.write_settings(self.tree, language=language)
+                    program = self.start(QT_SCALE_FACTOR="2")
+                    try:
+                        self.assertEqual(program.main_window().box[2:], size)
+                        self.check_texts(program, strings_of(self.tree, LANGUAGES[language]))
+                        self.check_nothing_clipped(program)
+                    finally:
+                        program.stop()  # a window that stays would be raised instead of the next one
+
     def check_texts(self, program, texts):
         wait(lambda: program.find(role="push button", name=texts["Scan"]), "the Scan button is retitled")
         names = {c.name for c in program.main_window().walk()}
@@ -297,6 +311,20 @@ class Keyboard(WindowTest):
         program.focus_window("frame")
         program.key("ctrl+q")
         self.assertEqual(program.wait_end(), 0)
+
+    def test_menus_open_in_a_script_without_underlined_letters(self):
+        for language, towards_next in ((JAPANESE, "Right"), (ARABIC, "Left")):
+            with self.subTest(LANGUAGES[language]):
+                self.home.write_settings(self.tree, language=language)
+                texts = strings_of(self.tree, LANGUAGES[language])
+                program = self.started()
+                program.focus_window("frame")
+                program.key("Alt_L")
+                program.key("Down", towards_next)
+                wait(lambda: program.first(program.main_window().walk(), name=texts["Quit"],
+                                           test=lambda c: c.showing), "the File menu is open")
+                program.key("Up", "Return")
+                self.assertEqual(program.wait_end(), 0)
 
     def test_every_control_has_a_name(self):
         program = self.started()
