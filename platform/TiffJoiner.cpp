@@ -135,8 +135,10 @@ TiffJoiner::Added TiffJoiner::append(void* source, bool asOwnPage) {
                         (asOwnPage ? setTiffPageTags(output_->tiff(), tags)
                                    : copyTiffPageTags(from, output_->tiff())) &&
                         copyTiffData(from, output_->tiff());
-    if (copied && TIFFWriteDirectory(output_->tiff()) != 0 && !output_->failed())
+    if (copied && TIFFWriteDirectory(output_->tiff()) != 0 && !output_->failed()) {
+        hasPages_ = true;
         return Added::yes;
+    }
     if (output_->failed() || copied || !output_->dropPage(start))
         return Added::outputFailed;
     return Added::unreadable;
@@ -178,7 +180,8 @@ TiffJoiner::Added TiffJoiner::add(const std::string& pageFile) {
 bool TiffJoiner::finish() {
     if (!isOpen())
         return false;
-    const bool whole = output_->close();
+    // A header without a page would be no TIFF file.
+    const bool whole = hasPages_ && output_->close();
     output_.reset();
     return whole;
 }

@@ -34,8 +34,8 @@ public:
     // file adds nothing and may be tried again.
     [[nodiscard]] Added add(const std::string& pageFile);
 
-    // Puts the file under its name, replacing what is there. False: it could not be written, and
-    // nothing of it is left.
+    // Puts the file under its name, replacing what is there. False: it has no page or could not be
+    // written, and nothing of it is left.
     [[nodiscard]] bool finish();
 
 private:
@@ -48,6 +48,7 @@ private:
     std::string outputPath_;
     TiffJoining joining_;
     uint64_t classicBytes_;
+    bool hasPages_ = false;
     std::unique_ptr<Output> output_;
 };
 

@@ -169,6 +169,16 @@ class FormatTest(ProgramTest):
         return json.loads(run("exiftool", "-json", "-n", *tags, *files).stdout)
 
 
+class Bmp(FormatTest):
+    def test_bmp(self):
+        for files, pages, resolution in self.scans("bmp"):
+            for path, page in zip(files, pages):
+                self.assertPixels(run_raw("bmptopnm", "-quiet", path), page)
+                header = struct.unpack("<iiHHIIii", path.read_bytes()[18:46])
+                self.assertEqual(header[:4], (page.width, page.height, 1, page.bits))
+                self.assertEqual(header[-2:], (int(resolution * 39.37),) * 2)
+
+
 class Png(FormatTest):
     def test_png(self):
         for files, pages, resolution in self.scans("png"):

@@ -197,6 +197,14 @@ TEST_F(TiffJoin, AnAbandonedJoinLeavesNothing) {
     EXPECT_EQ(folderEntries(folder_.path()), std::vector<std::string>{"1"});
 }
 
+TEST_F(TiffJoin, WithoutAPageThereIsNoFile) {
+    ASSERT_TRUE(put(folder_ / "1", "no picture"));
+    TiffJoiner joiner(out_, TiffJoining::unchanged);
+    EXPECT_EQ(joiner.add(folder_ / "1"), Added::unreadable);
+    EXPECT_FALSE(joiner.finish());
+    EXPECT_EQ(folderEntries(folder_.path()), std::vector<std::string>{"1"});
+}
+
 TEST_F(TiffJoin, AFolderThatIsNotThere) {
     TiffJoiner joiner(folder_ / "gone/joined.tif", TiffJoining::declared300Dpi);
     EXPECT_FALSE(joiner.isOpen());
