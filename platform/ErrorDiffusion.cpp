@@ -40,24 +40,28 @@ void store(int16_t* place, const Colour& colour) {
 } // namespace
 
 ErrorDiffusion::ErrorDiffusion(const Palette& palette, int32_t widthPixels)
-    : nearest_(cellCount), missed_((static_cast<size_t>(widthPixels) + 2) * 3) {
+    : colourCount_(palette.size()), nearest_(cellCount, -1),
+      missed_((static_cast<size_t>(widthPixels) + 2) * 3) {
     for (size_t place = 0; place < palette.size(); ++place)
         colours_[place] = {palette[place].red, palette[place].green, palette[place].blue};
+}
+
+// Pages visit few of the cells: each is looked up when it is first met.
+uint8_t ErrorDiffusion::findNearest(size_t cell) {
+    const int32_t red = middleOfCell(cell, 2 * bitsPerAxis);
+    const int32_t green = middleOfCell(cell, bitsPerAxis);
+    const int32_t blue = middleOfCell(cell, 0);
     std::array<int32_t, mostPaletteColours> distances{};
-    for (size_t cell = 0; cell < cellCount; ++cell) {
-        const int32_t red = middleOfCell(cell, 2 * bitsPerAxis);
-        const int32_t green = middleOfCell(cell, bitsPerAxis);
-        const int32_t blue = middleOfCell(cell, 0);
-        for (size_t place = 0; place < palette.size(); ++place) {
-            const auto& colour = colours_[place];
-            distances[place] = (red - colour[0]) * (red - colour[0]) +
-                               (green - colour[1]) * (green - colour[1]) +
-                               (blue - colour[2]) * (blue - colour[2]);
-        }
-        const auto end = distances.begin() + static_cast<std::ptrdiff_t>(palette.size());
-        nearest_[cell] =
-            static_cast<uint8_t>(std::min_element(distances.begin(), end) - distances.begin());
+    for (size_t place = 0; place < colourCount_; ++place) {
+        const auto& colour = colours_[place];
+        distances[place] = (red - colour[0]) * (red - colour[0]) +
+                           (green - colour[1]) * (green - colour[1]) +
+                           (blue - colour[2]) * (blue - colour[2]);
     }
+    const auto end = distances.begin() + static_cast<std::ptrdiff_t>(colourCount_);
+    const auto found = std::min_element(distances.begin(), end) - distances.begin();
+    nearest_[cell] = static_cast<int16_t>(found);
+    return static_cast<uint8_t>(found);
 }
 
 void ErrorDiffusion::mapRow(std::span<const uint8_t> rgb, std::span<uint8_t> indices) {
@@ -69,7 +73,9 @@ void ErrorDiffusion::mapRow(std::span<const uint8_t> rgb, std::span<uint8_t> ind
         const int32_t red = corrected(pixel[0], right.red + missed[0]);
         const int32_t green = corrected(pixel[1], right.green + missed[1]);
         const int32_t blue = corrected(pixel[2], right.blue + missed[2]);
-        index = nearest_[cellOf(red, green, blue)];
+        const size_t cell = cellOf(red, green, blue);
+        const int16_t known = nearest_[cell];
+        index = known >= 0 ? static_cast<uint8_t>(known) : findNearest(cell);
         const auto& given = colours_[index];
         const Colour error{red - given[0], green - given[1], blue - given[2]};
         store(missed - 3, below + error * 3);

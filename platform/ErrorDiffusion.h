@@ -20,8 +20,11 @@ public:
     void mapRow(std::span<const uint8_t> rgb, std::span<uint8_t> indices);
 
 private:
+    uint8_t findNearest(size_t cell);
+
     std::array<std::array<int32_t, 3>, mostPaletteColours> colours_{};
-    std::vector<uint8_t> nearest_; // by the upper 5 bits of red, green and blue
+    size_t colourCount_;
+    std::vector<int16_t> nearest_; // by the upper 5 bits of red, green and blue; -1: not asked yet
     std::vector<int16_t> missed_;  // sixteenths, for the next row; a pixel more at both ends
 };
 
