@@ -1,10 +1,10 @@
 // Files as every brand saves them: two put the scanner's name in, the others leave files alone.
 #include "OutputFixture.h"
 
+#include "ToolOutput.h"
 #include "platform/PdfDocument.h"
 #include "platform/PictureReader.h"
 
-#include <array>
 #include <cstdio>
 #include <map>
 #include <random>
@@ -12,18 +12,6 @@
 
 namespace paperline {
 namespace {
-
-// What a shell command prints.
-std::string outputOf(const std::string& command) {
-    std::string text;
-    std::FILE* pipe = popen(command.c_str(), "r");
-    if (pipe == nullptr)
-        return "no shell";
-    std::array<char, 4096> buffer{};
-    while (const size_t count = std::fread(buffer.data(), 1, buffer.size(), pipe))
-        text.append(buffer.data(), count);
-    return pclose(pipe) == 0 ? text : "failed: " + text;
-}
 
 std::string shown(const std::string& tags, const std::string& path) {
     return outputOf("exiftool -s3 " + tags + " '" + path + "' 2>&1");

@@ -1,0 +1,10 @@
+// Saves an image as PDF in a program that never connected to a window server.
+#include "app/AppDelegate.h"
+
+int main(int argc, char** argv) {
+    if (argc != 2)
+        return 2;
+    paperline::AppDelegate controller;
+    controller.saveAsPDFWithName(paperline::Image(), argv[1]);
+    return 0;
+}
