@@ -210,6 +210,7 @@ public:
     void reloadMainTable(); // asks _tableViewMain to read its rows again
     void dropNewestPath();  // takes the newest of imageFilePath off the list, with its rows
     void selectLastRow();
+    void deselectRows(); // the page on show is none of the list's
 
     // Page view: viewer/PageView.cpp
     void showFitlSizeImage(uint32_t row);

@@ -296,6 +296,7 @@ int32_t showPageOnly(AppDelegate& controller, const ReceivedPage& page) {
     traceMark("mMenuFileSave = 0", "");
     const std::string path = scratchPath(previewName);
     (void)saveAsBmp(controller, page, path); // a preview that could not be written is not reported
+    controller.deselectRows();
     dropPreview(controller);
     controller.imageFilePath.push_back(path);
     controller.GetImageFromImageFolder();

@@ -98,6 +98,8 @@ void AppDelegate::menuFileSave(QObject*) {
     mMenuFileSave = mMenuFileSave != 0 ? 0 : 1;
     if (fileSave != nullptr)
         fileSave->setChecked(mMenuFileSave != 0);
+    if (on && !cellInfos.empty())
+        reloadMainTable(); // while pages were only shown, the list left one out
     layOutWindow();
     showIdleStatus();
 }

@@ -239,6 +239,8 @@ void MainWindow::changeEvent(QEvent* event) {
         outlets_.paperlineToolbar_Scan != nullptr) {
         evenToolbarEnds(outlets_.paperlineToolbar);
         styleScanButton(outlets_);
+        // Panes change sides only when they are laid out again.
+        outlets_.paperlineSplitView->setSizes(outlets_.paperlineSplitView->sizes());
     }
     QMainWindow::changeEvent(event);
 }

@@ -7,6 +7,8 @@
 #include "ui/BidirectionalText.h"
 #include "ui/MainWindow.h"
 
+#include <algorithm>
+
 namespace paperline {
 namespace {
 
@@ -35,10 +37,13 @@ void AppDelegate::showPageCount() {
     if (window == nullptr)
         return;
     window->setEmptyStateShown(cellInfos.empty());
-    window->setPageCount(cellInfos.empty() ? QString()
-                                           : filledIn(localizedString(mlangBundle, "StatusPages"),
-                                                      "%d",
-                                                      std::to_string(cellInfos.size())));
+    // The preview is no page of the list.
+    const size_t previews = nonFileSaveImageInTempFolder != 0 ? 1 : 0;
+    const size_t pages = cellInfos.size() - std::min(previews, cellInfos.size());
+    window->setPageCount(
+        pages == 0
+            ? QString()
+            : filledIn(localizedString(mlangBundle, "StatusPages"), "%d", std::to_string(pages)));
 }
 
 void AppDelegate::showScanningStatus(uint32_t pageNumber) {

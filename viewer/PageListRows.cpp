@@ -118,6 +118,12 @@ void AppDelegate::dropNewestPath() {
     reloadMainTable();
 }
 
+void AppDelegate::deselectRows() {
+    if (_tableViewMain == nullptr || _tableViewMain->selectionModel() == nullptr)
+        return;
+    _tableViewMain->selectionModel()->clear();
+}
+
 void AppDelegate::selectLastRow() {
     const uint32_t rows = listedRows(*this);
     if (launchOptions().commandLine || rows == 0 || rows > cellInfos.size())

@@ -137,6 +137,20 @@ class SaveSwitch(WindowTest):
         wait(lambda: combo.enabled and field.enabled, "format and folder are on")
         wait(lambda: pane.box[2] == width_beside_list, "the list has its room again")
         wait(lambda: program.find(name="Save", test=lambda c: c.role.endswith("menu item")).checked, "the mark is set")
+        # The preview stays on show, but no row is its; both modes still work on it.
+        table = program.find(role="table")
+        self.assertEqual(table.rows, 2)
+        self.assertFalse([row for row in range(2) if table.cell(row).has("SELECTED")])
+        self.assertIn("Pages: 2", [c.name for c in program.main_window().walk() if c.role == "label"])
+        for key, mode in (("ctrl+1", "Actual Size"), ("ctrl+0", "Fit Page")):
+            program.key(key)
+            wait(lambda: program.find(name=mode).checked, f"{mode} is on")
+        program.click(table.cell(1))
+        wait(lambda: table.cell(1).has("SELECTED"), "a click selects a row")
+        for key, mode in (("ctrl+1", "Actual Size"), ("ctrl+0", "Fit Page")):
+            program.key(key)
+            wait(lambda: program.find(name=mode).checked, f"{mode} is on")
+        self.assertEqual(table.rows, 2)
         program.key("ctrl+r")
         wait(lambda: len(self.files()) == len(before) + 2, "pages are saved again")
 
@@ -226,6 +240,17 @@ class Languages(WindowTest):
         again = self.start()
         again.main_window()
         self.check_texts(again, title)
+
+    def test_the_panes_change_sides_with_the_direction_of_the_script(self):
+        program = self.started()
+        texts = {language: strings_of(self.tree, language) for language in ("en", "ar")}
+        for was, language, menu_name in (("en", "ar", "Arabic"), ("ar", "en", "English")):
+            program.menu(texts[was]["Options"], texts[was]["Language"], menu_name)
+            wait(lambda: program.find(name=texts[language]["PageViewName"]), "the page view has its new name")
+            table = program.find(role="table")
+            view = program.find(name=texts[language]["PageViewName"])
+            wait(lambda: (table.box[0] > view.box[0]) == (language == "ar"), "the list has changed sides")
+            self.check_nothing_clipped(program)
 
     def test_nothing_is_clipped_on_a_fine_screen(self):
         for language in (GERMAN, RUSSIAN, JAPANESE, ARABIC):

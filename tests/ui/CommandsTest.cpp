@@ -250,11 +250,32 @@ TEST_F(CommandsTest, TheEmptyPageAreaGivesWayToPagesAndTheyAreCounted) {
     ASSERT_NE(emptyTitle(), nullptr);
     window().show();
     EXPECT_TRUE(emptyTitle()->isVisible());
+    const auto shows = [&](const char* text) {
+        return std::ranges::any_of(made.paperlineWindow->findChildren<QLabel*>(),
+                                   [text](const QLabel* l) { return l->text() == text; });
+    };
     made.cellInfos.resize(2);
     made.showPageCount();
     EXPECT_FALSE(emptyTitle()->isVisible());
-    EXPECT_TRUE(std::ranges::any_of(made.paperlineWindow->findChildren<QLabel*>(),
-                                    [](const QLabel* l) { return l->text() == "Pages: 2"; }));
+    EXPECT_TRUE(shows("Pages: 2"));
+    made.nonFileSaveImageInTempFolder = 1; // the newest is only a preview
+    made.showPageCount();
+    EXPECT_TRUE(shows("Pages: 1"));
+    made.cellInfos.resize(1);
+    made.showPageCount();
+    EXPECT_FALSE(emptyTitle()->isVisible());
+    EXPECT_FALSE(shows("Pages: 0"));
+}
+
+TEST_F(CommandsTest, TheListIsWholeAgainWhenPagesAreSavedAgain) {
+    AppDelegate& made = start();
+    made.cellInfos.resize(3);
+    made.reloadMainTable();
+    made.menuFileSave(nullptr);
+    made.reloadMainTable(); // a preview came and went
+    EXPECT_EQ(made._tableViewMain->model()->rowCount(), 2);
+    made.menuFileSave(nullptr);
+    EXPECT_EQ(made._tableViewMain->model()->rowCount(), 3);
 }
 
 } // namespace

@@ -140,6 +140,17 @@ TEST_F(PageListRows, SelectionSurvivesAReload) {
     EXPECT_TRUE(controller_._tableViewMain->selectionModel()->isRowSelected(1));
 }
 
+TEST_F(PageListRows, ARowThatWasDeselectedCanBeChosenAgain) {
+    listThree();
+    controller_._tableViewMain->selectRow(1);
+    controller_.deselectRows();
+    controller_._selectedRaw = -1;
+    EXPECT_FALSE(controller_._tableViewMain->selectionModel()->hasSelection());
+    EXPECT_FALSE(controller_._tableViewMain->currentIndex().isValid());
+    controller_._tableViewMain->selectRow(1);
+    EXPECT_EQ(controller_._selectedRaw, 1);
+}
+
 TEST_F(PageListRows, TheNewestPageIsSelected) {
     listThree();
     controller_.selectLastRow();
