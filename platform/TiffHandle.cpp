@@ -151,6 +151,35 @@ toff_t seekFile(thandle_t handle, toff_t offset, int whence) {
     return seekTo(file.position, offset, whence, size) ? file.position : seekFailed;
 }
 
+// How the library reaches what a handle stands for.
+struct Access {
+    const char* name; // in the library's messages
+    TIFFReadWriteProc read;
+    TIFFReadWriteProc write;
+    TIFFSeekProc seek;
+    TIFFSizeProc size;
+};
+
+constexpr Access memoryAccess{"memory", readMemory, writeMemory, seekMemory, sizeOfMemory};
+constexpr Access fileAccess{"file", readFileAt, writeFileAt, seekFile, sizeOfFile};
+
+TiffHandle openThrough(const Access& access, thandle_t data, const char* mode, TiffErrors& errors) {
+    const OptionsHandle options = quietOptions(errors);
+    if (!options)
+        return nullptr;
+    return TiffHandle(TIFFClientOpenExt(access.name,
+                                        mode,
+                                        data,
+                                        access.read,
+                                        access.write,
+                                        access.seek,
+                                        keepTiffOpen,
+                                        access.size,
+                                        nullptr,
+                                        nullptr,
+                                        options.get()));
+}
+
 } // namespace
 
 TiffHandle openTiffFile(const std::string& path, tmsize_t largestAllocation, TiffErrors& errors) {
@@ -162,37 +191,11 @@ TiffHandle openTiffFile(const std::string& path, tmsize_t largestAllocation, Tif
 }
 
 TiffHandle openTiffMemory(TiffMemory& memory, const char* mode, TiffErrors& errors) {
-    const OptionsHandle options = quietOptions(errors);
-    if (!options)
-        return nullptr;
-    return TiffHandle(TIFFClientOpenExt("memory",
-                                        mode,
-                                        &memory,
-                                        readMemory,
-                                        writeMemory,
-                                        seekMemory,
-                                        keepTiffOpen,
-                                        sizeOfMemory,
-                                        nullptr,
-                                        nullptr,
-                                        options.get()));
+    return openThrough(memoryAccess, &memory, mode, errors);
 }
 
 TiffHandle openTiffDescriptor(TiffDescriptor& file, const char* mode, TiffErrors& errors) {
-    const OptionsHandle options = quietOptions(errors);
-    if (!options)
-        return nullptr;
-    return TiffHandle(TIFFClientOpenExt("file",
-                                        mode,
-                                        &file,
-                                        readFileAt,
-                                        writeFileAt,
-                                        seekFile,
-                                        keepTiffOpen,
-                                        sizeOfFile,
-                                        nullptr,
-                                        nullptr,
-                                        options.get()));
+    return openThrough(fileAccess, &file, mode, errors);
 }
 
 } // namespace paperline

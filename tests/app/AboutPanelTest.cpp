@@ -6,6 +6,7 @@
 #include "platform/Host.h"
 #include "platform/Places.h"
 #include "platform/PropertyList.h"
+#include "tests/support/TestFolder.h"
 
 #include <QApplication>
 #include <QDialog>
@@ -46,7 +47,6 @@ protected:
         controller_.reset();
         setAlertPresenter({});
         host() = realHost();
-        removePath(root_);
     }
 
     void make(uint32_t brand) {
@@ -71,10 +71,8 @@ protected:
         return texts;
     }
 
-    std::string root_ = [] {
-        std::string name = testing::TempDir() + "/aboutXXXXXX";
-        return std::string(mkdtemp(name.data()));
-    }();
+    const testing_support::TestFolder testFolder_;
+    const std::string& root_ = testFolder_.path();
     std::string bundle_ = root_ + "/Paperline.app";
     double now_ = secondsOf16January2026;
     int answer_ = alertDefaultReturn;

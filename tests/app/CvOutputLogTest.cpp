@@ -1,6 +1,7 @@
 #include "app/CvOutputLog.h"
 #include "platform/Files.h"
 #include "platform/Host.h"
+#include "tests/support/TestFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -27,7 +28,6 @@ protected:
         host().secondsSinceEpoch = [] { return 1'768'572'207.512; };
     }
     ~CvOutputLogTest() override {
-        removePath(root_);
         unsetenv("PAPERLINE_ROOT");
         host() = realHost();
     }
@@ -49,10 +49,8 @@ protected:
         return lines;
     }
 
-    std::string root_ = [] {
-        std::string name = testing::TempDir() + "/logXXXXXX";
-        return std::string(mkdtemp(name.data()));
-    }();
+    const testing_support::TestFolder testFolder_;
+    const std::string& root_ = testFolder_.path();
     std::string folder_ = root_ + "/tmp/DrvLog";
     CvOutputLog log_;
 };

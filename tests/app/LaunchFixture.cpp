@@ -6,20 +6,18 @@
 #include "platform/Host.h"
 #include "platform/MainLoop.h"
 #include "platform/Places.h"
+#include "tests/support/MainLoopTesting.h"
 #include "twain/TWAINHandler.h"
 
 #include <QDialog>
-#include <QEventLoop>
 #include <QTableView>
 #include <QTimer>
 
-#include <cstdlib>
 #include <filesystem>
 
 namespace paperline::test {
 namespace {
 
-constexpr int longestScanMilliseconds = 10'000;
 constexpr double afternoon = 1'768'572'207.512;
 
 void standStill(Host& host, const std::string& home) {
@@ -36,8 +34,6 @@ void standStill(Host& host, const std::string& home) {
 } // namespace
 
 LaunchFixture::LaunchFixture() {
-    std::string pattern = "/tmp/paperline-launch-XXXXXX";
-    folder = mkdtemp(pattern.data());
     home = folder + "/home";
     bundle = folder + "/Paperline.app";
     EXPECT_TRUE(createFolderWithParents(home + "/Documents"));
@@ -71,7 +67,6 @@ LaunchFixture::~LaunchFixture() {
     setBundlePath(bundleBefore_);
     removePath(userDataFolder());
     removePath(scratchPath("/tmp/CorvaneTempImage"));
-    removePath(folder);
 }
 
 ScriptedSource& LaunchFixture::addSource(std::string_view productName,
@@ -126,17 +121,7 @@ void LaunchFixture::end() {
 }
 
 bool LaunchFixture::runUntilScanEnds() {
-    const int endedBefore = scansEnded;
-    QEventLoop loop;
-    QTimer poll;
-    QObject::connect(&poll, &QTimer::timeout, &loop, [&] {
-        if (scansEnded > endedBefore)
-            loop.quit();
-    });
-    poll.start(5);
-    QTimer::singleShot(longestScanMilliseconds, &loop, &QEventLoop::quit);
-    loop.exec();
-    return scansEnded > endedBefore;
+    return testing_support::runUntilRaised(scansEnded);
 }
 
 void LaunchFixture::chooseRow(AppDelegate& asked, int row) const {
@@ -163,8 +148,7 @@ std::string LaunchFixture::languageFile(std::string_view productName) const {
 }
 
 void LaunchFixture::writeTextFile(const std::string& path, const std::string& text) const {
-    EXPECT_TRUE(createFolderWithParents(folderOfPath(path)));
-    EXPECT_TRUE(writeFile(path, std::vector<uint8_t>(text.begin(), text.end())));
+    testing_support::writeTextFile(path, text);
 }
 
 std::string LaunchFixture::textOfFile(const std::string& path) const {

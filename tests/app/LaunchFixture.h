@@ -6,6 +6,7 @@
 #include "ScriptedDsm.h"
 #include "app/AppDelegate.h"
 #include "platform/Alert.h"
+#include "tests/support/TestFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -49,7 +50,8 @@ protected:
     std::unique_ptr<AppDelegate> controller;
     std::vector<Alert> alerts;
     std::vector<std::string> revealed;
-    std::string folder; // of this test
+    const testing_support::TestFolder testFolder;
+    const std::string& folder = testFolder.path();
     std::string bundle; // the application's
     std::string home;   // the user's; his name is "ada"
     int selectionsShown = 0;

@@ -3,6 +3,7 @@
 #include "platform/Files.h"
 #include "platform/Host.h"
 #include "platform/PropertyList.h"
+#include "tests/support/TestFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -23,7 +24,6 @@ protected:
         writeTexts("ja.lproj", "検索中");
     }
     ~LaunchTextsTest() override {
-        removePath(root_);
         host() = realHost();
         unsetenv("XDG_DATA_HOME");
     }
@@ -37,10 +37,8 @@ protected:
             writePropertyListAtomically(bundle_ + "/Contents/MACOS/CvPaperline_lng.plist", root));
     }
 
-    std::string root_ = [] {
-        std::string name = testing::TempDir() + "/launchXXXXXX";
-        return std::string(mkdtemp(name.data()));
-    }();
+    const testing_support::TestFolder testFolder_;
+    const std::string& root_ = testFolder_.path();
     std::string bundle_ = root_ + "/Paperline.app";
     std::vector<std::string> preferred_{"de-DE", "ja-JP"};
 };

@@ -4,6 +4,7 @@
 #include "platform/Files.h"
 #include "platform/Host.h"
 #include "platform/Places.h"
+#include "tests/support/TestFolder.h"
 #include "ui/SaveFolderTextField.h"
 
 #include <gtest/gtest.h>
@@ -29,7 +30,6 @@ protected:
         controller_ = make(7);
     }
     ~SettingsStoreTest() override {
-        removePath(root_);
         removePath(userDataFolder());
         setBundlePath({});
         host() = realHost();
@@ -63,10 +63,8 @@ protected:
     }
 
     std::string user_ = "ada";
-    std::string root_ = [] {
-        std::string name = testing::TempDir() + "/settingsXXXXXX";
-        return std::string(mkdtemp(name.data()));
-    }();
+    const testing_support::TestFolder testFolder_;
+    const std::string& root_ = testFolder_.path();
     std::string bundle_ = root_ + "/Paperline.app";
     std::string file_ = bundle_ + "/Contents/MACOS/CvPaperline_lng.plist";
     std::unique_ptr<AppDelegate> controller_;

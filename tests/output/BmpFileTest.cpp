@@ -1,6 +1,7 @@
 #include "output/BmpFile.h"
 
 #include "output/ChannelSwap.h"
+#include "tests/support/TestFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -24,16 +25,6 @@ using Bytes = std::vector<uint8_t>;
 
 class BmpFile : public testing::Test {
 protected:
-    void SetUp() override {
-        char name[] = "/tmp/bmpfileXXXXXX";
-        ASSERT_NE(mkdtemp(name), nullptr);
-        folder_ = name;
-    }
-    void TearDown() override {
-        (void)unlink(path("p.bmp").c_str());
-        (void)unlink(path("message").c_str());
-        EXPECT_EQ(rmdir(folder_.c_str()), 0);
-    }
     std::string path(const std::string& name) const { return folder_ + "/" + name; }
     static Bytes bytesOf(const std::string& path) {
         std::ifstream file(path, std::ios::binary);
@@ -61,7 +52,8 @@ protected:
         EXPECT_EQ(file, Bytes(whole.begin(), whole.end()));
         return file;
     }
-    std::string folder_;
+    const testing_support::TestFolder testFolder_;
+    const std::string& folder_ = testFolder_.path();
 };
 
 uint32_t doubleWord(std::span<const uint8_t> bytes, size_t at) {

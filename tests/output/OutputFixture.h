@@ -10,6 +10,7 @@
 #include "platform/Files.h"
 #include "platform/Host.h"
 #include "platform/Places.h"
+#include "tests/support/TestFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -74,9 +75,6 @@ inline PageCodecs::JoinerFactory listingJoiner() {
 class OutputTest : public testing::Test {
 protected:
     void SetUp() override {
-        char name[] = "/tmp/outputXXXXXX";
-        ASSERT_NE(mkdtemp(name), nullptr);
-        folder = name;
         brandBefore_ = gBrandNumber;
         gBrandNumber = 7;
         host().freeSpaceBytes = [this](const std::string&) { return freeBytes; };
@@ -109,7 +107,6 @@ protected:
         gBrandNumber = brandBefore_;
         removePath(scratchPath(scratchRootName));
         removePath(scratchPath(previewName));
-        EXPECT_TRUE(removePath(folder));
     }
 
     static void makeStagingFolders() {
@@ -142,7 +139,8 @@ protected:
         ASSERT_TRUE(writeFile(path, Bytes(text.begin(), text.end())));
     }
 
-    std::string folder;
+    const testing_support::TestFolder testFolder;
+    const std::string& folder = testFolder.path();
     std::optional<int64_t> freeBytes = int64_t{1} << 40;
     std::vector<Alert> alerts;
     std::vector<SavedFile> saved;

@@ -2,6 +2,7 @@
 
 #include "output/PageNaming.h"
 #include "platform/Files.h"
+#include "tests/support/TestFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -22,17 +23,10 @@ using Bytes = std::vector<uint8_t>;
 
 class PageFile : public testing::Test {
 protected:
-    void SetUp() override {
-        char name[] = "/tmp/pagefileXXXXXX";
-        ASSERT_NE(mkdtemp(name), nullptr);
-        folder_ = name;
-    }
-    void TearDown() override {
-        (void)chmod(folder_.c_str(), 0700);
-        EXPECT_TRUE(removePath(folder_));
-    }
+    void TearDown() override { (void)chmod(folder_.c_str(), 0700); }
     std::string path(const std::string& name) const { return folder_ + "/" + name; }
-    std::string folder_;
+    const testing_support::TestFolder testFolder_;
+    const std::string& folder_ = testFolder_.path();
 };
 
 const Bytes page{1, 2, 3, 4};

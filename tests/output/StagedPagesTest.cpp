@@ -1,6 +1,7 @@
 #include "output/StagedPages.h"
 
 #include "platform/Files.h"
+#include "tests/support/TestFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -14,15 +15,10 @@ using Bytes = std::vector<uint8_t>;
 
 class StagedPages : public testing::Test {
 protected:
-    void SetUp() override {
-        char name[] = "/tmp/stagedXXXXXX";
-        ASSERT_NE(mkdtemp(name), nullptr);
-        folder_ = name;
-        ASSERT_TRUE(createFolder(path("MultiImage")));
-    }
-    void TearDown() override { EXPECT_TRUE(removePath(folder_)); }
+    void SetUp() override { ASSERT_TRUE(createFolder(path("MultiImage"))); }
     std::string path(const std::string& name) const { return folder_ + "/" + name; }
-    std::string folder_;
+    const testing_support::TestFolder testFolder_;
+    const std::string& folder_ = testFolder_.path();
 };
 
 TEST_F(StagedPages, MoveToAFolderOfTheUsers) {

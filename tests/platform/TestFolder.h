@@ -1,5 +1,7 @@
-// What the tests of platform/ share: folders, environment, another user's file, a small disk.
+// What the tests of platform/ share: environment, another user's file, a small disk.
 #pragma once
+
+#include "tests/support/TestFolder.h"
 
 #include "platform/Files.h"
 
@@ -35,27 +37,6 @@ inline std::string textOf(const std::string& path) {
 inline bool put(const std::string& path, std::string_view text) {
     return writeFile(path, bytesOf(text));
 }
-
-// A fresh folder of this test, removed with it.
-class TestFolder {
-public:
-    explicit TestFolder(const std::string& parent = {}) {
-        const char* temporary = std::getenv("TMPDIR");
-        path_ = !parent.empty() ? parent : temporary != nullptr ? temporary : "/tmp";
-        path_ += "/paperline-test-XXXXXX";
-        if (::mkdtemp(path_.data()) == nullptr)
-            ADD_FAILURE() << "no test folder at " << path_;
-    }
-    ~TestFolder() { removePath(path_); }
-    TestFolder(const TestFolder&) = delete;
-    TestFolder& operator=(const TestFolder&) = delete;
-
-    const std::string& path() const { return path_; }
-    std::string operator/(const std::string& name) const { return path_ + "/" + name; }
-
-private:
-    std::string path_;
-};
 
 // Environment variables of one test; an absent value unsets.
 class TestEnvironment {

@@ -7,18 +7,16 @@
 #include "platform/Host.h"
 #include "platform/MainLoop.h"
 #include "platform/Places.h"
+#include "tests/support/MainLoopTesting.h"
 #include "twain/TWAINHandler.h"
 
 #include <QEventLoop>
 #include <QTimer>
 
-#include <cstdlib>
 #include <cstring>
 
 namespace paperline::test {
 namespace {
-
-constexpr int longestScanMilliseconds = 10'000;
 
 template <typename Number> Number numberAt(const std::vector<uint8_t>& bytes, size_t offset) {
     Number number{};
@@ -30,8 +28,6 @@ template <typename Number> Number numberAt(const std::vector<uint8_t>& bytes, si
 } // namespace
 
 SessionFixture::SessionFixture() {
-    std::string pattern = "/tmp/paperline-session-XXXXXX";
-    root_ = mkdtemp(pattern.data());
     folder = root_ + "/Pages";
     EXPECT_TRUE(createFolder(folder));
     bundleBefore_ = bundlePath();
@@ -90,7 +86,6 @@ SessionFixture::~SessionFixture() {
     desktop() = {};
     host() = realHost();
     setBundlePath(bundleBefore_);
-    removePath(root_);
     removePath(scratchFolder());
 }
 
@@ -110,17 +105,7 @@ void SessionFixture::connect() {
 }
 
 bool SessionFixture::runUntilScanEnds() {
-    const int endedBefore = scansEnded;
-    QEventLoop loop;
-    QTimer poll;
-    QObject::connect(&poll, &QTimer::timeout, &loop, [&] {
-        if (scansEnded > endedBefore)
-            loop.quit();
-    });
-    poll.start(5);
-    QTimer::singleShot(longestScanMilliseconds, &loop, &QEventLoop::quit);
-    loop.exec();
-    return scansEnded > endedBefore;
+    return testing_support::runUntilRaised(scansEnded);
 }
 
 void SessionFixture::runFor(int milliseconds) {
@@ -146,8 +131,7 @@ std::string SessionFixture::scratchFolder() const {
 }
 
 void SessionFixture::writeTextFile(const std::string& path, const std::string& text) const {
-    EXPECT_TRUE(createFolderWithParents(folderOfPath(path)));
-    EXPECT_TRUE(writeFile(path, std::vector<uint8_t>(text.begin(), text.end())));
+    testing_support::writeTextFile(path, text);
 }
 
 BmpPixels readBmp(const std::string& path) {

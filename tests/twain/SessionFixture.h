@@ -4,6 +4,7 @@
 
 #include "ScriptedDsm.h"
 #include "app/AppDelegate.h"
+#include "tests/support/TestFolder.h"
 #include "ui/SaveFolderTextField.h"
 
 #include <gtest/gtest.h>
@@ -49,7 +50,8 @@ protected:
 
 private:
     void makeController();
-    std::string root_;
+    const testing_support::TestFolder testFolder_;
+    const std::string& root_ = testFolder_.path();
     std::string bundleBefore_;
 };
 

@@ -1,6 +1,7 @@
 #include "ui/LanguageBundle.h"
 
 #include "platform/Files.h"
+#include "tests/support/TestFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -12,17 +13,12 @@ namespace {
 
 class LanguageBundleTest : public testing::Test {
 protected:
-    void SetUp() override {
-        folder_ = "/tmp/paperline-bundle-XXXXXX";
-        ASSERT_NE(mkdtemp(folder_.data()), nullptr);
-    }
-    void TearDown() override { removePath(folder_); }
-
     void writeTexts(std::string_view text) const {
         ASSERT_TRUE(writeFile(folder_ + "/Localizable.strings",
                               {reinterpret_cast<const uint8_t*>(text.data()), text.size()}));
     }
-    std::string folder_;
+    const testing_support::TestFolder testFolder_;
+    const std::string& folder_ = testFolder_.path();
 };
 
 TEST_F(LanguageBundleTest, IsNothingWithoutItsFolder) {

@@ -2,6 +2,7 @@
 #include "ui/ThemedIcon.h"
 
 #include "platform/Files.h"
+#include "tests/support/TestFolder.h"
 
 #include <QApplication>
 #include <QImage>
@@ -34,15 +35,8 @@ TEST(ReadableBackground, StaysWhenItIsReadableAlready) {
 
 class ThemedIconTest : public testing::Test {
 protected:
-    void SetUp() override {
-        folder_ = "/tmp/paperline-icon-XXXXXX";
-        ASSERT_NE(mkdtemp(folder_.data()), nullptr);
-        before_ = QApplication::palette();
-    }
-    void TearDown() override {
-        QApplication::setPalette(before_);
-        removePath(folder_);
-    }
+    void SetUp() override { before_ = QApplication::palette(); }
+    void TearDown() override { QApplication::setPalette(before_); }
     // Left half grey, right half blue.
     std::string write(const std::string& name, int side) const {
         QImage picture(side, side, QImage::Format_ARGB32);
@@ -59,7 +53,8 @@ protected:
         QApplication::setPalette(palette);
     }
 
-    std::string folder_;
+    const testing_support::TestFolder testFolder_;
+    const std::string& folder_ = testFolder_.path();
     QPalette before_;
 };
 
