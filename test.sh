@@ -18,6 +18,7 @@ ctest --test-dir build/test --output-on-failure -L device "$@"
 if [ -n "${PAPERLINE_SANITIZERS:-}" ]; then
     cmake --preset asan
     cmake --build --preset asan
+    export LSAN_OPTIONS="suppressions=$PWD/tests/leaks-of-others.supp"
     ctest --test-dir build/asan --output-on-failure -j "$(nproc)" -L unit "$@"
     ctest --test-dir build/asan --output-on-failure -L device "$@"
 fi
