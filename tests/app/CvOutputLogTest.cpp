@@ -106,8 +106,9 @@ TEST_F(CvOutputLogTest, WritesEachFormOfEntry) {
     log_.outputDebugLog("count", "   ", 1, int64_t{0}, 0);
     log_.outputDebugLog("subject alone", "", 1, int64_t{-1}, 0);
     log_.outputDebugLog("low half", "   ", 1, int64_t{0x1'ffff'fffe}, 0);
+    log_.outputDebugLog("no low half", "   ", 1, int64_t{0xffff'ffff}, 0);
     const std::vector<std::string> lines = logLines();
-    ASSERT_EQ(lines.size(), 7U); // the creating write's mark comes first
+    ASSERT_EQ(lines.size(), 8U); // the creating write's mark comes first
     EXPECT_EQ(lines[0], "");
     EXPECT_EQ(lines[1], "14:03:27.512 ==> In  1: toolBarItemFitPage");
     EXPECT_EQ(lines[2], "14:03:27.512 ==>     7: _selectedRaw");
@@ -115,6 +116,7 @@ TEST_F(CvOutputLogTest, WritesEachFormOfEntry) {
     EXPECT_EQ(lines[4], "14:03:27.512 ==>     1: count : 0");
     EXPECT_EQ(lines[5], "14:03:27.512 ==> subject alone");
     EXPECT_EQ(lines[6], "14:03:27.512 ==>     1: low half : -2");
+    EXPECT_EQ(lines[7], "14:03:27.512 ==>     1: no low half");
 }
 
 TEST_F(CvOutputLogTest, IsUtf16WithAMarkInFrontOfEveryLine) {

@@ -80,6 +80,7 @@ TEST_F(SettingsStoreTest, HasDefaultsWithoutAFile) {
     EXPECT_EQ(controller_->saveImageName, "Image");
     controller_->ReadUISettingForLastLanguage();
     EXPECT_EQ(controller_->profileLanguage, 5); // de
+    controller_->profileShowInFinder = 1;
     controller_->ReadUISetting();
     EXPECT_EQ(controller_->profileFolderName, "/Users/kai_morn/Documents/Image");
     EXPECT_EQ(controller_->profileFileformatSelect, 1);
@@ -150,9 +151,14 @@ TEST_F(SettingsStoreTest, ReplacesAnEmptyStoredFolder) {
 TEST_F(SettingsStoreTest, ReplacesAMissingFolderOnlyWithTheFlagClear) {
     write({{"ada/Scan One", PropertyListValue(profile("/nowhere/at/all", 1, 0, 0))}});
     controller_->ReadUISetting();
+    controller_->fixUpSaveFolder();
+    EXPECT_EQ(controller_->profileFolderName, "/nowhere/at/all");
     controller_->SelectFolderAutoDetectFlag = 0;
     controller_->fixUpSaveFolder();
     EXPECT_EQ(controller_->profileFolderName, "/home/ada/Documents");
+    controller_->dictCurrentFolder->insert_or_assign("SavePath", PropertyListValue(bundle_));
+    controller_->fixUpSaveFolder();
+    EXPECT_EQ(controller_->profileFolderName, bundle_);
     controller_->dictCurrentFolder.reset();
     controller_->fixUpSaveFolder();
     EXPECT_EQ(controller_->profileFolderName, "/home/ada/Documents");

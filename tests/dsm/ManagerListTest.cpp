@@ -198,6 +198,24 @@ TEST_F(ManagerList, RemembersTheDefaultSource) {
     application.closeManager();
 }
 
+// Two scanners of one model bear the same names; only the number tells them apart.
+TEST_F(ManagerList, KeepsTwinsApart) {
+    places.addPlain("1.ds", OTHERMAKER_ALPHA);
+    places.addPlain("2.ds", OTHERMAKER_ALPHA);
+    OtherApplication application(manager, "One");
+    application.openManager();
+    std::vector<TW_IDENTITY> twins = application.sources();
+    ASSERT_EQ(twins.size(), 2U);
+    for (TW_IDENTITY& twin : twins) {
+        const TW_UINT32 number = twin.Id;
+        EXPECT_EQ(application.open(twin), TWRC_SUCCESS);
+        EXPECT_EQ(+twin.Id, number);
+    }
+    for (TW_IDENTITY& twin : twins)
+        EXPECT_EQ(application.close(twin), TWRC_SUCCESS);
+    application.closeManager();
+}
+
 TEST_F(ManagerList, HasNoDialogOfItsOwn) {
     places.addPlain("1.ds", OTHERMAKER_ALPHA);
     OtherApplication application(manager, "One");

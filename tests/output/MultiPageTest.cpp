@@ -47,6 +47,16 @@ TEST_F(MultiPage, ATiffBatchBecomesOneFileAndACopyForTheList) {
     EXPECT_THAT(folderEntries(folder), ElementsAre("Image_00007.tif"));
 }
 
+// The counter starts anew with the program, but a crash leaves the temporary root behind.
+TEST_F(MultiPage, AnOlderCopyForTheListMakesWay) {
+    const std::string listCopy = scratchPath(scratchRootName) + "/Image_00001.tif";
+    touch(listCopy, "older");
+    saveThree(formatMultiPageTiff);
+    EXPECT_TRUE(controller->joinMultiPageFile());
+    EXPECT_EQ(textOf(listCopy), "Image_00001.tif\nImage_00002.tif\nImage_00003.tif\n");
+    EXPECT_THAT(alerts, IsEmpty());
+}
+
 TEST_F(MultiPage, APdfBatchListsItsPathOncePerPage) {
     saveThree(formatMultiPagePdf);
     EXPECT_THAT(controller->imageFilePath, SizeIs(3));

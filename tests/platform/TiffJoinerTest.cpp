@@ -126,6 +126,34 @@ TEST_F(TiffJoin, OtherCompressionsAreEncodedAnewOrKept) {
     EXPECT_TRUE(holds(page.strip));
 }
 
+// Two grey pixels of 16 bits, the more significant byte first: as they lie in the file they would
+// be read the other way round from ours.
+TEST_F(TiffJoin, WideSamplesOfTheOtherByteOrderAreTurned) {
+    Bytes file{'M', 'M', 0, 42, 0, 0, 0, 12, 0xC0, 0x01, 0x20, 0x02, 0, 9};
+    const auto addTag = [&file](uint8_t low, uint8_t value, bool isLong) {
+        append(file, {1, low, 0, static_cast<uint8_t>(isLong ? 4 : 3), 0, 0, 0, 1});
+        append(file, isLong ? Bytes{0, 0, 0, value} : Bytes{0, value, 0, 0});
+    };
+    addTag(0, 2, false);  // width
+    addTag(1, 1, false);  // length
+    addTag(2, 16, false); // bits
+    addTag(3, 1, false);  // not compressed
+    addTag(6, 1, false);  // 0 is black
+    addTag(17, 8, true);  // where the strip is
+    addTag(21, 1, false); // samples
+    addTag(22, 1, false); // rows of the strip
+    addTag(23, 4, true);  // its bytes
+    append(file, {0, 0, 0, 0});
+    TiffJoiner joiner(out_, TiffJoining::unchanged);
+    EXPECT_EQ(joiner.add(putBytes("wide", file)), Added::yes);
+    EXPECT_TRUE(joiner.finish());
+    const auto picture = decodeTiffPage(out_, 0, plenty);
+    ASSERT_TRUE(picture.has_value());
+    const std::span<const uint8_t> pixels = picture->image->bitmapData();
+    EXPECT_NEAR(pixels[0], 0xC0, 1);
+    EXPECT_NEAR(pixels[pixels.size() / 2], 0x20, 1);
+}
+
 TEST_F(TiffJoin, OtherPicturesBecomePages) {
     const PagePointer page = noisePage(33, 21, 24);
     const std::string png = putBytes("a.tif", encodePng(*page, {150, 150, 1}).value());

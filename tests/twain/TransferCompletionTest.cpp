@@ -205,6 +205,20 @@ TEST_F(TransferCompletionTest, EndsQuietlyWhenTheOnlyPageIsCancelled) {
     expectIdle();
 }
 
+TEST_F(TransferCompletionTest, TakesACancelledPageForTheUsersEndAtOnce) {
+    ScriptedPage cancelled = goodPage(grey, 9);
+    cancelled.strips.back().code = twain::TWRC_CANCEL;
+    connectWithPages({goodPage(grey, seedOf(0)), cancelled});
+    std::vector<int> scanSetupAtPageEnds;
+    dsm.intercept = [&](const Triplet& triplet, TW_MEMREF) {
+        if (triplet == endXfer)
+            scanSetupAtPageEnds.push_back(controller->mScanSetup);
+        return std::optional<uint16_t>();
+    };
+    scanAtOnce();
+    EXPECT_THAT(scanSetupAtPageEnds, ElementsAre(1, 0));
+}
+
 // --- pages that cannot be held ---
 
 TEST_F(TransferCompletionTest, DiscardsTheRestAfterAPageItCannotHold) {
@@ -428,7 +442,14 @@ TEST_F(TransferCompletionTest, StartsABatchWithFreshTemporaryFolders) {
     multiPageTargetPath = "stale";
     firstPageOfBatch = false;
     memoryShortage = true;
+    int selectedBeforeAPage = 0; // the new row's selection sets it again
+    dsm.intercept = [&](const Triplet& triplet, TW_MEMREF) {
+        if (triplet.type == twain::DAT_IMAGEINFO)
+            selectedBeforeAPage += controller->changeThumbnailSelect;
+        return std::optional<uint16_t>();
+    };
     scanAtOnce();
+    EXPECT_EQ(selectedBeforeAPage, 0);
     EXPECT_TRUE(folderExists(scratchFolder() + "/MultiImage"));
     EXPECT_THAT(folderEntries(scratchFolder() + "/MultiImage"), IsEmpty());
     EXPECT_THAT(folderEntries(scratchFolder() + "/MultiImage_Scale"), IsEmpty());
