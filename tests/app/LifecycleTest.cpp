@@ -95,6 +95,8 @@ TEST_F(LifecycleTest, OpensTheOnlySourceWithoutAsking) {
     EXPECT_EQ(controller->SelectSourceCount, 1U);
     EXPECT_EQ(controller->scannerName, "Scanner One");
     EXPECT_EQ(controller->currentProductName, "Scanner One");
+    EXPECT_GT(controller->saveRect.width, 0);
+    EXPECT_GT(controller->saveRect.height, 0);
     EXPECT_EQ(controller->currentSaveFolder->folderText(), home + "/Documents/Image");
     EXPECT_FALSE(fileExists(home + "/Documents/Image")); // made by the first scan
     EXPECT_THAT(opened(), ElementsAre("Scanner One"));

@@ -148,6 +148,17 @@ TEST_F(SettingsStoreTest, ReplacesAnEmptyStoredFolder) {
     EXPECT_EQ(controller_->profileFolderName, "/home/ada/Documents/Image");
 }
 
+TEST_F(SettingsStoreTest, ForgetsTheProfileOfTheProductBefore) {
+    write({{"ada/Scan One", PropertyListValue(profile("/of/one", 1, 0, 0))}});
+    controller_->ReadUISetting();
+    EXPECT_TRUE(controller_->dictCurrentFolder);
+    controller_->currentProductName = "Scan Two";
+    controller_->ReadUISetting();
+    EXPECT_FALSE(controller_->dictCurrentFolder);
+    controller_->fixUpSaveFolder();
+    EXPECT_EQ(controller_->profileFolderName, "/home/ada/Documents/Image");
+}
+
 TEST_F(SettingsStoreTest, ReplacesAMissingFolderOnlyWithTheFlagClear) {
     write({{"ada/Scan One", PropertyListValue(profile("/nowhere/at/all", 1, 0, 0))}});
     controller_->ReadUISetting();

@@ -140,6 +140,7 @@ TEST_F(MultiPage, AStagedPageThatCannotBeWrittenIsNotSaved) {
 TEST_F(MultiPage, APdfPageGetsItsDocumentAtOnce) {
     controller->profileFileformatSelect = formatPdf;
     EXPECT_EQ(saveGrey(), 0);
+    EXPECT_THAT(folderEntries(scratchPath(stagingFolderName)), IsEmpty()); // nothing to be kept
     EXPECT_EQ(saveGrey(), 0);
     EXPECT_EQ(textOf(inFolder("Image_00001.pdf")), "Image_00001.jpg\n");
     EXPECT_EQ(textOf(inFolder("Image_00002.pdf")), "Image_00001.jpg\n");

@@ -1,5 +1,7 @@
 #include "platform/JpegCodec.h"
 
+#include "platform/JpegSegments.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -48,6 +50,17 @@ TEST(JpegEncoding, StoresTheDensity) {
     EXPECT_TRUE(std::equal(start.begin(), start.end(), file.begin()));
     EXPECT_EQ(file[file.size() - 2], 0xFF);
     EXPECT_EQ(file[file.size() - 1], 0xD9);
+}
+
+TEST(JpegHeader, TurnsDotsPerCentimetreToInches) {
+    Bytes file = encoded(*greyGradient(16, 8), {75, 118, 59});
+    uint8_t& unit = file.at(13);
+    EXPECT_EQ(readJpegHeader(file)->horizontalDpi, 118);
+    unit = 2;
+    EXPECT_DOUBLE_EQ(readJpegHeader(file)->horizontalDpi, 118 * 2.54);
+    EXPECT_DOUBLE_EQ(readJpegHeader(file)->verticalDpi, 59 * 2.54);
+    unit = 0; // only a proportion
+    EXPECT_EQ(readJpegHeader(file)->horizontalDpi, 0);
 }
 
 TEST(JpegEncoding, IsBaselineWithOneComponentForGrey) {

@@ -190,6 +190,15 @@ TEST_F(PageBuffersTest, StopsAtTheEndOfTheBuffer) {
     EXPECT_THAT(rowOf(*buffers.bitmap(), 2), ElementsAre(0, 0, 0));
 }
 
+TEST_F(PageBuffersTest, KeepsTheRestOfARowThatComesAgainCutShort) {
+    ASSERT_TRUE(buffers.preparePage(*pageLayout(imageInfo(3, 3, 8))));
+    fillBuffer();
+    strip(0, 3, 3);
+    EXPECT_THAT(rowOf(*buffers.bitmap(), 1), ElementsAre(4, 5, 6));
+    strip(0, 3, 7);
+    EXPECT_THAT(rowOf(*buffers.bitmap(), 1), ElementsAre(8, 9, 6));
+}
+
 TEST_F(PageBuffersTest, IgnoresWhatLiesOutsideThePage) {
     ASSERT_TRUE(buffers.preparePage(*pageLayout(imageInfo(2, 2, 8))));
     fillBuffer();

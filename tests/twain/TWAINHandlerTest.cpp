@@ -153,6 +153,12 @@ TEST_F(TWAINHandlerTest, KeepsTheSourceWhenTheSelectionIsCancelled) {
     EXPECT_EQ(handler->dsIdentity.ProductName.text(), "First");
 }
 
+TEST_F(TWAINHandlerTest, TakesItsSourceForChosenEvenAfterACancelledSelection) {
+    dsm.fail(userSelect, twain::TWRC_CANCEL);
+    EXPECT_EQ(handler->UserSelect(), twain::TWRC_CANCEL);
+    EXPECT_TRUE(handler->dsIdentityValid);
+}
+
 TEST_F(TWAINHandlerTest, OpensTheSourceWithoutADestination) {
     TW_IDENTITY identity{};
     handler->GetIdentity(twain::MSG_GETFIRST, identity);
