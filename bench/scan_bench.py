@@ -8,6 +8,7 @@ import pathlib
 import shutil
 import statistics
 import subprocess
+import sys
 import tempfile
 import time
 
@@ -17,6 +18,7 @@ PAGES = 10  # what the test device's feeder holds
 A4 = (210, 297)
 PAGE_MEGABYTES = 2480 * 3508 * 3 / 2**20
 MOST_MEGABYTES = 3 * PAGE_MEGABYTES + 16
+MOST_RATIO = 1.3
 DEVICE = "Noname frontend-tester"
 TEST_CONFIGURATION = """number_of_devices 1
 mode Color
@@ -57,12 +59,20 @@ class Office:
     def __exit__(self, *reason):
         shutil.rmtree(self.folder, ignore_errors=True)
 
-    def run(self, *words):
-        """Seconds that the command takes."""
-        begin = time.monotonic()
-        subprocess.run([str(w) for w in words], check=True, env=self.environment, stdin=subprocess.DEVNULL,
-                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, cwd=self.folder)
-        return time.monotonic() - begin
+    def run(self, *words, page_mark=None):
+        """Seconds that the command takes, and those of a page: between the first and the last line that holds the
+        mark."""
+        begin, marks, lines = time.monotonic(), [], []
+        process = subprocess.Popen([str(w) for w in words], env=self.environment, stdin=subprocess.DEVNULL, text=True,
+                                   stdout=subprocess.PIPE, stderr=subprocess.STDOUT, cwd=self.folder)
+        for line in process.stdout:
+            lines.append(line)
+            if page_mark and page_mark in line:
+                marks.append(time.monotonic())
+        if process.wait():
+            sys.exit(f"{words[0]} failed:\n{''.join(lines)}")
+        seconds = time.monotonic() - begin
+        return seconds, (marks[-1] - marks[0]) / (len(marks) - 1) if len(marks) > 1 else 0
 
     def empty(self):
         shutil.rmtree(self.folder / "pages")
@@ -77,17 +87,17 @@ class Office:
     def paperline(self):
         options = ["mode=Color", "source=Automatic Document Feeder", "test-picture=Color pattern", "resolution=300",
                    f"br-x={A4[0]}", f"br-y={A4[1]}"]
-        seconds = self.run(*self.scan_words(DEVICE, options))
+        times = self.run(*self.scan_words(DEVICE, options), page_mark=".bmp")
         self.check()
-        return seconds
+        return times
 
     def scanimage(self):
         words = ["scanimage", "-d", "test:0", "--mode", "Color", "--source", "Automatic Document Feeder",
                  "--test-picture", "Color pattern", "--resolution", "300", "-x", A4[0], "-y", A4[1], "--format=pnm",
                  f"--batch={self.folder}/pages/%d.pnm", f"--batch-count={PAGES}"]
-        seconds = self.run(*words)
+        times = self.run(*words, page_mark="Scanned page")
         self.check()
-        return seconds
+        return times
 
     def check(self):
         sizes = [path.stat().st_size for path in (self.folder / "pages").rglob("*") if path.is_file()]
@@ -114,11 +124,16 @@ class Office:
 def print_times(office, rounds):
     office.run(office.program, "sources")  # the first start of all looks for devices
     turns = [(office.paperline(), office.scanimage()) for _ in range(rounds)]
-    ours, theirs = (statistics.median(times) * 1000 for times in zip(*turns))
     print("| work | Paperline | scanimage | time ratio | at most | met |")
     print("|---|---|---|---|---|---|")
-    print(f"| {PAGES} colour A4 pages at 300 dpi from SANE's test device, start and end included | {ours:.0f} ms, BMP | "
-          f"{theirs:.0f} ms, PNM | {ours / theirs:.3f} | 1.3 | {'yes' if ours <= 1.3 * theirs else 'no'} |\n", flush=True)
+    works = (f"{PAGES} colour A4 pages at 300 dpi from SANE's test device, start and end included",
+             "a page of them, without start and end")
+    for which, work in enumerate(works):
+        ours = statistics.median(turn[0][which] for turn in turns) * 1000
+        theirs = statistics.median(turn[1][which] for turn in turns) * 1000
+        print(f"| {work} | {ours:.0f} ms, BMP | {theirs:.0f} ms, PNM | {ours / theirs:.3f} | {MOST_RATIO} | "
+              f"{'yes' if ours <= MOST_RATIO * theirs else 'no'} |", flush=True)
+    print()
 
 
 def print_memory(office, long_scan):

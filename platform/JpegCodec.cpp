@@ -106,8 +106,8 @@ public:
                                                const JpegOptions& options) {
         const auto rowSamples = static_cast<size_t>(page.pixelsWide());
         std::vector<uint8_t> greyRow;
-        // Most pages shrink to less than an eighth; the buffer doubles when one does not.
-        const size_t guess = page.bitmapData().size() / 8 + 65536;
+        // Most pages shrink to less than a thirtieth; the buffer doubles when one does not.
+        const size_t guess = page.bitmapData().size() / 32 + 65536;
         if (!resizeTo(greyRow, page.bitsPerPixel() == 1 ? rowSamples : 0) ||
             !resizeTo(destination_.bytes, guess))
             return std::nullopt;

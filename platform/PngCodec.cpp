@@ -1,8 +1,8 @@
 #include "platform/PictureDecoders.h"
+#include "platform/PngStream.h"
 
 #include <cmath>
 #include <csetjmp>
-#include <cstring>
 #include <limits>
 #include <vector>
 
@@ -16,7 +16,8 @@ namespace {
 
 class PngReader {
 public:
-    explicit PngReader(std::span<const uint8_t> bytes) : rest_(bytes) {
+    PngReader(std::span<const uint8_t> bytes, PngStream::Picture picture)
+        : stream_(bytes, picture) {
         png_ = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, jumpOut, sayNothing);
         if (png_ != nullptr)
             info_ = png_create_info_struct(png_);
@@ -71,15 +72,17 @@ private:
 
     static void readBytes(png_structp png, png_bytep target, size_t count) {
         auto& reader = *static_cast<PngReader*>(png_get_io_ptr(png));
-        if (count > reader.rest_.size())
+        if (!reader.stream_.read({target, count}))
             png_error(png, "the file ends early");
-        std::memcpy(target, reader.rest_.data(), count);
-        reader.rest_ = reader.rest_.subspan(count);
     }
 
     bool setTransformations() {
         if (setjmp(png_jmpbuf(png_)) != 0)
             return false;
+        if (stream_.isOpenedAhead()) { // which tests the checksums
+            png_set_crc_action(png_, PNG_CRC_QUIET_USE, PNG_CRC_DEFAULT);
+            png_set_option(png_, PNG_IGNORE_ADLER32, PNG_OPTION_ON);
+        }
         const int colour = png_get_color_type(png_, info_);
         const bool transparentColour = png_get_valid(png_, info_, PNG_INFO_tRNS) != 0;
         if (colour == PNG_COLOR_TYPE_PALETTE)
@@ -139,7 +142,7 @@ private:
         return std::abs(whole / 0.0254 - pixelsPerMetre) < 1.0 ? whole : exact;
     }
 
-    std::span<const uint8_t> rest_;
+    PngStream stream_;
     png_structp png_ = nullptr;
     png_infop info_ = nullptr;
 };
@@ -147,20 +150,37 @@ private:
 } // namespace
 
 bool hasPngHeader(std::span<const uint8_t> bytes) {
-    PngReader reader(bytes);
+    PngReader reader(bytes, PngStream::Picture::asStored);
     return reader.readHeader();
 }
 
-std::optional<DecodedImage> decodePng(std::span<const uint8_t> bytes, uint64_t maximumPixels) {
-    PngReader reader(bytes);
-    if (!reader.readHeader() ||
-        !withinPixels(reader.widthPixels(), reader.heightPixels(), maximumPixels))
+namespace {
+
+std::optional<DecodedImage> decode(std::span<const uint8_t> bytes, PngStream::Picture picture) {
+    PngReader reader(bytes, picture);
+    if (!reader.readHeader())
         return std::nullopt;
     DecodedImage result;
     result.horizontalDpi = reader.horizontalDpi();
     result.verticalDpi = reader.verticalDpi();
     result.image = reader.readPage();
     return result.image ? std::optional(std::move(result)) : std::nullopt;
+}
+
+bool hasFewPixels(std::span<const uint8_t> bytes, uint64_t maximumPixels) {
+    PngReader reader(bytes, PngStream::Picture::asStored);
+    return reader.readHeader() &&
+           withinPixels(reader.widthPixels(), reader.heightPixels(), maximumPixels);
+}
+
+} // namespace
+
+std::optional<DecodedImage> decodePng(std::span<const uint8_t> bytes, uint64_t maximumPixels) {
+    if (!hasFewPixels(bytes, maximumPixels))
+        return std::nullopt;
+    // Chunks of other writers that looked as if they stood for themselves fail at the first one.
+    std::optional<DecodedImage> picture = decode(bytes, PngStream::Picture::openedAhead);
+    return picture ? std::move(picture) : decode(bytes, PngStream::Picture::asStored);
 }
 
 } // namespace paperline

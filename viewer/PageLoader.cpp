@@ -38,7 +38,7 @@ LoadedPage drawPdfPage(const PdfPages& pages, int pageIndex, int longSidePixels)
     return {PageLoadError::none, raster, {}};
 }
 
-QImage decodeTiff(const std::string& path, int pageIndex) {
+QImage decodeByPlatform(const std::string& path, int pageIndex) {
     const std::optional<DecodedImage> decoded = readPicture(path, pageIndex, maximumPagePixels);
     return decoded && decoded->image ? qtImage(*decoded->image) : QImage();
 }
@@ -58,6 +58,23 @@ QImage decodeByQt(const std::string& path, PixelSize size, int longSidePixels, b
     return opaqueImage(reader.read());
 }
 
+struct Wanted {
+    PixelSize pageSize;
+    int longSidePixels; // 0: all of them
+};
+
+QImage decode(const std::string& path, int pageIndex, PictureKind kind, const Wanted& wanted) {
+    if (kind == PictureKind::tiff)
+        return decodeByPlatform(path, pageIndex);
+    if (kind == PictureKind::png) {
+        // Our own pages are decoded by two threads there.
+        const QImage image = decodeByPlatform(path, pageIndex);
+        if (!image.isNull())
+            return image;
+    }
+    return decodeByQt(path, wanted.pageSize, wanted.longSidePixels, kind == PictureKind::jpeg);
+}
+
 LoadedPage loadPicture(const std::string& path, int pageIndex, int longSidePixels) {
     const PictureKind kind = pictureKind(path);
     if (kind == PictureKind::none)
@@ -72,9 +89,7 @@ LoadedPage loadPicture(const std::string& path, int pageIndex, int longSidePixel
         return failure(PageLoadError::tooManyPixels);
     auto raster = std::make_shared<PageRaster>();
     raster->pixels = header->size;
-    raster->image = kind == PictureKind::tiff
-                        ? decodeTiff(path, pageIndex)
-                        : decodeByQt(path, header->size, longSidePixels, kind == PictureKind::jpeg);
+    raster->image = decode(path, pageIndex, kind, {header->size, longSidePixels});
     if (raster->image.isNull())
         return failure(PageLoadError::damaged);
     return {PageLoadError::none, raster, header->properties};

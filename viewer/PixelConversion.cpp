@@ -25,16 +25,19 @@ QImage::Format formatOf(int bitsPerPixel) {
 } // namespace
 
 QImage qtImage(const BitmapImageRep& page) {
-    QImage image(page.pixelsWide(), page.pixelsHigh(), formatOf(page.bitsPerPixel()));
-    if (image.isNull())
+    // A view of the page's own pixels: they are only read, and what is given has its own.
+    const QImage::Format format = formatOf(page.bitsPerPixel());
+    if (format == QImage::Format_Invalid)
         return {};
-    if (image.format() == QImage::Format_Mono)
-        image.setColorTable({qRgb(0, 0, 0), qRgb(255, 255, 255)});
-    const auto rowBytes =
-        static_cast<size_t>(std::min<qsizetype>(image.bytesPerLine(), page.bytesPerRow()));
-    for (int y = 0; y < image.height(); ++y)
-        std::memcpy(image.scanLine(y), page.row(y).data(), rowBytes);
-    return opaqueImage(image);
+    QImage view(page.bitmapData().data(),
+                page.pixelsWide(),
+                page.pixelsHigh(),
+                static_cast<qsizetype>(page.bytesPerRow()),
+                format);
+    if (format == QImage::Format_Mono)
+        view.setColorTable({qRgb(0, 0, 0), qRgb(255, 255, 255)});
+    const QImage opaque = opaqueImage(view);
+    return format == opaque.format() ? opaque.copy() : opaque;
 }
 
 QImage opaqueImage(const QImage& image) {
