@@ -150,16 +150,6 @@ TEST(PngStream, FindsAChunkOfAnotherPage) {
     EXPECT_FALSE(decodePng(fileOf(chunks), manyPixels).has_value());
 }
 
-// A chunk of 6 MB: blocks as large as no page of ours has them.
-TEST(PngStream, LargeChunksAreReadInTheUsualWay) {
-    const PagePointer page = noisePage(1000, 2000, 24);
-    const Bytes file = cutElsewhere(encoded(*page), 5'900'000);
-    EXPECT_FALSE(isWholeWhenOpened(file));
-    const auto picture = decodePng(file, manyPixels);
-    ASSERT_TRUE(picture.has_value());
-    expectSamePixels(*page, *picture->image);
-}
-
 // More chunks than are opened ahead of the reader.
 TEST(PngStream, AnyNumberOfChunks) {
     const PagePointer page = noisePage(4001, 900, 24);
