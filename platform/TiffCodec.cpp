@@ -1,7 +1,9 @@
 #include "platform/PictureDecoders.h"
+#include "platform/SideBySide.h"
 #include "platform/TiffHandle.h"
 
 #include <algorithm>
+#include <atomic>
 #include <limits>
 #include <memory>
 #include <vector>
@@ -73,12 +75,72 @@ bool hasPlainRows(TIFF* tiff, const PageTags& tags) {
            tags.samplesPerPixel == 3 && tags.bitsPerSample == 8;
 }
 
-bool readPlainRows(TIFF* tiff, const PageTags& tags, BitmapImageRep& page) {
-    if (TIFFScanlineSize64(tiff) != static_cast<uint64_t>(page.bytesPerRow()))
-        return false;
+// Where a page is, and how much the library may take for it at once.
+struct PagePlace {
+    const std::string& path;
+    int pageIndex;
+    tmsize_t largestAllocation;
+};
+
+// The page's strips, each decoded to its place.
+class StripReader {
+public:
+    StripReader(const PagePlace& place, BitmapImageRep& page)
+        : page_(page), tiff_(openTiffFile(place.path, place.largestAllocation, errors_)) {
+        if (tiff_ && TIFFSetDirectory(tiff_.get(), static_cast<tdir_t>(place.pageIndex)) == 0)
+            tiff_.reset();
+        if (tiff_)
+            TIFFGetFieldDefaulted(tiff_.get(), TIFFTAG_ROWSPERSTRIP, &rowsPerStrip_);
+    }
+
+    bool read(uint32_t strip) {
+        const uint64_t firstRow = uint64_t{strip} * rowsPerStrip_;
+        const auto height = static_cast<uint64_t>(page_.pixelsHigh());
+        if (!tiff_ || firstRow >= height)
+            return false;
+        const uint64_t rows = std::min<uint64_t>(rowsPerStrip_, height - firstRow);
+        const auto bytes = static_cast<tmsize_t>(rows * static_cast<uint64_t>(page_.bytesPerRow()));
+        uint8_t* target = page_.row(static_cast<int32_t>(firstRow)).data();
+        return TIFFReadEncodedStrip(tiff_.get(), strip, target, bytes) == bytes &&
+               errors_.count == 0;
+    }
+
+private:
+    BitmapImageRep& page_;
+    TiffErrors errors_;
+    TiffHandle tiff_;
+    uint32_t rowsPerStrip_ = 0;
+};
+
+bool readStripsSideBySide(const PagePlace& place, uint32_t strips, BitmapImageRep& page) {
+    std::vector<std::unique_ptr<StripReader>> readers(std::min<size_t>(processorCount(), strips));
+    std::atomic<bool> whole{true};
+    doSideBySide(strips, static_cast<unsigned>(readers.size()), [&](size_t strip, unsigned worker) {
+        if (!whole)
+            return;
+        if (!readers[worker])
+            readers[worker].reset(new (std::nothrow) StripReader(place, page));
+        if (!readers[worker] || !readers[worker]->read(static_cast<uint32_t>(strip)))
+            whole = false;
+    });
+    return whole;
+}
+
+bool readRowByRow(TIFF* tiff, BitmapImageRep& page) {
     for (int32_t y = 0; y < page.pixelsHigh(); ++y)
         if (TIFFReadScanline(tiff, page.row(y).data(), static_cast<uint32_t>(y), 0) != 1)
             return false;
+    return true;
+}
+
+bool readPlainRows(TIFF* tiff, const PageTags& tags, const PagePlace& place, BitmapImageRep& page) {
+    constexpr size_t worthThreads = 1024 * 1024;
+    if (TIFFScanlineSize64(tiff) != static_cast<uint64_t>(page.bytesPerRow()))
+        return false;
+    const uint32_t strips = TIFFNumberOfStrips(tiff);
+    const bool together = strips > 1 && page.bitmapData().size() >= worthThreads;
+    if (!(together ? readStripsSideBySide(place, strips, page) : readRowByRow(tiff, page)))
+        return false;
     if (tags.photometric == PHOTOMETRIC_MINISWHITE)
         for (uint8_t& byte : page.bitmapData())
             byte = static_cast<uint8_t>(~byte);
@@ -126,7 +188,8 @@ bool readConverted(TIFF* tiff, const PageTags& tags, BitmapImageRep& page) {
 std::optional<DecodedImage>
 decodeTiffPage(const std::string& path, int pageIndex, uint64_t maximumPixels) {
     TiffErrors errors;
-    const TiffHandle tiff = openTiffFile(path, largestAllocation(maximumPixels), errors);
+    const PagePlace place{path, pageIndex, largestAllocation(maximumPixels)};
+    const TiffHandle tiff = openTiffFile(path, place.largestAllocation, errors);
     constexpr int mostPages = std::numeric_limits<uint16_t>::max();
     if (!tiff || pageIndex < 0 || pageIndex >= mostPages ||
         TIFFSetDirectory(tiff.get(), static_cast<tdir_t>(pageIndex)) == 0)
@@ -141,7 +204,7 @@ decodeTiffPage(const std::string& path, int pageIndex, uint64_t maximumPixels) {
     if (!result.image)
         return std::nullopt;
     const bool whole = hasPlainRows(tiff.get(), *tags)
-                           ? readPlainRows(tiff.get(), *tags, *result.image)
+                           ? readPlainRows(tiff.get(), *tags, place, *result.image)
                            : readConverted(tiff.get(), *tags, *result.image);
     if (!whole || errors.count > 0)
         return std::nullopt;

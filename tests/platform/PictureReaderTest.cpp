@@ -1,8 +1,11 @@
 #include "platform/PictureReader.h"
 
+#include "PagePictures.h"
 #include "PictureFiles.h"
 #include "TestFolder.h"
+#include "platform/TiffWriter.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <random>
 
@@ -13,6 +16,7 @@ using namespace testing_support;
 using std::string_view;
 
 constexpr uint64_t plenty = 1'000'000;
+constexpr uint64_t manyPixels = uint64_t{1} << 24U;
 
 class Picture : public testing::Test {
 protected:
@@ -262,6 +266,25 @@ TEST_F(Picture, TiffKeepsTheStoredOrderOfRows) {
         EXPECT_EQ(pixelsOf(read(tiffFile(tags, {0x0F, 0x5A}))), (Bytes{0, 255, 85, 170}))
             << orientation;
     }
+}
+
+// Large enough for strips to be decoded side by side.
+TEST_F(Picture, TiffStripsOfALargePage) {
+    for (const int bits : {1, 8, 24}) {
+        const PagePointer page = noisePage(bits == 1 ? 7001 : 1201, bits == 1 ? 1300 : 999, bits);
+        const Bytes file = encodeTiff(*page, {}).value_or(Bytes());
+        const auto picture = read(file, 0, manyPixels);
+        ASSERT_TRUE(picture.has_value()) << bits;
+        expectSamePixels(*page, *picture->image);
+        EXPECT_FALSE(read(Bytes(file.begin(), file.begin() + 400'000), 0, manyPixels).has_value());
+    }
+}
+
+TEST_F(Picture, ADamagedStripOfALargePageGivesNothing) {
+    Bytes file = encodeTiff(*noisePage(1201, 999, 24), {}).value_or(Bytes());
+    // Codes that are not yet in the table of LZW: all ones.
+    std::fill_n(file.begin() + static_cast<ptrdiff_t>(file.size() / 2), 4000, uint8_t{0xFF});
+    EXPECT_FALSE(read(file, 0, manyPixels).has_value());
 }
 
 TEST_F(Picture, TiffPages) {
