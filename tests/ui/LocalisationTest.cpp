@@ -1,8 +1,11 @@
+#include "platform/PropertyList.h"
 #include "tests/ui/InterfaceFixture.h"
 #include "ui/LanguageTable.h"
 #include "ui/MenuText.h"
 
 #include <QEvent>
+
+#include <optional>
 
 namespace paperline {
 namespace {
@@ -21,7 +24,9 @@ protected:
                           std::string("\"Scan\" = \"scan ") + row.resourceFolder +
                               "\"; \"SelectScannerModel\" = \"title " + row.resourceFolder +
                               "\"; \"ScannerModel\" = \"label\"; \"OK\" = \"okay\"; "
-                              "\"Cancel\" = \"stop\"; \"ShowInFinder\" = \"show it\";");
+                              "\"Cancel\" = \"stop\"; \"ShowInFinder\" = \"show it\"; "
+                              "\"FitPage\" = \"fit " +
+                              row.resourceFolder + "\";");
         return resources;
     }
     QAction* languageItem(const char* menuName) {
@@ -29,6 +34,14 @@ protected:
             if (item->text() == menuName)
                 return item;
         return nullptr;
+    }
+    static std::optional<int64_t> languageOfSource(const std::string& bundle) {
+        const PropertyListFile file = readPropertyList(bundle + "/Versions/A/cvscan.plist");
+        const PropertyListValue* profile = find(file.root, "Default");
+        if (profile == nullptr || profile->asDictionary() == nullptr)
+            return std::nullopt;
+        const PropertyListValue* language = find(*profile->asDictionary(), "Language");
+        return language != nullptr ? language->asInteger() : std::nullopt;
     }
     QStringList checkedLanguages() {
         QStringList names;
@@ -161,6 +174,10 @@ TEST_F(LocalisationTest, WithAListTheMenuMarksByPosition) {
 TEST_F(LocalisationTest, EachLanguageOfTheMenuTakesEffectAtOnce) {
     AppDelegate& made = start();
     made.mResourcePath = allLanguages();
+    const std::string source = folder + "/A.ds";
+    ASSERT_TRUE(createFolderWithParents(source + "/Versions/A"));
+    made.dsDatas = {DsData::initWithData("A.ds", source, "Maker", "Product")};
+    made.currentDSIndex = 0;
     for (int32_t language = 0; language < 27; ++language) {
         const LanguageRow& row = languageTable[static_cast<size_t>(language)];
         QAction* item = languageItem(row.menuName);
@@ -170,6 +187,9 @@ TEST_F(LocalisationTest, EachLanguageOfTheMenuTakesEffectAtOnce) {
         EXPECT_EQ(made.currentLanguage, language);
         EXPECT_EQ(made.paperlineToolbar_Scan->text().toStdString(),
                   std::string("scan ") + row.resourceFolder);
+        EXPECT_EQ(made.paperlineToolbar_FitPage->toolTip().toStdString(),
+                  std::string("fit ") + row.resourceFolder);
+        EXPECT_EQ(languageOfSource(source), language);
         EXPECT_EQ(made.mlangBundle, gLanguageBundle);
         EXPECT_EQ(checkedLanguages(), QStringList(row.menuName));
         EXPECT_EQ(made.fileMenuLanguage->actions().size(), 2);

@@ -6,6 +6,7 @@
 
 #include <QKeyEvent>
 #include <QMenuBar>
+#include <QScreen>
 
 #include <cstring>
 #include <set>
@@ -226,6 +227,32 @@ TEST_F(MainWindowTest, RemembersItsSize) {
     removePath(userDataFolder() + "/window.ini");
     start();
     EXPECT_EQ(window().size(), QSize(1024, 678));
+}
+
+TEST_F(MainWindowTest, RemembersThatItFilledTheScreenAndItsSizeBefore) {
+    start();
+    window().resize(780, 620);
+    window().show();
+    window().setWindowState(Qt::WindowMaximized);
+    QApplication::processEvents();
+    window().close();
+    start();
+    EXPECT_TRUE(window().isMaximized());
+    window().setWindowState(Qt::WindowNoState);
+    EXPECT_EQ(window().size(), QSize(780, 620));
+    removePath(userDataFolder() + "/window.ini");
+}
+
+TEST_F(MainWindowTest, ARememberedSizeIsCutToTheScreen) {
+    start();
+    window().resize(9000, 8000);
+    window().show();
+    window().close();
+    start();
+    const QSize screen = window().screen()->availableSize();
+    EXPECT_LE(window().width(), screen.width());
+    EXPECT_LE(window().height(), screen.height());
+    removePath(userDataFolder() + "/window.ini");
 }
 
 class SelectionWindowTest : public InterfaceFixture {

@@ -74,6 +74,27 @@ TEST_F(WindowLooksTest, TextsCanBeReadInLightAndDarkColours) {
     QApplication::setPalette(platform);
 }
 
+TEST_F(WindowLooksTest, TheDesktopsWishForDarkColoursIsFollowed) {
+    const QPalette platform = QApplication::palette();
+    ASSERT_FALSE(isDark(platform));
+    for (const auto& [wish, dark] : {std::pair("dark", true), std::pair("light", false)}) {
+        qputenv("PAPERLINE_COLOUR_SCHEME", wish);
+        start();
+        EXPECT_EQ(isDark(window().palette()), dark) << wish;
+        controller.reset();
+        QApplication::setPalette(platform);
+    }
+    // A platform that is dark by itself keeps its own colours.
+    QPalette night = darkPalette(platform);
+    night.setColor(QPalette::Window, QColor(10, 20, 30));
+    QApplication::setPalette(night);
+    qputenv("PAPERLINE_COLOUR_SCHEME", "dark");
+    start();
+    EXPECT_EQ(window().palette().color(QPalette::Window), QColor(10, 20, 30));
+    qunsetenv("PAPERLINE_COLOUR_SCHEME");
+    QApplication::setPalette(platform);
+}
+
 TEST_F(WindowLooksTest, TheScanButtonIsEvenInBothDirections) {
     for (const int32_t language : {0, 26}) {
         start(7, language);
