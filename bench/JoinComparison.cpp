@@ -1,12 +1,12 @@
 #include "bench/JoinComparison.h"
 
-#include "bench/Process.h"
 #include "output/PageCodecs.h"
 #include "platform/Files.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <system_error>
 
@@ -20,13 +20,15 @@ int64_t fileBytes(const std::string& path) {
     return error ? 0 : static_cast<int64_t>(size);
 }
 
-// The words are the output file and the pages.
+// The words are the output file and a file with the names of the pages, one a line: names on the
+// command line would count as memory of the work.
 int join(const PageCodecs::JoinerFactory& factory, const std::vector<std::string>& words) {
-    const std::unique_ptr<PageJoiner> joiner = words.empty() ? nullptr : factory(words[0]);
+    const std::unique_ptr<PageJoiner> joiner = words.size() == 2 ? factory(words[0]) : nullptr;
     if (joiner == nullptr)
         return 1;
-    for (size_t at = 1; at < words.size(); ++at)
-        if (joiner->add(words[at]) != PageJoiner::Added::yes)
+    std::ifstream names(words[1]);
+    for (std::string name; std::getline(names, name);)
+        if (joiner->add(name) != PageJoiner::Added::yes)
             return 1;
     return joiner->finish() ? 0 : 1;
 }
@@ -66,18 +68,27 @@ encodedPages(const PageSet& pages, int different, int count, const std::string& 
     return files;
 }
 
+WorkResult runJoin(const std::string& workName,
+                   const std::vector<std::string>& pageFiles,
+                   const std::string& folder) {
+    const std::string list = folder + "/page-names";
+    std::ofstream names(list);
+    for (const std::string& file : pageFiles)
+        names << file << '\n';
+    names.close();
+    return runWork({workName, joinedFile(folder), list}, folder);
+}
+
 ResultRow compareJoin(const JoinComparison& comparison, const std::string& folder) {
     ResultRow row{comparison.work, {}, comparison.toolName, {}, comparison.target, {}};
     const std::string ourFile = joinedFile(folder);
     const std::string toolFile = folder + "/tool-joined";
-    std::vector<std::string> words{comparison.workName, ourFile};
-    words.insert(words.end(), comparison.pageFiles.begin(), comparison.pageFiles.end());
     const std::vector<std::string> command = comparison.tool(comparison.pageFiles, toolFile);
     std::vector<double> ourTimes, toolTimes;
     bool succeeded = true;
     for (int round = 0; round < comparison.rounds && succeeded; ++round) {
         removePath(ourFile);
-        const WorkResult ours = runWork(words, folder);
+        const WorkResult ours = runJoin(comparison.workName, comparison.pageFiles, folder);
         ourTimes.push_back(ours.process.milliseconds);
         row.ours.peakKilobytes = std::max(row.ours.peakKilobytes, ours.peakKilobytes);
         row.ours.bytes = fileBytes(ourFile);

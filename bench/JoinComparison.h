@@ -2,6 +2,7 @@
 #pragma once
 
 #include "bench/Cases.h"
+#include "bench/Process.h"
 
 #include <functional>
 #include <string>
@@ -26,6 +27,11 @@ struct JoinComparison {
 // Round by round, both in turn. Files are made in `folder`; ours is left there as joinedFile says.
 ResultRow compareJoin(const JoinComparison& comparison, const std::string& folder);
 std::string joinedFile(const std::string& folder);
+
+// One of joinWorks over these pages, into joinedFile.
+WorkResult runJoin(const std::string& workName,
+                   const std::vector<std::string>& pageFiles,
+                   const std::string& folder);
 
 // `count` names for the encoded colour pages, the same few over and over.
 std::vector<std::string>

@@ -60,9 +60,7 @@ Check checkImages(const std::vector<std::string>& files, const std::string& fold
 
 Check checkGrowth(const std::vector<std::string>& more, const ResultRow& row, size_t pages) {
     const std::string folder = folderOfPath(folderOfPath(more[0]));
-    std::vector<std::string> words{"join-pdf", joinedFile(folder)};
-    words.insert(words.end(), more.begin(), more.end());
-    const WorkResult work = runWork(words, folder);
+    const WorkResult work = runJoin("join-pdf", more, folder);
     const double growth = static_cast<double>(work.peakKilobytes - row.ours.peakKilobytes) /
                           static_cast<double>(more.size() - pages);
     return {decimalText(growth, 2) + " KiB for each further page (" + std::to_string(more.size()) +
