@@ -1,16 +1,17 @@
 #include "platform/Places.h"
 
 #include "platform/Files.h"
+#include "platform/ProcessScratch.h"
 #include "twain/abi/DataSourceFolders.h"
 
 #include <array>
-#include <cerrno>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <optional>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace paperline {
 namespace {
@@ -26,7 +27,7 @@ std::optional<std::string>& bundleOverride() {
 
 struct ScratchChoice {
     std::optional<std::string> root;
-    bool removedAtExit = false;
+    std::optional<ProcessScratch> own; // with the command line's kind of root
 };
 
 ScratchChoice& scratch() {
@@ -103,14 +104,6 @@ std::optional<std::string> makeCacheRoot(std::string& error) {
     return std::nullopt;
 }
 
-std::optional<std::string> makeFreshRoot(const std::string& parent, std::string& error) {
-    std::string root = appendPathComponent(parent, "paperline-XXXXXX");
-    if (::mkdtemp(root.data()) != nullptr)
-        return root;
-    error = "no scratch folder can be made in " + parent + ": " + std::strerror(errno);
-    return std::nullopt;
-}
-
 // The folder in whose place "/tmp" stands, made when PAPERLINE_SCRATCH names another.
 std::optional<std::string> parentOfScratch(std::string& error) {
     const std::string root = defaultScratchRoot();
@@ -118,6 +111,15 @@ std::optional<std::string> parentOfScratch(std::string& error) {
         return root;
     error = "the scratch folder " + root + " cannot be made";
     return std::nullopt;
+}
+
+// Where commands have had their own folders, the first being where the next one goes.
+std::vector<std::string> parentsOfOwnFolders() {
+    const std::string parent = defaultScratchRoot();
+    const std::string temporary = environment("TMPDIR");
+    if (parent != sharedRoot || !temporary.starts_with('/') || temporary == parent)
+        return {parent};
+    return {temporary, parent};
 }
 
 } // namespace
@@ -162,25 +164,33 @@ bool chooseScratchRoot(ScratchKind kind, std::string& error) {
     const std::optional<std::string> parent = parentOfScratch(error);
     if (!parent)
         return false;
-    std::optional<std::string> root;
     if (kind == ScratchKind::ownFolder) {
-        const std::string temporary = environment("TMPDIR");
-        const bool redirected = *parent != sharedRoot;
-        root =
-            makeFreshRoot(!redirected && temporary.starts_with('/') ? temporary : *parent, error);
-    } else {
-        root = fixedNamesAreOurs(*parent) ? parent : makeCacheRoot(error);
+        std::optional<ProcessScratch> own =
+            makeProcessScratch(parentsOfOwnFolders().front(), error);
+        if (!own)
+            return false;
+        scratch() = {own->folder, std::move(own)};
+        return true;
     }
+    std::optional<std::string> root = fixedNamesAreOurs(*parent) ? parent : makeCacheRoot(error);
     if (!root)
         return false;
-    scratch() = {*root, kind == ScratchKind::ownFolder};
+    scratch() = {std::move(root), std::nullopt};
     return true;
 }
 
 void removeOwnScratchRoot() {
-    if (scratch().removedAtExit && scratch().root)
-        removePath(*scratch().root);
+    if (scratch().own)
+        removePath(scratch().own->folder);
     scratch() = {};
+}
+
+std::vector<ProcessScratch> takeAbandonedScratchRoots() {
+    std::vector<ProcessScratch> taken;
+    for (const std::string& parent : parentsOfOwnFolders())
+        for (ProcessScratch& scratch : takeAbandonedScratch(parent))
+            taken.push_back(std::move(scratch));
+    return taken;
 }
 
 std::string userDataFolder() {

@@ -1,6 +1,8 @@
 // Every fixed absolute path of the program goes through here.
 #pragma once
 
+#include "platform/ProcessScratch.h"
+
 #include <string>
 #include <vector>
 
@@ -35,6 +37,8 @@ enum class ScratchKind {
 std::string scratchRoot();
 // Removes what chooseScratchRoot(ownFolder) made; called at exit.
 void removeOwnScratchRoot();
+// The roots of commands that were ended from outside, as far as they can be found from here.
+[[nodiscard]] std::vector<ProcessScratch> takeAbandonedScratchRoots();
 
 // $XDG_DATA_HOME/paperline
 std::string userDataFolder();
