@@ -1,6 +1,7 @@
 #include "platform/qt/AlertWindow.h"
 
 #include "platform/MainLoop.h"
+#include "platform/SystemLog.h"
 
 #include <QApplication>
 #include <QMessageBox>
@@ -9,6 +10,11 @@
 namespace paperline {
 
 int runAlertWindow(const Alert& alert) {
+    if (terminationRequested()) { // nobody may be there to press the button
+        systemLog("paperline: " + alert.message +
+                  (alert.informativeText.empty() ? "" : " " + alert.informativeText));
+        return alertDefaultReturn;
+    }
     const DelayedMessagesHold hold;
     QMessageBox window(QApplication::activeWindow());
     window.setIcon(QMessageBox::Warning);

@@ -56,6 +56,15 @@ TEST(AlertWindow, CanBeClosedWithoutTheButton) {
     EXPECT_EQ(runAlertWindow({" ", "text", "", "Exit"}), alertDefaultReturn);
 }
 
+TEST(AlertWindow, WritesToTheConsoleWhenTheApplicationEnds) {
+    requestTermination();
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(runAlertWindow({" ", "Pages are kept in", "/a/b", ""}), alertDefaultReturn);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "paperline: Pages are kept in /a/b\n");
+    turnAWhile();
+    resetTerminationRequest();
+}
+
 TEST(AlertWindow, LetsDelayedMessagesWait) {
     bool ran = false;
     performAfterDelay(0, [&ran] { ran = true; });
