@@ -186,7 +186,8 @@ public:
     // Before the staging folders or the temporary root are removed: pages that a batch could not
     // put into its file move to a folder of the user's, and list entries without a file go.
     void keepStagedPages();
-    void tellKeptPages(); // says where they are, once
+    void keepPagesOfEarlierRuns(); // in this scratch root, and in those of ended commands
+    void tellKeptPages();          // says where they are, once
     // Moves a joined file ("/tmp/CorvaneTempImage/TmpImage.pdf") to multiPageTargetPath. A name
     // taken meanwhile makes it the next free number, with the list's paths following.
     bool moveJoinedFile(const std::string& joinedName);
@@ -268,6 +269,7 @@ public:
     void showNoEnoughDiskSpaceMessage();
     void showSourceNotOpenedMessage();
     void showSourceFailureMessage(); // when a source failed and nobody has said so yet
+    void showSetupFailureMessage();  // the same when its own window did not show
     void showPagesKeptMessage(const std::string& folder);
 
     // Localisation: ui/Localisation.cpp

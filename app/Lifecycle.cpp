@@ -3,6 +3,8 @@
 
 #include "app/BrandProfile.h"
 #include "app/CvOutputLog.h"
+#include "output/PageNaming.h"
+#include "output/StagedPages.h"
 #include "platform/Alert.h"
 #include "platform/Files.h"
 #include "platform/Host.h"
@@ -21,13 +23,15 @@
 #include <QTableView>
 #include <QToolBar>
 
+#include <algorithm>
+
 namespace paperline {
 namespace {
 
-constexpr const char* temporaryRoot = "/tmp/CorvaneTempImage";
 constexpr uint32_t lastExplicitSource =
     999; // a larger selection means the manager's default source
 constexpr int pngItem = 7;
+constexpr int focusedColumn = 2; // of the selection table, or its last one when it has fewer
 constexpr qsizetype saveSwitchItem = 3;
 
 void removeMenuItem(QMenu* menu, qsizetype index) {
@@ -115,14 +119,13 @@ void AppDelegate::applicationWillFinishLaunching() {
 }
 
 void AppDelegate::makeTemporaryFolders() {
-    const std::string root = scratchPath(temporaryRoot);
-    keepStagedPages(); // of a run that ended in the middle of a batch
-    if (fileExists(root))
-        removePath(root);
+    keepPagesOfEarlierRuns(); // those that ended in the middle of a batch
+    removeAllButPages(scratchPath(stagingFolderName));
     // A folder that cannot be made shows at the first page that needs it.
-    for (const char* folder : {"", "/MultiImage", "/MultiImage_Scale"}) {
-        if (!createPrivateFolder(root + folder))
-            traceText("temporary folder not made", root + folder);
+    for (const char* name : {scratchRootName, stagingFolderName, listStagingFolderName}) {
+        const std::string folder = scratchPath(name);
+        if (!createPrivateFolder(folder))
+            traceText("temporary folder not made", folder);
     }
 }
 
@@ -212,8 +215,9 @@ void AppDelegate::selectSourceRow(uint32_t row) {
     _tableViewSelectSource->clearSelection();
     _tableViewSelectSource->setStyleSheet("QTableView { gridline-color: blue; }");
     // selectRow finds no column when the interface runs from right to left.
-    _tableViewSelectSource->setCurrentIndex(
-        _tableViewSelectSource->model()->index(static_cast<int>(row), 0));
+    const QAbstractItemModel* model = _tableViewSelectSource->model();
+    const int column = std::min(focusedColumn, model->columnCount() - 1);
+    _tableViewSelectSource->setCurrentIndex(model->index(static_cast<int>(row), column));
 }
 
 bool AppDelegate::runSelectionWindow() {
@@ -274,9 +278,7 @@ void AppDelegate::windowWillClose() {
     TraceScope trace("windowWillClose");
     keepStagedPages();
     tellKeptPages();
-    const std::string root = scratchPath(temporaryRoot);
-    if (fileExists(root))
-        removePath(root);
+    removeAllButPages(scratchPath(stagingFolderName));
     requestTermination();
 }
 

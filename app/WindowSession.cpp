@@ -4,55 +4,23 @@
 #include "app/BrandProfile.h"
 #include "app/LaunchTexts.h"
 #include "app/SourceDiscovery.h"
-#include "platform/Files.h"
+#include "output/PageNaming.h"
+#include "output/StagedPages.h"
 #include "platform/MainLoop.h"
 #include "platform/Places.h"
 #include "platform/SystemLog.h"
 #include "platform/qt/AlertWindow.h"
 #include "platform/qt/DesktopServices.h"
+#include "platform/qt/EndingSignals.h"
 #include "platform/qt/SingleInstance.h"
 
 #include <QApplication>
 #include <QLabel>
 #include <QMainWindow>
-#include <QSocketNotifier>
 #include <QTimer>
-
-#include <fcntl.h>
-
-#include <csignal>
-#include <memory>
-#include <unistd.h>
 
 namespace paperline {
 namespace {
-
-int endingPipe[2] = {-1, -1};
-
-void noteEndingSignal(int /*number*/) {
-    const char byte = 0;
-    [[maybe_unused]] const ssize_t written = write(endingPipe[1], &byte, 1);
-}
-
-// SIGTERM, SIGINT and SIGHUP end the application the normal way: settings written, language
-// restored. A handler with a pipe, because a blocked signal would stay blocked in the helper
-// programs.
-std::unique_ptr<QSocketNotifier> endOnSignals() {
-    if (pipe2(endingPipe, O_CLOEXEC | O_NONBLOCK) != 0)
-        return nullptr;
-    struct sigaction action {};
-    action.sa_handler = noteEndingSignal;
-    action.sa_flags = SA_RESTART;
-    for (const int number : {SIGTERM, SIGINT, SIGHUP})
-        sigaction(number, &action, nullptr);
-    auto notifier = std::make_unique<QSocketNotifier>(endingPipe[0], QSocketNotifier::Read);
-    QObject::connect(notifier.get(), &QSocketNotifier::activated, [] {
-        char byte = 0;
-        while (read(endingPipe[0], &byte, 1) == 1)
-            requestTermination();
-    });
-    return notifier;
-}
 
 // A word on screen while scanners are looked for.
 void waitForScanners(uint32_t brandNumber) {
@@ -82,7 +50,7 @@ int runWindowSession(int& argc, char** argv, const LaunchOptions& options) {
     QApplication::setQuitOnLastWindowClosed(
         false); // closing the main window asks for termination itself
     QApplication::setDesktopFileName("paperline");
-    const std::unique_ptr<QSocketNotifier> signalNotifier = endOnSignals();
+    const EndingSignals endingSignals;
 
     SingleInstance instance(instanceFolder());
     if (instance.start() == SingleInstance::Role::second)
@@ -108,7 +76,7 @@ int runWindowSession(int& argc, char** argv, const LaunchOptions& options) {
     });
     QApplication::exec();
     controller.applicationWillTerminate();
-    removePath(scratchPath("/tmp/CorvaneTempImage"));
+    removeAllButPages(scratchPath(stagingFolderName));
     endTwainSession();
     return 0;
 }

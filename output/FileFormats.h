@@ -31,6 +31,9 @@ struct FileFormat {
     const char* commandName; // as the command line names it
     int32_t imageType;       // type of the image writer, -1 for BMP
     bool isMultiPage;
+
+    // Pages pass through the staging folder on their way into a document.
+    constexpr bool isStaged() const { return isMultiPage || code == formatPdf; }
 };
 
 inline constexpr std::array<FileFormat, 8> fileFormats{{

@@ -12,12 +12,17 @@
 #include "platform/Places.h"
 
 #include <algorithm>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 namespace paperline {
 
 namespace {
+
+std::string keptRoot() {
+    return appendPathComponent(userDataFolder(), keptPagesFolderName);
+}
 
 std::string folderNameForNow() {
     return formatDate({.secondsSinceEpoch = host().secondsSinceEpoch(),
@@ -50,6 +55,12 @@ void dropMissingBatchPaths(AppDelegate& controller) {
     };
     while (paths.size() > static_cast<size_t>(std::max(iNextImage, 0)) && isMissing(paths.back()))
         paths.pop_back();
+}
+
+void noteKeptPages(AppDelegate& controller, const KeptPages& kept) {
+    for (const std::string& folder : {kept.folder, kept.leftFolder})
+        if (!folder.empty())
+            controller.keptPagesFolders.push_back(folder);
 }
 
 // A joiner's result below 0 ends the scan; only a full disk has a message.
@@ -106,18 +117,35 @@ bool joinTiff(AppDelegate& controller) {
 
 void AppDelegate::keepStagedPages() {
     TraceScope trace("keepStagedPages");
-    KeptPages kept = keepPages(scratchPath(stagingFolderName),
-                               appendPathComponent(userDataFolder(), keptPagesFolderName),
-                               folderNameForNow());
-    if (!kept.folder.empty())
-        keptPagesFolder = std::move(kept.folder);
+    noteKeptPages(*this,
+                  keepStaged(scratchPath(stagingFolderName), keptRoot(), folderNameForNow()));
     dropMissingBatchPaths(*this);
+}
+
+void AppDelegate::keepPagesOfEarlierRuns() {
+    TraceScope trace("keepPagesOfEarlierRuns");
+    const std::string name = folderNameForNow();
+    const std::string staging = scratchPath(stagingFolderName);
+    for (const KeptPages& kept : keepAllPages(staging, keptRoot(), name))
+        noteKeptPages(*this, kept);
+    const std::string stagingBelowRoot =
+        std::string(stagingFolderName).substr(std::string_view(scratchVolume).size());
+    for (const ProcessScratch& scratch : takeAbandonedScratchRoots()) {
+        const std::string abandoned = scratch.folder + stagingBelowRoot;
+        for (const KeptPages& kept : keepAllPages(abandoned, keptRoot(), name))
+            noteKeptPages(*this, kept);
+        if (removeAllButPages(abandoned))
+            removePath(scratch.folder);
+    }
 }
 
 void AppDelegate::tellKeptPages() {
     TraceScope trace("tellKeptPages");
-    if (!keptPagesFolder.empty())
-        showPagesKeptMessage(std::exchange(keptPagesFolder, {}));
+    std::string folders;
+    for (const std::string& folder : std::exchange(keptPagesFolders, {}))
+        folders += (folders.empty() ? "" : "\n") + folder;
+    if (!folders.empty())
+        showPagesKeptMessage(folders);
 }
 
 bool AppDelegate::moveJoinedFile(const std::string& joinedName) {

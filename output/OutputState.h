@@ -38,7 +38,7 @@ struct OutputState {
     PageWrite lastPageWrite;
     // The multi-page file being built, as far as its staged pages tell.
     SavedFile multiPageFile;
-    std::string keptPagesFolder; // where unsaved pages were kept, until the user has been told
+    std::vector<std::string> keptPagesFolders; // where unsaved pages are, until the user is told
 
     // Told about every file of the user's that is really complete; the command line prints them.
     std::function<void(const SavedFile&)> savedFileObserver;

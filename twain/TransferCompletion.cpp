@@ -30,8 +30,9 @@ constexpr int32_t notEnoughSpace = -2;
 struct Batch {
     int32_t saveResult = 0; // of the last page: 0 or more, or one of the codes above
     uint64_t copiedBytes = 0;
-    uint32_t pageNumber = 0; // from 1, saved or not
-    bool endFailed = false;  // the source could not end a page
+    uint32_t pageNumber = 0;    // from 1, saved or not
+    bool endFailed = false;     // the source could not end a page
+    bool isInterrupted = false; // the application is to end, and there were more pages
     PageBuffers buffers;
     PageGuard guard;
 };
@@ -47,22 +48,34 @@ void makeTemporaryFolder(const std::string& folder) {
         traceText("temporary folder not made", folder);
 }
 
-void prepareBatch(AppDelegate& controller) {
+// False: pages of an earlier batch lie where those of this one would go.
+bool prepareStagingFolders() {
+    removePath(scratchPath(listStagingFolderName)); // copies
+    makeTemporaryFolder(scratchPath(listStagingFolderName));
+    const std::string staging = scratchPath(stagingFolderName);
+    if (!folderEntries(staging).empty())
+        return false;
+    removePath(staging);
+    makeTemporaryFolder(staging);
+    return true;
+}
+
+// False: the pages of this batch cannot be staged.
+bool prepareBatch(AppDelegate& controller) {
     controller.keepStagedPages(); // of a batch that ended badly, or with the process
     controller.tellKeptPages();
     const std::string root = scratchPath(scratchRootName);
     if (!fileExists(root))
         makeTemporaryFolder(root);
-    for (const char* staging : {stagingFolderName, listStagingFolderName}) {
-        removePath(scratchPath(staging));
-        makeTemporaryFolder(scratchPath(staging));
-    }
+    const bool canStage = prepareStagingFolders();
     for (const char* joined : {joinedPdfName, joinedTiffName})
         removePath(scratchPath(joined));
     controller.changeThumbnailSelect = 0;
     memoryShortage = false;
     firstPageOfBatch = true;
     multiPageTargetPath.clear();
+    const FileFormat* format = fileFormatOf(controller.profileFileformatSelect);
+    return canStage || controller.mMenuFileSave == 0 || format == nullptr || !format->isStaged();
 }
 
 // Turns new paths into rows and shows the newest. Without a window nobody would see them.
@@ -189,6 +202,9 @@ void transferPendingPages(AppDelegate& controller, Batch& batch) {
         pendingPages = ended.pendingPages;
         traceValue("pendingXfers.count", pendingPages);
         repaintWithoutInput();
+        batch.isInterrupted = pendingPages != 0 && terminationRequested();
+        if (batch.isInterrupted)
+            return;
     }
 }
 
@@ -206,12 +222,16 @@ void showResults(AppDelegate& controller) {
 void AppDelegate::completeMemoryXfer() {
     TraceScope trace("completeMemoryXfer");
     const DelayedMessagesHold hold;
-    prepareBatch(*this);
     Batch batch;
-    transferPendingPages(*this, batch);
+    if (prepareBatch(*this)) {
+        transferPendingPages(*this, batch);
+    } else {
+        batch.saveResult = nothingSaved;
+        reportUnsavedPage(*this, batch.saveResult);
+    }
 
     // A source that still holds a page can be neither disabled nor closed.
-    if (batch.saveResult == nothingSaved || batch.endFailed)
+    if (batch.saveResult == nothingSaved || batch.endFailed || batch.isInterrupted)
         discardPendingPages(*gTWAINHandler);
     closeSource(*gTWAINHandler);
 
@@ -219,7 +239,7 @@ void AppDelegate::completeMemoryXfer() {
         isMultiPageFormat(profileFileformatSelect) && mMenuFileSave != 0;
     if (buildsMultiPageFile)
         currentPage += 1;
-    bool isComplete = batch.saveResult != nothingSaved;
+    bool isComplete = batch.saveResult != nothingSaved && !batch.isInterrupted;
     if (isComplete && buildsMultiPageFile)
         isComplete = joinMultiPageFile();
     if (isComplete)

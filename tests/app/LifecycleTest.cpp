@@ -300,6 +300,57 @@ TEST_F(LifecycleTest, MakesItsTemporaryFolderAfreshAndRemovesItWithTheWindow) {
     EXPECT_TRUE(terminationRequested());
 }
 
+TEST_F(LifecycleTest, NeverRemovesPagesThatItCannotKeep) {
+    addSource("Scanner One");
+    const std::string root = scratchPath("/tmp/CorvaneTempImage");
+    const std::string kept = userDataFolder() + "/Kept Pages";
+    writeTextFile(root + "/MultiImage/Image_00001.jpg", "of a run that crashed");
+    writeTextFile(kept, "a file in the folder's place");
+    ASSERT_TRUE(launch());
+    ASSERT_EQ(alerts.size(), 1U);
+    EXPECT_EQ(alerts[0].message, text("PagesKept"));
+    const std::string left = alerts[0].informativeText;
+    EXPECT_EQ(textOfFile(left + "/Image_00001.jpg"), "of a run that crashed");
+    EXPECT_THAT(folderEntries(root + "/MultiImage"), IsEmpty());
+    closeAndEnd();
+    EXPECT_EQ(textOfFile(left + "/Image_00001.jpg"), "of a run that crashed");
+
+    removePath(kept);
+    alerts.clear();
+    resetTerminationRequest();
+    ASSERT_TRUE(launch());
+    ASSERT_EQ(alerts.size(), 1U);
+    EXPECT_EQ(textOfFile(alerts[0].informativeText + "/Image_00001.jpg"), "of a run that crashed");
+    EXPECT_EQ(folderOfPath(alerts[0].informativeText), kept);
+    closeAndEnd();
+    EXPECT_FALSE(fileExists(root));
+}
+
+TEST_F(LifecycleTest, KeepsThePagesOfCommandsThatWereEndedFromOutside) {
+    addSource("Scanner One");
+    std::string error;
+    std::string dead;
+    std::string alive;
+    {
+        std::optional<ProcessScratch> scratch = makeProcessScratch(scratchRoot(), error);
+        ASSERT_TRUE(scratch) << error;
+        dead = scratch->folder;
+        writeTextFile(dead + "/CorvaneTempImage/MultiImage/Image_00001.tif", "page");
+        writeTextFile(dead + "/CorvaneTempImage/MultiImage_Scale/Image_00001.tif", "its copy");
+    }
+    std::optional<ProcessScratch> living = makeProcessScratch(scratchRoot(), error);
+    ASSERT_TRUE(living) << error;
+    alive = living->folder;
+    writeTextFile(alive + "/CorvaneTempImage/MultiImage/Image_00001.tif", "being scanned");
+    ASSERT_TRUE(launch());
+    ASSERT_EQ(alerts.size(), 1U);
+    EXPECT_THAT(folderEntries(alerts[0].informativeText), ElementsAre("Image_00001.tif"));
+    EXPECT_EQ(textOfFile(alerts[0].informativeText + "/Image_00001.tif"), "page");
+    EXPECT_FALSE(fileExists(dead));
+    EXPECT_EQ(textOfFile(alive + "/CorvaneTempImage/MultiImage/Image_00001.tif"), "being scanned");
+    removePath(alive);
+}
+
 TEST_F(LifecycleTest, WritesTheSettingsAtItsEnd) {
     addSource("Scanner One");
     writeSettings(
@@ -338,6 +389,21 @@ TEST_F(LifecycleTest, TakesTheSessionDownInReverse) {
     closeAndEnd();
     EXPECT_THAT(dsm.names(),
                 ElementsAre("CONTROL/USERINTERFACE/DISABLEDS",
+                            "CONTROL/IDENTITY/CLOSEDS",
+                            "CONTROL/PARENT/CLOSEDSM"));
+    EXPECT_THAT(dsm.sequenceErrors(), IsEmpty());
+}
+
+TEST_F(LifecycleTest, DiscardsThePageThatWaitsBeforeItEnds) {
+    addSource("Scanner One").pages.assign(2, goodPage(pageInfo(8, 8, 8, 100)));
+    ASSERT_TRUE(launch());
+    controller->toolBarItemScan(nullptr); // its page is ready, the message not yet delivered
+    ASSERT_TRUE(dsm.isSourceEnabled());
+    dsm.forgetCalls();
+    closeAndEnd();
+    EXPECT_THAT(dsm.names(),
+                ElementsAre("CONTROL/PENDINGXFERS/RESET",
+                            "CONTROL/USERINTERFACE/DISABLEDS",
                             "CONTROL/IDENTITY/CLOSEDS",
                             "CONTROL/PARENT/CLOSEDSM"));
     EXPECT_THAT(dsm.sequenceErrors(), IsEmpty());
@@ -386,6 +452,7 @@ TEST_F(LifecycleTest, MayBeToldToEndDuringTheSession) {
     EXPECT_TRUE(fileExists(settingsFile()));
     EXPECT_FALSE(dsm.isSourceOpen());
     EXPECT_FALSE(dsm.isManagerOpen());
+    EXPECT_THAT(dsm.sequenceErrors(), IsEmpty());
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include "output/PageCodecs.h"
 #include "platform/Alert.h"
 #include "platform/Files.h"
+#include "platform/MainLoop.h"
 #include "platform/Places.h"
 
 #include <gmock/gmock.h>
@@ -19,6 +20,8 @@ using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
+using ::testing::StartsWith;
+using ::testing::UnorderedElementsAre;
 
 using Bytes = std::vector<uint8_t>;
 
@@ -53,8 +56,17 @@ protected:
             };
         controller->savedFileObserver = [this](const SavedFile& file) { saved.push_back(file); };
         controller->profileFileformatSelect = formatMultiPagePdf;
+        setAlertPresenter([this](const Alert& alert) {
+            alerts.push_back(alert.message);
+            if (alert.message == "PagesKept")
+                told.push_back(alert.informativeText);
+            return alertDefaultReturn;
+        });
     }
-    ~MultiPageScanTest() override { pageCodecs() = platformCodecs(); }
+    ~MultiPageScanTest() override {
+        pageCodecs() = platformCodecs();
+        removePath(keptFolder());
+    }
 
     void connectWithPages(size_t pages) {
         ScriptedSource& source = addSource();
@@ -80,6 +92,7 @@ protected:
     }
 
     bool joinerFinishes = true;
+    std::vector<std::string> told; // folders named in messages about kept pages
     std::vector<SavedFile> saved;
     const TW_IMAGEINFO info = pageInfo(10, 6, 8, 300);
 };
@@ -172,6 +185,90 @@ TEST_F(MultiPageScanTest, KeepsWhatAnEarlierProcessLeftBehind) {
     writeTextFile(scratchFolder() + "/MultiImage/Image_00009.jpg", "page");
     scanAtOnce();
     EXPECT_THAT(takeKeptPages(), ElementsAre("Image_00009.jpg"));
+    EXPECT_EQ(textOf(savedPath(1, "pdf")), "Image_00001.jpg ");
+}
+
+TEST_F(MultiPageScanTest, KeepsPagesAsideThatTheKeptFolderDoesNotTake) {
+    writeTextFile(keptFolder(), "a file in the folder's place");
+    joinerFinishes = false;
+    connectWithPages(2);
+    for (int batch = 1; batch <= 2; ++batch) {
+        scanAtOnce();
+        ASSERT_THAT(told, SizeIs(batch)) << "what was told before is not told again";
+        EXPECT_THAT(told.back(), StartsWith(scratchFolder() + "/MultiImage "));
+        EXPECT_THAT(folderEntries(told.back()),
+                    UnorderedElementsAre("Image_00001.jpg", "Image_00002.jpg"));
+    }
+    EXPECT_NE(told[0], told[1]);
+
+    removePath(keptFolder());
+    controller->keepPagesOfEarlierRuns();
+    controller->tellKeptPages();
+    EXPECT_THAT(takeKeptPages(), SizeIs(4));
+    ASSERT_THAT(told, SizeIs(3));
+    EXPECT_THAT(told.back(), StartsWith(keptFolder() + "/"));
+    joinerFinishes = true;
+    scanAtOnce();
+    EXPECT_EQ(textOf(savedPath(3, "pdf")), "Image_00001.jpg Image_00002.jpg ");
+}
+
+// A folder in which nothing can be renamed cannot be made for root, so a page stands in the way
+// that the test puts back.
+TEST_F(MultiPageScanTest, StagesNothingOverPagesThatStay) {
+    writeTextFile(keptFolder(), "a file in the folder's place");
+    writeTextFile(scratchFolder() + "/MultiImage/Image_00001.jpg", "of an earlier batch");
+    connectWithPages(2);
+    const std::string staged = scratchFolder() + "/MultiImage/Image_00001.jpg";
+    setAlertPresenter([&](const Alert& alert) {
+        alerts.push_back(alert.message);
+        if (!fileExists(staged)) // between the keeping and the making of the folders
+            writeTextFile(staged, "of an earlier batch");
+        return alertDefaultReturn;
+    });
+    for (const int32_t format : {formatPdf, formatMultiPagePdf, formatMultiPageTiff}) {
+        controller->profileFileformatSelect = format;
+        alerts.clear();
+        dsm.forgetCalls();
+        scanAtOnce();
+        EXPECT_THAT(alerts, ElementsAre("PagesKept", "NoSaveImage", "PagesKept")) << format;
+        EXPECT_EQ(dsm.count(imageMemXfer), 0U);
+        EXPECT_FALSE(dsm.isSourceOpen());
+    }
+    EXPECT_THAT(dsm.sequenceErrors(), IsEmpty());
+    alerts.clear();
+    controller->profileFileformatSelect = formatBmp;
+    pageCodecs() = platformCodecs();
+    scanAtOnce();
+    EXPECT_THAT(alerts, ElementsAre("PagesKept", "PagesKept")) << "a page on its own is not staged";
+    EXPECT_TRUE(fileExists(savedPath(1)) || fileExists(savedPath(3)));
+}
+
+TEST_F(MultiPageScanTest, KeepsStagedPagesWhenToldToEnd) {
+    connectWithPages(3);
+    dsm.intercept = [](const Triplet& triplet, TW_MEMREF) -> std::optional<uint16_t> {
+        if (triplet == endXfer)
+            requestTermination();
+        return std::nullopt;
+    };
+    scanAtOnce();
+    resetTerminationRequest();
+    EXPECT_THAT(takeKeptPages(), ElementsAre("Image_00001.jpg"));
+    EXPECT_FALSE(fileExists(savedPath(1, "pdf")));
+    EXPECT_EQ(dsm.count(resetXfer), 1U);
+    EXPECT_FALSE(dsm.isSourceOpen());
+    EXPECT_THAT(dsm.sequenceErrors(), IsEmpty());
+    EXPECT_EQ(scansEnded, 1);
+}
+
+TEST_F(MultiPageScanTest, JoinsAWholeBatchThoughToldToEnd) {
+    connectWithPages(1);
+    dsm.intercept = [](const Triplet& triplet, TW_MEMREF) -> std::optional<uint16_t> {
+        if (triplet == endXfer)
+            requestTermination();
+        return std::nullopt;
+    };
+    scanAtOnce();
+    resetTerminationRequest();
     EXPECT_EQ(textOf(savedPath(1, "pdf")), "Image_00001.jpg ");
 }
 
