@@ -15,6 +15,7 @@
 #include "platform/MainLoop.h"
 #include "platform/Places.h"
 #include "platform/SystemLog.h"
+#include "platform/qt/EndingSignals.h"
 #include "twain/TWAINHandler.h"
 #include "ui/SaveFolderTextField.h"
 
@@ -29,6 +30,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -37,6 +39,9 @@
 
 namespace paperline {
 namespace {
+
+// A call that is under way when the command is told to end may take so long to come to its end.
+constexpr std::chrono::seconds patienceAfterSignal{3};
 
 // Writes result lines, whole and at once, past every buffer.
 class Results {
@@ -79,13 +84,18 @@ QJsonObject pageObject(const SavedFile& file) {
             {"pages", file.pages}};
 }
 
-// What came of a scan, gathered while it runs.
+// What came of a scan, gathered while it runs. The watchdog reads it too.
 struct ScanTally {
-    int files = 0;
-    int pages = 0;
-    int messages = 0;
+    std::atomic<int> files = 0;
+    std::atomic<int> pages = 0;
+    std::atomic<int> messages = 0;
     bool sourceOpened = false; // for the scan itself, not only to see whether it can be
 };
+
+std::string totalsObject(const ScanTally& tally, bool isComplete) {
+    return jsonText(
+        {{"files", tally.files.load()}, {"pages", tally.pages.load()}, {"complete", isComplete}});
+}
 
 // The watchdog sees every call to the source; the tally whether the last opening went well.
 void watchCalls(Watchdog& watchdog, ScanTally& tally) {
@@ -168,7 +178,8 @@ std::unique_ptr<AppDelegate> launch(const std::string& sourceName) {
     return controller->init() != nullptr ? std::move(controller) : nullptr;
 }
 
-// Scans until the controls come back; false when the source never called back in time.
+// Scans until the controls come back; false when the source never called back in time, or when the
+// command was told to end before it did.
 bool scanToTheEnd(AppDelegate& controller, int timeoutSeconds) {
     QEventLoop loop;
     bool ended = false;
@@ -181,31 +192,38 @@ bool scanToTheEnd(AppDelegate& controller, int timeoutSeconds) {
     QObject::connect(&silence, &QTimer::timeout, &loop, &QEventLoop::quit);
     silence.start(std::chrono::seconds(timeoutSeconds));
     controller.toolBarItemScan(nullptr);
-    if (!ended)
+    if (!ended && !terminationRequested())
         loop.exec();
     controller.scanEndedObserver = nullptr;
     return ended;
 }
 
-// Runs on the watchdog's thread, while the main thread hangs inside the source and touches nothing.
 // Pages staged for a multi-page file are the user's.
-void giveUpOnHungSource() {
-    systemLog("paperline: the source hangs; giving up. Pages saved so far are complete.");
+void keepPagesInNoFile() {
     const std::string name = formatDate({.secondsSinceEpoch = host().secondsSinceEpoch(),
                                          .localeIdentifier = host().localeIdentifier(),
                                          .timeZone = {}},
                                         keptPagesNamePattern);
-    const KeptPages kept = keepPages(scratchPath(stagingFolderName),
-                                     appendPathComponent(userDataFolder(), keptPagesFolderName),
-                                     name);
-    if (kept.moved > 0)
-        systemLog("paperline: pages that are in no file yet are kept in " + kept.folder);
-    if (kept.failed == 0)
-        removeOwnScratchRoot();
-    else
-        systemLog("paperline: pages that are in no file yet are left in " +
-                  scratchPath(stagingFolderName));
-    _exit(exitSourceHung);
+    const std::string root = appendPathComponent(userDataFolder(), keptPagesFolderName);
+    for (const KeptPages& kept : keepAllPages(scratchPath(stagingFolderName), root, name)) {
+        if (!kept.folder.empty())
+            systemLog("paperline: pages that are in no file yet are kept in " + kept.folder);
+        if (!kept.leftFolder.empty())
+            systemLog("paperline: pages that are in no file yet are left in " + kept.leftFolder);
+    }
+}
+
+// Runs on the watchdog's thread, while the main thread hangs inside the source and touches nothing.
+void giveUpOnHungSource(const ScanRequest& request, const ScanTally& tally, Results results) {
+    const bool isInterrupted = endingSignalHasCome();
+    systemLog(isInterrupted
+                  ? "paperline: interrupted. Pages saved so far are complete."
+                  : "paperline: the source hangs; giving up. Pages saved so far are complete.");
+    keepPagesInNoFile();
+    endScratch();
+    if (request.json)
+        results.line(totalsObject(tally, false));
+    _exit(isInterrupted ? exitNotAllSaved : exitSourceHung);
 }
 
 // Some writers call a page saved that is on no disk; its path was never reported as complete.
@@ -218,7 +236,29 @@ void tellUnwrittenPages(const AppDelegate& controller, ScanTally& tally) {
               " of the pages could not be written");
 }
 
+// What a scan that ran comes to.
+int exitCodeOf(const AppDelegate& controller, const ScanTally& tally, bool ended, bool allPrinted) {
+    if (terminationRequested()) {
+        systemLog("paperline: interrupted");
+        return exitNotAllSaved;
+    }
+    if (!ended) {
+        systemLog("paperline: the source does not answer");
+        return exitSourceHung;
+    }
+    if (controller.sourceHung)
+        return exitSourceHung;
+    if (!tally.sourceOpened)
+        return exitSourceNotOpened;
+    return tally.files > 0 && tally.messages == 0 && allPrinted ? exitSaved : exitNotAllSaved;
+}
+
 } // namespace
+
+void endScratch() {
+    if (removeAllButPages(scratchPath(stagingFolderName)))
+        removeOwnScratchRoot();
+}
 
 int takeStandardOutputForResults() {
     // Whoever reads the results may stop reading; the pages are scanned all the same.
@@ -231,13 +271,16 @@ int takeStandardOutputForResults() {
 }
 
 int runScanCommand(const ScanRequest& request, int resultDescriptor) {
+    const EndingSignals endingSignals;
     Results results(resultDescriptor);
     ScanTally tally;
     installCommandLineMessages(tally);
     prepareSources(request.source);
     passOptionsToSource(request.options);
 
-    Watchdog watchdog(std::chrono::seconds(request.timeoutSeconds), giveUpOnHungSource);
+    Watchdog watchdog(std::chrono::seconds(request.timeoutSeconds),
+                      [&, results] { giveUpOnHungSource(request, tally, results); },
+                      {.limit = patienceAfterSignal, .isWanted = endingSignalHasCome});
     watchCalls(watchdog, tally);
 
     const std::unique_ptr<AppDelegate> controller = launch(request.source);
@@ -253,8 +296,9 @@ int runScanCommand(const ScanRequest& request, int resultDescriptor) {
     controller->loadInterface();
     controller->applicationWillFinishLaunching();
     controller->applicationDidFinishLaunching();
-    if (launchAborted || terminationRequested())
-        return exitSourceNotOpened;
+    if (launchAborted)
+        return controller->sourceHung ? exitSourceHung : exitSourceNotOpened;
+    tally.messages = 0; // those so far were about earlier scans
 
     setFormat(*controller, request);
     setFolderAndName(*controller, request);
@@ -266,19 +310,11 @@ int runScanCommand(const ScanRequest& request, int resultDescriptor) {
     const bool ended = scanToTheEnd(*controller, request.timeoutSeconds);
     tellUnwrittenPages(*controller, tally);
     if (request.json)
-        results.line(jsonText({{"files", tally.files},
-                               {"pages", tally.pages},
-                               {"complete", ended && tally.messages == 0}}));
+        results.line(totalsObject(tally, ended && tally.messages == 0 && !terminationRequested()));
     controller->applicationWillTerminate();
+    endTwainSession();
     setDsmCallObserver({});
-    if (!ended) {
-        systemLog("paperline: the source does not answer");
-        return exitSourceHung;
-    }
-    if (!tally.sourceOpened)
-        return exitSourceNotOpened;
-    return tally.files > 0 && tally.messages == 0 && !results.failed() ? exitSaved
-                                                                       : exitNotAllSaved;
+    return exitCodeOf(*controller, tally, ended, !results.failed());
 }
 
 int runListSources(int resultDescriptor) {

@@ -9,6 +9,9 @@ namespace paperline {
 // standard error. Call once, before any library can write.
 int takeStandardOutputForResults();
 
+// Removes the command's scratch folder, unless it holds pages that found no other place.
+void endScratch();
+
 int runScanCommand(const ScanRequest& request, int resultDescriptor);
 int runListSources(int resultDescriptor);
 int runListOptions(const std::string& sourceName, int resultDescriptor);

@@ -13,8 +13,9 @@ int64_t nowMilliseconds() {
 
 } // namespace
 
-Watchdog::Watchdog(std::chrono::milliseconds limit, std::function<void()> barked)
-    : limit_(limit), barked_(std::move(barked)), thread_([this] { watch(); }) {}
+Watchdog::Watchdog(std::chrono::milliseconds limit, std::function<void()> barked, Hurry hurry)
+    : limit_(limit), hurry_(std::move(hurry)), barked_(std::move(barked)),
+      thread_([this] { watch(); }) {}
 
 Watchdog::~Watchdog() {
     {
@@ -33,13 +34,17 @@ void Watchdog::callEnds() {
     startedAt_ = 0;
 }
 
+std::chrono::milliseconds Watchdog::limit() const {
+    return hurry_.isWanted && hurry_.isWanted() ? std::min(limit_, hurry_.limit) : limit_;
+}
+
 void Watchdog::watch() {
     const std::chrono::milliseconds period =
         std::clamp(limit_ / 10, std::chrono::milliseconds(1), std::chrono::milliseconds(500));
     std::unique_lock lock(mutex_);
     while (!wake_.wait_for(lock, period, [this] { return ending_; })) {
         const int64_t started = startedAt_;
-        if (started != 0 && nowMilliseconds() - started >= limit_.count()) {
+        if (started != 0 && nowMilliseconds() - started >= limit().count()) {
             barked_();
             return;
         }

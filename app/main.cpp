@@ -35,7 +35,7 @@ int runCommand(const CommandLine& line, int argc, char** argv) {
         exitCode = runListSources(results);
     else
         exitCode = runListOptions(line.optionsOf, results);
-    removeOwnScratchRoot();
+    endScratch();
     return exitCode;
 }
 

@@ -7,6 +7,7 @@ function(paperline_condition_texts file)
         TWCC_LOWMEMORY=ShowNoMem
         TWCC_MAXCONNECTIONS=SourceBusy
         TWCC_OPERATIONERROR=SourceNotOpened
+        conditionWorkerHung=SourceNotOpened
         TWCC_CHECKDEVICEONLINE=SourceNotOpened
         TWCC_BADVALUE=SourceRefusedOption
         TWCC_DENIED=SourceDenied

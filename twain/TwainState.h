@@ -30,6 +30,7 @@ struct TwainState {
     QPushButton* mAquireNativeXfer = nullptr;
     QPushButton* mAquireMemoryXfer = nullptr;
     int32_t mNativeTransfer = 0;     // 1 native, 2 memory, 3 file
+    bool sourceHung = false;         // a worker of our own sources gave no answer and was ended
     bool settingsDialogOpen = false; // the source was enabled for its settings only
 
     // Told at every end of a scan or of the settings dialog, failed ones included, when the source

@@ -5,6 +5,7 @@
 #include "platform/Alert.h"
 #include "platform/DataSourceManager.h"
 #include "platform/MainLoop.h"
+#include "twain/TWAINHandler.h"
 
 #include <array>
 
@@ -35,7 +36,14 @@ const char* keyOf(uint16_t conditionCode, const char* otherwise) {
     return otherwise;
 }
 
-void showFailure(const SourceFailure& failure, const char* otherwise) {
+// Other makers give the same number a meaning of their own.
+bool isHungWorker(const SourceFailure& failure) {
+    return failure.conditionCode == twain::conditionWorkerHung && gTWAINHandler != nullptr &&
+           gTWAINHandler->dsIdentity.Manufacturer.text() == "Corvane";
+}
+
+void showFailure(AppDelegate& controller, const SourceFailure& failure, const char* otherwise) {
+    controller.sourceHung = controller.sourceHung || isHungWorker(failure);
     const DelayedMessagesHold hold;
     const std::string message =
         localizedString(gLanguageBundle, keyOf(failure.conditionCode, otherwise));
@@ -50,14 +58,29 @@ void showFailure(const SourceFailure& failure, const char* otherwise) {
 
 void AppDelegate::showSourceNotOpenedMessage() {
     TraceScope trace("showSourceNotOpenedMessage");
-    showFailure(takeSourceFailure().value_or(SourceFailure{}), "SourceNotOpened");
+    showFailure(*this, takeSourceFailure().value_or(SourceFailure{}), "SourceNotOpened");
 }
 
 void AppDelegate::showSourceFailureMessage() {
     if (const std::optional<SourceFailure> failure = takeSourceFailure()) {
         TraceScope trace("showSourceFailureMessage");
-        showFailure(*failure, "SourceStopped");
+        showFailure(*this, *failure, "SourceStopped");
     }
+}
+
+void AppDelegate::showSetupFailureMessage() {
+    std::optional<SourceFailure> failure = takeSourceFailure();
+    if (!failure)
+        return;
+    TraceScope trace("showSetupFailureMessage");
+    // The source's words are about the request, which says nothing to the person who made it.
+    const bool hasNoWindow = failure->conditionCode == twain::TWCC_BADPROTOCOL;
+    if (hasNoWindow)
+        failure->text.clear();
+    if (hasNoWindow)
+        showFailure(*this, *failure, "SourceNoSettings");
+    else
+        showFailure(*this, *failure, "SourceNotOpened");
 }
 
 } // namespace paperline

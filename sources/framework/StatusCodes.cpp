@@ -30,8 +30,9 @@ TwainResult twainResult(ScanStatus status) {
     case ScanStatus::accessDenied:
         return {TWRC_FAILURE, TWCC_DENIED};
     case ScanStatus::workerDied:
-    case ScanStatus::workerHung:
         return {TWRC_FAILURE, TWCC_OPERATIONERROR};
+    case ScanStatus::workerHung:
+        return {TWRC_FAILURE, conditionWorkerHung};
     }
     return {TWRC_FAILURE, TWCC_BUMMER};
 }
@@ -73,6 +74,8 @@ const char* conditionText(uint16_t conditionCode) {
         return "There is no paper in the feeder";
     case TWCC_NODS:
         return "The data source is gone";
+    case conditionWorkerHung:
+        return "The device did not answer in time";
     default:
         return "The operation failed";
     }

@@ -104,6 +104,9 @@ inline constexpr uint16_t TWCC_CHECKDEVICEONLINE = 23;
 inline constexpr uint16_t TWCC_INTERLOCK = 24;
 inline constexpr uint16_t TWCC_DAMAGEDCORNER = 25;
 inline constexpr uint16_t TWCC_NOMEDIA = 29;
+inline constexpr uint16_t TWCC_CUSTOMBASE = 0x8000;
+// Of our own sources: the device's worker gave no answer in time and was ended.
+inline constexpr uint16_t conditionWorkerHung = TWCC_CUSTOMBASE + 1;
 
 // Container types and the value that says "not asked for".
 inline constexpr uint16_t TWON_ARRAY = 3;

@@ -218,7 +218,7 @@ const StatusCase statusCases[] = {
     {ScanStatus::accessDenied, TWRC_FAILURE, TWCC_DENIED},
     {ScanStatus::noSuchDevice, TWRC_FAILURE, TWCC_CHECKDEVICEONLINE},
     {ScanStatus::workerDied, TWRC_FAILURE, TWCC_OPERATIONERROR},
-    {ScanStatus::workerHung, TWRC_FAILURE, TWCC_OPERATIONERROR},
+    {ScanStatus::workerHung, TWRC_FAILURE, conditionWorkerHung},
 };
 
 class FirstPageFails : public SourceFixture, public testing::WithParamInterface<StatusCase> {};

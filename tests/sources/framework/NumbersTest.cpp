@@ -90,7 +90,8 @@ TEST(StatusCodes, EveryConditionHasItsText) {
                                 twain::TWCC_CHECKDEVICEONLINE,
                                 twain::TWCC_INTERLOCK,
                                 twain::TWCC_NOMEDIA,
-                                twain::TWCC_NODS})
+                                twain::TWCC_NODS,
+                                twain::conditionWorkerHung})
         EXPECT_TRUE(texts.insert(conditionText(code)).second) << code;
     EXPECT_STREQ(conditionText(9999), "The operation failed");
 }

@@ -134,7 +134,7 @@ TEST_F(SoftwareScannerEndToEnd, DeviceFaultsKeepTheEarlierPages) {
                                           {"device-invalid", TWCC_BADVALUE},
                                           {"device-unsupported", TWCC_BADVALUE},
                                           {"device-crash", TWCC_OPERATIONERROR},
-                                          {"device-hang", TWCC_OPERATIONERROR}}) {
+                                          {"device-hang", conditionWorkerHung}}) {
         const std::string fault = smallPages + "fault=" + name;
         const auto first = session.scan(product, fault + "@1");
         EXPECT_EQ(first.enableCode, TWRC_FAILURE) << name;
@@ -154,7 +154,7 @@ TEST_F(SoftwareScannerEndToEnd, DeviceFaultsWhileOpening) {
     ASSERT_TRUE(session.openManager(buildTree));
     for (const auto& [name, condition] : {std::pair{"device-denied", TWCC_DENIED},
                                           {"device-crash", TWCC_OPERATIONERROR},
-                                          {"device-hang", TWCC_OPERATIONERROR},
+                                          {"device-hang", conditionWorkerHung},
                                           {"device-busy", TWCC_MAXCONNECTIONS}}) {
         const auto result = session.scan(product, smallPages + "fault=" + std::string(name) + "@0");
         EXPECT_EQ(result.openCode, TWRC_FAILURE) << name;
