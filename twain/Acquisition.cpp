@@ -142,10 +142,12 @@ void AppDelegate::toolBarItemSetup(QObject*) {
     TraceScope trace("toolBarItemSetup");
     mScanSetup = 1;
     enableToolbatItems(false);
-    if (setupUI() != twain::TWRC_SUCCESS)
-        endScan();
-    else
+    if (setupUI() == twain::TWRC_SUCCESS) {
         showStatus("StatusSetup");
+        return;
+    }
+    showSetupFailureMessage();
+    endScan();
 }
 
 uint16_t AppDelegate::nonUI() {
@@ -201,6 +203,7 @@ void AppDelegate::xferReady(QObject*) {
     // A second or late message finds the source closed; a settings dialog transfers nothing.
     if (gTWAINHandler == nullptr || !gTWAINHandler->dsEnabled || settingsDialogOpen)
         return;
+    takeTransferReady();
     if (mNativeTransfer == nativeTransfer)
         completeNativeXfer();
     else if (mNativeTransfer == memoryTransfer)

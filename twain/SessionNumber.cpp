@@ -6,6 +6,7 @@ namespace paperline {
 namespace {
 
 std::atomic<uint32_t> sessionNumber{0};
+std::atomic<bool> transferReady{false};
 
 } // namespace
 
@@ -15,6 +16,15 @@ uint32_t currentSession() {
 
 void beginSession() {
     ++sessionNumber;
+    transferReady = false;
+}
+
+void noteTransferReady() {
+    transferReady = true;
+}
+
+bool takeTransferReady() {
+    return transferReady.exchange(false);
 }
 
 } // namespace paperline

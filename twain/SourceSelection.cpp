@@ -9,6 +9,7 @@
 #include "platform/Places.h"
 #include "platform/PropertyList.h"
 #include "twain/BrandFilter.h"
+#include "twain/PageTransfer.h"
 #include "twain/SessionNumber.h"
 #include "twain/TWAINHandler.h"
 
@@ -23,6 +24,8 @@ namespace paperline {
 TWAINHandler* gTWAINHandler = nullptr;
 
 void endTwainSession() {
+    if (gTWAINHandler != nullptr && gTWAINHandler->dsEnabled && takeTransferReady())
+        discardPendingPages(*gTWAINHandler);
     delete gTWAINHandler;
     gTWAINHandler = nullptr;
 }
@@ -55,9 +58,10 @@ void schedule(void (AppDelegate::*operation)(QObject*)) {
 // May be entered on any thread.
 TW_UINT16
 receiveMessage(TW_IDENTITY*, TW_IDENTITY*, TW_UINT32, TW_UINT16, TW_UINT16 message, TW_MEMREF) {
-    if (message == twain::MSG_XFERREADY)
+    if (message == twain::MSG_XFERREADY) {
+        noteTransferReady();
         schedule(&AppDelegate::xferReady);
-    else if (message == twain::MSG_CLOSEDSREQ || message == twain::MSG_CLOSEDSOK)
+    } else if (message == twain::MSG_CLOSEDSREQ || message == twain::MSG_CLOSEDSOK)
         schedule(&AppDelegate::closeRequest);
     return twain::TWRC_SUCCESS;
 }
