@@ -1,6 +1,7 @@
 #include "app/CommandLine.h"
 
 #include "output/FileFormats.h"
+#include "platform/Utf.h"
 
 #include <charconv>
 
@@ -122,6 +123,26 @@ CommandLine usageError(const std::string& error) {
     return line;
 }
 
+// What a word belongs to: its option, or the one before it.
+std::string optionOf(std::span<const std::string> arguments, size_t position) {
+    for (const size_t place : {position, position - 1}) {
+        const std::string name = arguments[place].substr(0, arguments[place].find('='));
+        if (name.starts_with("--") && isValidUtf8(name))
+            return name;
+        if (position == 0)
+            break;
+    }
+    return "a word";
+}
+
+// Paths and names are UTF-8 everywhere in the program; other bytes would become another name.
+std::string complaintAboutEncoding(std::span<const std::string> arguments) {
+    for (size_t position = 0; position < arguments.size(); ++position)
+        if (!isValidUtf8(arguments[position]))
+            return optionOf(arguments, position) + " is not valid UTF-8";
+    return {};
+}
+
 CommandLine parseScan(Words words) {
     CommandLine line;
     line.command = Command::scan;
@@ -166,6 +187,8 @@ CommandLine parseSources(Words words) {
 CommandLine parseCommandLine(std::span<const std::string> arguments) {
     if (arguments.empty())
         return {};
+    if (const std::string complaint = complaintAboutEncoding(arguments); !complaint.empty())
+        return usageError(complaint);
     const std::string& first = arguments.front();
     const Words rest(arguments.subspan(1));
     if (first == "scan")

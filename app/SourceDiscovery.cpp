@@ -9,19 +9,31 @@
 #include <QStringList>
 #include <QThread>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <string>
+#include <vector>
 
 namespace paperline {
 namespace {
 
-constexpr int longestWaitMilliseconds = 5000;
+constexpr int longestFirstWaitMilliseconds = 5000;
+// Where a whole search has found nothing the next one seldom finds more, and every start waits.
+constexpr int longestLaterWaitMilliseconds = 1200;
 constexpr unsigned long pollMilliseconds = 20;
 constexpr const char* workerProgram = "/Contents/Helpers/paperline-sane-worker";
 
 // The search is nobody's child, so its number is free once it has ended.
 bool isRunning(qint64 process) {
     return kill(static_cast<pid_t>(process), 0) == 0 || errno == EPERM;
+}
+
+bool holdsBundles(const std::string& folder) {
+    const std::vector<std::string> entries = folderEntries(folder);
+    return std::any_of(entries.begin(), entries.end(), [](const std::string& entry) {
+        return pathExtension(entry) == "ds";
+    });
 }
 
 } // namespace
@@ -31,8 +43,10 @@ void discoverSources(const std::function<void()>& aboutToWait) {
     if (!fileExists(worker))
         return;
     const std::string folder = userDataFolder() + "/TWAIN Data Sources";
-    // The helper makes this folder, filled, when a whole search has ended, with scanners or without.
+    // The helper makes this folder, filled, when a whole search has ended, with scanners or
+    // without.
     const bool searchedBefore = folderExists(folder);
+    const bool knowsScanners = holdsBundles(folder);
 
     QProcess search;
     search.setProgram(QString::fromStdString(worker));
@@ -42,10 +56,11 @@ void discoverSources(const std::function<void()>& aboutToWait) {
     search.setStandardErrorFile(QProcess::nullDevice());
     // Detached: a slow search goes on and serves the next start.
     qint64 searchProcess = 0;
-    if (!search.startDetached(&searchProcess) || searchedBefore)
+    if (!search.startDetached(&searchProcess) || knowsScanners)
         return;
     aboutToWait();
-    QDeadlineTimer deadline(longestWaitMilliseconds);
+    QDeadlineTimer deadline(searchedBefore ? longestLaterWaitMilliseconds
+                                           : longestFirstWaitMilliseconds);
     while (isRunning(searchProcess) && !deadline.hasExpired())
         QThread::msleep(pollMilliseconds);
 }

@@ -6,8 +6,9 @@
 
 namespace paperline {
 
-// Uses what earlier runs found and refreshes behind the user's back. Only when no run has finished
-// a search yet does it wait, at most five seconds, after calling `aboutToWait`.
+// Uses what earlier runs found and refreshes behind the user's back. Only when no scanner is known
+// does it wait, after calling `aboutToWait`: at most five seconds for the first search, about one
+// when an earlier search found nothing.
 void discoverSources(const std::function<void()>& aboutToWait);
 
 } // namespace paperline

@@ -86,3 +86,15 @@ TEST(CommandLine, RefusesWhatItDoesNotKnow) {
         EXPECT_FALSE(line.error.empty()) << words.back();
     }
 }
+
+TEST(CommandLine, RefusesWhatIsNotUtf8) {
+    const std::string latin = "gr\xfc\xdf";
+    EXPECT_EQ(parse({"scan", "--folder", latin}).error, "--folder is not valid UTF-8");
+    EXPECT_EQ(parse({"scan", "--name=" + latin}).error, "--name is not valid UTF-8");
+    EXPECT_EQ(parse({"scan", "--json", "--source", latin}).error, "--source is not valid UTF-8");
+    EXPECT_EQ(parse({"scan", "--option", "mode=" + latin}).error, "--option is not valid UTF-8");
+    EXPECT_EQ(parse({"sources", "--options", latin}).error, "--options is not valid UTF-8");
+    EXPECT_EQ(parse({latin}).error, "a word is not valid UTF-8");
+    EXPECT_EQ(parse({"scan", "--folder", latin}).command, Command::usageError);
+    EXPECT_EQ(parse({"scan", "--folder", "gr\u00fc\u00df"}).command, Command::scan);
+}
