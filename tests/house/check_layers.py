@@ -44,7 +44,7 @@ ADAPTERS = {
     r"^sane/": r"^sources/sane/",
 }
 # One table each: the controller's operations, and the records and numbers of a standard.
-WHOLE_BY_NATURE = {"app/AppDelegate.h", "twain/abi/StandardRecords.h"}
+WHOLE_BY_NATURE = {"app/AppDelegate.h", "twain/abi/StandardRecords.h", "twain/abi/TwainConstants.h"}
 LONGEST_SOURCE, LONGEST_HEADER = 400, 200
 INCLUDE = re.compile(r'^\s*#\s*include\s+(?:"([^"]+)"|<([^>]+)>)')
 
