@@ -253,6 +253,19 @@ int exitCodeOf(const AppDelegate& controller, const ScanTally& tally, bool ended
     return tally.files > 0 && tally.messages == 0 && allPrinted ? exitSaved : exitNotAllSaved;
 }
 
+// What a launch that came to nothing is worth.
+int exitCodeWithoutScan(AppDelegate& controller, Results& results, bool json) {
+    if (launchAborted && !controller.sourceHung)
+        return exitSourceNotOpened;
+    controller.tellKeptPages();
+    if (json)
+        results.line(totalsObject(ScanTally{}, false));
+    if (controller.sourceHung)
+        return exitSourceHung;
+    systemLog("paperline: interrupted");
+    return exitNotAllSaved;
+}
+
 } // namespace
 
 void endScratch() {
@@ -296,8 +309,8 @@ int runScanCommand(const ScanRequest& request, int resultDescriptor) {
     controller->loadInterface();
     controller->applicationWillFinishLaunching();
     controller->applicationDidFinishLaunching();
-    if (launchAborted)
-        return controller->sourceHung ? exitSourceHung : exitSourceNotOpened;
+    if (launchAborted || terminationRequested())
+        return exitCodeWithoutScan(*controller, results, request.json);
     tally.messages = 0; // those so far were about earlier scans
 
     setFormat(*controller, request);
