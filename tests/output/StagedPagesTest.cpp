@@ -1,7 +1,7 @@
 #include "output/StagedPages.h"
 
 #include "platform/Files.h"
-#include "tests/support/TestFolder.h"
+#include "tests/platform/TestFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
