@@ -46,7 +46,9 @@ public:
             const double all = scan(format, 1 + morePages);
             if (one <= 0 || all <= 0)
                 return {nameOf(format), {}, "encoder and cp", {}, {}, {}};
-            pageTimes.push_back((all - one) / morePages);
+            // A start that took longer than all pages together says nothing of them; the whole
+            // scan, start included, is an upper bound then.
+            pageTimes.push_back(all > one ? (all - one) / morePages : all / (1 + morePages));
             for (int number = 1; number <= different_; ++number) {
                 const BenchPage page = pages_.page(PageKind::colour, 300, number);
                 encoderTimes.push_back(encode(format, *page.pixels));
