@@ -203,8 +203,8 @@ class NoPlace(KeptPages):
             self.assertIn(str(pathlib.Path(page).parent), result.stderr)
 
     def test_a_read_only_disk(self):
-        self.spoil = (f'mount -o remount,ro "{self.home}/data" 2>/dev/null || '
-                      f'sudo -n mount -o remount,ro "{self.home}/data"')
+        self.spoil = (f'mount -o remount,bind,ro "{self.home}/data" 2>/dev/null || '
+                      f'sudo -n mount -o remount,bind,ro "{self.home}/data"')
         result = self.on_disk_of(1)
         self.assertIn("exit 5", result.stdout, result.stderr)
         found = [line for line in result.stdout.splitlines() if line.endswith(".jpg")]

@@ -54,7 +54,7 @@ class SaveFolder(ProgramTest):
 
     def test_a_read_only_disk_is_told_and_nothing_is_lost(self):
         read_only = (f'head -c 64K /dev/urandom > "{self.pages}/earlier"; '
-                     f'mount -o remount,ro "{self.pages}" 2>/dev/null || sudo -n mount -o remount,ro "{self.pages}"')
+                     f'mount -o remount,bind,ro "{self.pages}" 2>/dev/null || sudo -n mount -o remount,bind,ro "{self.pages}"')
         for file_format in SUFFIX:
             with self.subTest(file_format=file_format):
                 code, printed, files, err = self.on_disk(4, file_format, "count=2", "resolution=50", before=read_only)
