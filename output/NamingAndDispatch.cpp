@@ -7,6 +7,7 @@
 #include "output/PageNaming.h"
 #include "output/Resolution.h"
 #include "platform/DatePatterns.h"
+#include "platform/Files.h"
 #include "platform/Host.h"
 #include "platform/Places.h"
 #include "platform/SystemLog.h"
@@ -149,17 +150,30 @@ int32_t stagePage(AppDelegate& controller,
     return controller.lastPageWrite.result == PageWriteResult::incomplete ? -2 : -1;
 }
 
+// The next document's page is staged under the same name: this one moves out of its way.
+void keepPageOfLostDocument(AppDelegate& controller) {
+    controller.keepStagedPages();
+    // It may have been set aside together with its folder.
+    if (!createPrivateFolder(scratchPath(stagingFolderName)))
+        traceText("temporary folder not made", stagingFolderName);
+}
+
 DispatchResult saveAsPdf(AppDelegate& controller,
                          const ReceivedPage& page,
                          const FileFormat& format,
                          const std::string& path) {
     const std::string folder = scratchPath(stagingFolderName);
     const std::string staged = folder + stagedPageName(controller.currentMultiPage, ".jpg");
+    if (fileExists(staged)) // an earlier page that could not be moved anywhere
+        return {-1, {}};
     int32_t code = stagePage(controller, page, format, staged);
-    if (code >= 0)
-        code = controller.CreatePDF(folder + "/", path);
     if (code < 0)
         return {code, {}};
+    code = controller.CreatePDF(folder + "/", path);
+    if (code < 0) {
+        keepPageOfLostDocument(controller);
+        return {code, {}};
+    }
     removePath(staged); // it is in its file: nothing to be kept
     return finishSinglePage(controller, page, format, path);
 }

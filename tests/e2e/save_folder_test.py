@@ -60,7 +60,7 @@ class SaveFolder(ProgramTest):
                 code, printed, files, err = self.on_disk(4, file_format, "count=2", "resolution=50", before=read_only)
                 self.assertEqual((code, printed, files), (1, [], []), err)
                 self.assertTrue(err)
-                self.assertEqual(len(self.kept()), {"mpdf": 2, "mtif": 2, "pdf": 1}.get(file_format, 0), err)
+                self.assertEqual(len(self.kept()), {"mpdf": 2, "mtif": 2, "pdf": 2}.get(file_format, 0), err)
                 self.forget()
 
     def test_a_folder_that_goes_away_during_the_scan(self):

@@ -149,11 +149,27 @@ TEST_F(MultiPage, APdfPageGetsItsDocumentAtOnce) {
     EXPECT_FALSE(fileExists(scratchPath(joinedPdfName)));
 }
 
-TEST_F(MultiPage, ADocumentThatCannotBeWrittenKeepsItsPage) {
+// Each is staged under the same name.
+TEST_F(MultiPage, DocumentsThatCannotBeWrittenKeepEachTheirPage) {
     pageCodecs().pdf = [](const std::string&) { return nullptr; };
     controller->profileFileformatSelect = formatPdf;
-    EXPECT_EQ(saveGrey(), -2);
-    EXPECT_TRUE(fileExists(staged("Image_00001.jpg")));
+    for (const char* page : {"first", "second"}) {
+        pageCodecs().jpeg = [page](const BitmapImageRep&, Density) {
+            return Bytes(page, page + std::string_view(page).size());
+        };
+        EXPECT_EQ(saveGrey(), -2);
+    }
+    ASSERT_THAT(controller->keptPagesFolders, SizeIs(2));
+    EXPECT_EQ(textOf(controller->keptPagesFolders[0] + "/Image_00001.jpg"), "first");
+    EXPECT_EQ(textOf(controller->keptPagesFolders[1] + "/Image_00001.jpg"), "second");
+    EXPECT_THAT(folderEntries(scratchPath(stagingFolderName)), IsEmpty());
+}
+
+TEST_F(MultiPage, ADocumentIsNotStagedOverAPageThatCouldNotBeMoved) {
+    touch(staged("Image_00001.jpg"), "earlier");
+    controller->profileFileformatSelect = formatPdf;
+    EXPECT_EQ(saveGrey(), -1);
+    EXPECT_EQ(textOf(staged("Image_00001.jpg")), "earlier");
 }
 
 TEST_F(MultiPage, ADocumentIsNeverWrittenOverAnotherFile) {
