@@ -5,15 +5,24 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
-#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
-#include <thread>
 
+#include <dlfcn.h>
 #include <poll.h>
+#include <pthread.h>
 #include <sane/sane.h>
+
+// Stands before the system's for the drivers, which are loaded by this program. They let their
+// reader threads be cancelled at any instruction, and wait for them: one that was just in the
+// allocator keeps its lock for ever. Deferred, they end where they wait for their scanner or write
+// to their pipe.
+extern "C" __attribute__((visibility("default"))) int pthread_setcanceltype(int, int* oldType) {
+    static const auto systems =
+        reinterpret_cast<int (*)(int, int*)>(dlsym(RTLD_NEXT, "pthread_setcanceltype"));
+    return systems(PTHREAD_CANCEL_DEFERRED, oldType);
+}
 
 namespace paperline::sources {
 
@@ -42,10 +51,7 @@ private:
     bool begun_;
 };
 
-using Clock = std::chrono::steady_clock;
-
 constexpr size_t longestShownList = 64;
-constexpr std::chrono::milliseconds readerStartUp{100};
 
 bool isWordType(SANE_Value_Type type) {
     return type == SANE_TYPE_BOOL || type == SANE_TYPE_INT || type == SANE_TYPE_FIXED;
@@ -133,8 +139,6 @@ private:
     Session session_;
     SANE_Handle handle_ = nullptr;
     std::string errorText_;
-    std::atomic<bool> frameRuns_{false}; // started, and neither at its end nor cancelled
-    std::atomic<Clock::time_point> frameStart_{};
 };
 
 ScanStatus LibsaneScanner::outcome(SANE_Status status) {
@@ -314,18 +318,10 @@ ScanStatus LibsaneScanner::setString(SANE_Int index,
 }
 
 ScanStatus LibsaneScanner::start() {
-    frameStart_ = Clock::now();
-    const ScanStatus status = outcome(sane_start(handle_));
-    frameRuns_ = status == ScanStatus::good;
-    return status;
+    return outcome(sane_start(handle_));
 }
 
-// Drivers cancel their reader threads at any instruction; one that is just allocating its memory
-// never gets out of that again, and sane_cancel waits for it for ever. So it is given time to
-// start.
 void LibsaneScanner::cancel() {
-    if (frameRuns_.exchange(false))
-        std::this_thread::sleep_until(frameStart_.load() + readerStartUp);
     sane_cancel(handle_);
 }
 
@@ -350,10 +346,8 @@ SaneRead LibsaneScanner::read(std::span<uint8_t> room) {
     SANE_Int length = 0;
     const SANE_Status status =
         sane_read(handle_, room.data(), static_cast<SANE_Int>(limit), &length);
-    if (status == SANE_STATUS_EOF) {
-        frameRuns_ = false;
+    if (status == SANE_STATUS_EOF)
         return {ScanStatus::good, true, 0};
-    }
     if (status != SANE_STATUS_GOOD)
         return {outcome(status), false, 0};
     if (length < 0 || static_cast<size_t>(length) > limit)

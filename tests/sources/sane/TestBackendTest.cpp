@@ -8,6 +8,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <thread>
+
+#include <dlfcn.h>
+#include <pthread.h>
 
 namespace paperline::sources {
 namespace {
@@ -62,6 +66,23 @@ std::vector<KeptPage> pagesOfWorker(const OptionValues& options) {
         pages.push_back({format, {client.pixels().begin(), client.pixels().end()}});
     return pages;
 }
+
+// Has no more room after some blocks.
+class FullSink final : public PageSink {
+public:
+    explicit FullSink(int blocks) : blocks_(blocks) {}
+    bool begin(const PageFormat& format) override { return kept_.begin(format); }
+    std::span<uint8_t> rows(int32_t first, int32_t count) override {
+        if (blocks_-- <= 0)
+            return {};
+        return kept_.rows(first, count);
+    }
+    void finish(int32_t heightPixels) override { kept_.finish(heightPixels); }
+
+private:
+    KeepingSink kept_;
+    int blocks_;
+};
 
 // libsane looks for its configuration once in a process, so that all tests share one.
 void configureSane() {
@@ -240,6 +261,32 @@ TEST_F(TestBackendPages, ABatchCanFollowAnother) {
         device.stop();
     }
     EXPECT_EQ(sink.pages.size(), 3u);
+}
+
+// A reader thread that ends inside the allocator is waited for without end.
+TEST_F(TestBackendPages, ADriversThreadIsNotCancelledAtAnyInstruction) {
+    SaneDevice device("test:0", makeLibsaneScanner());
+    using SetCancelType = int (*)(int, int*);
+    const auto driversCall =
+        reinterpret_cast<SetCancelType>(dlsym(RTLD_DEFAULT, "pthread_setcanceltype"));
+    std::thread([driversCall] {
+        int type = -1;
+        driversCall(PTHREAD_CANCEL_ASYNCHRONOUS, nullptr);
+        EXPECT_EQ(driversCall(PTHREAD_CANCEL_ASYNCHRONOUS, &type), 0);
+        EXPECT_EQ(type, PTHREAD_CANCEL_DEFERRED);
+    }).join();
+}
+
+TEST_F(TestBackendPages, ABatchCanBeStoppedAtAnyMoment) {
+    SaneDevice device("test:0", makeLibsaneScanner());
+    ASSERT_EQ(device.open(), ScanStatus::good);
+    keepDriversLoaded();
+    for (int batch = 0; batch < 20; ++batch) {
+        ASSERT_EQ(device.start(), ScanStatus::good);
+        FullSink sink(batch);
+        EXPECT_EQ(device.readPage(sink), ScanStatus::noMemory);
+        device.stop();
+    }
 }
 
 TEST_F(TestBackendPages, ADeviceThatIsNotThereIsNamed) {
