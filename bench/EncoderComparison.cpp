@@ -71,6 +71,19 @@ int pageCount(const EncoderComparison& comparison, const BenchOptions& options) 
 
 } // namespace
 
+EncoderComparison
+comparisonOf(const std::string& work, PageKind kind, int dpi, const PageCodecs::Encoder& encoder) {
+    EncoderComparison result;
+    result.work = work;
+    result.kind = kind;
+    result.dpi = dpi;
+    const double density = dpi;
+    result.encode = [density, encoder](const BitmapImageRep& page) {
+        return encoder(page, {density, density});
+    };
+    return result;
+}
+
 std::vector<ResultRow> compareEncoders(const std::vector<EncoderComparison>& comparisons,
                                        const PageSet& pages,
                                        const BenchOptions& options) {

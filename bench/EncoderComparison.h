@@ -4,6 +4,7 @@
 #include "bench/Cases.h"
 #include "bench/PageSet.h"
 #include "bench/ResultTable.h"
+#include "output/PageCodecs.h"
 
 #include <cstdint>
 #include <functional>
@@ -32,6 +33,10 @@ struct EncoderComparison {
     int mostRounds = 1000; // for tools that take seconds
     int mostPages = 1000;
 };
+
+// Of pages of that kind, by one of the program's encoders; the tool is the caller's.
+EncoderComparison
+comparisonOf(const std::string& work, PageKind kind, int dpi, const PageCodecs::Encoder& encoder);
 
 // One row for each. Page by page and round by round, both in turn: whatever else the machine does
 // meets both. Pages of 600 dpi are a quarter as many; with less than one the row is left out.

@@ -7,14 +7,7 @@ namespace paperline::bench {
 namespace {
 
 EncoderComparison comparison(PageKind kind, int dpi, const std::string& work) {
-    EncoderComparison result;
-    result.work = work;
-    result.kind = kind;
-    result.dpi = dpi;
-    const double density = dpi;
-    result.encode = [density](const BitmapImageRep& page) {
-        return pageCodecs().jpeg(page, {density, density});
-    };
+    EncoderComparison result = comparisonOf(work, kind, dpi, pageCodecs().jpeg);
     result.toolName = "cjpeg";
     result.tool = [](const std::string& input, const std::string& output) {
         return ToolCommand{{"cjpeg",

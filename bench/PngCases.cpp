@@ -12,14 +12,7 @@ struct PngLimits {
 
 EncoderComparison
 comparison(PageKind kind, int dpi, const std::string& work, const PngLimits& limits) {
-    EncoderComparison result;
-    result.work = work;
-    result.kind = kind;
-    result.dpi = dpi;
-    const double density = dpi;
-    result.encode = [density](const BitmapImageRep& page) {
-        return pageCodecs().png(page, {density, density});
-    };
+    EncoderComparison result = comparisonOf(work, kind, dpi, pageCodecs().png);
     result.toolName = "pnmtopng";
     result.tool = [](const std::string& input, const std::string& /*output*/) {
         return ToolCommand{{"pnmtopng", input}, true};

@@ -13,14 +13,7 @@ namespace paperline::bench {
 namespace {
 
 EncoderComparison comparison(PageKind kind, int dpi, const std::string& work) {
-    EncoderComparison result;
-    result.work = work;
-    result.kind = kind;
-    result.dpi = dpi;
-    const double density = dpi;
-    result.encode = [density](const BitmapImageRep& page) {
-        return pageCodecs().tiff(page, {density, density});
-    };
+    EncoderComparison result = comparisonOf(work, kind, dpi, pageCodecs().tiff);
     result.toolName = "tiffcp -c lzw:2";
     result.prepare = [](const std::string& pnmFile) {
         const std::string plain = pnmFile + ".tif";

@@ -71,17 +71,22 @@ function(paperline_compile_quickly name)
     target_compile_options(${name} PRIVATE $<$<CONFIG:RelWithDebInfo>:-O0 -g1>)
 endfunction()
 
+# The tests of a program, for CTest; TIMEOUT in seconds or empty.
+function(paperline_register_tests name label timeout)
+    paperline_compile_quickly(${name})
+    if(NOT timeout)
+        set(timeout 120)
+    endif()
+    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES LABELS "${label}" TIMEOUT ${timeout}
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen")
+endfunction()
+
 # paperline_test(NAME LABEL FILE... LIBS TARGET...): one GoogleTest program registered with CTest.
 function(paperline_test name label)
     cmake_parse_arguments(arg "" "TIMEOUT" "LIBS" ${ARGN})
     add_executable(${name} ${arg_UNPARSED_ARGUMENTS})
     target_link_libraries(${name} PRIVATE ${arg_LIBS} GTest::gmock GTest::gtest_main)
-    paperline_compile_quickly(${name})
-    if(NOT arg_TIMEOUT)
-        set(arg_TIMEOUT 120)
-    endif()
-    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES LABELS "${label}" TIMEOUT ${arg_TIMEOUT}
-        ENVIRONMENT "QT_QPA_PLATFORM=offscreen")
+    paperline_register_tests(${name} ${label} "${arg_TIMEOUT}")
 endfunction()
 
 # paperline_controller_test(NAME LABEL FILE... LIBS TARGET...): a test program that constructs the
@@ -90,10 +95,5 @@ function(paperline_controller_test name label)
     cmake_parse_arguments(arg "" "TIMEOUT" "LIBS" ${ARGN})
     add_executable(${name} ${arg_UNPARSED_ARGUMENTS} "${PROJECT_SOURCE_DIR}/tests/support/ControllerTestMain.cpp")
     target_link_libraries(${name} PRIVATE paperline_controller ${arg_LIBS} GTest::gmock)
-    paperline_compile_quickly(${name})
-    if(NOT arg_TIMEOUT)
-        set(arg_TIMEOUT 120)
-    endif()
-    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES LABELS "${label}" TIMEOUT ${arg_TIMEOUT}
-        ENVIRONMENT "QT_QPA_PLATFORM=offscreen")
+    paperline_register_tests(${name} ${label} "${arg_TIMEOUT}")
 endfunction()

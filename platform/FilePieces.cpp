@@ -65,23 +65,32 @@ std::optional<uint64_t> FilePieces::find(std::string_view text) const {
     }
 }
 
-bool replaceBytes(const std::string& path, uint64_t position, std::span<const uint8_t> bytes) {
+bool replaceByChangedCopy(const std::string& path, const std::function<bool(int)>& change) {
     struct stat status = {};
     const Descriptor old = openRegular(path, status);
     if (!old.isOpen())
         return false;
-    const auto size = static_cast<uint64_t>(status.st_size);
-    const uint64_t start = std::min(position, size);
-    const auto fitting = static_cast<size_t>(std::min<uint64_t>(bytes.size(), size - start));
     NewFile changed(path, NewFile::Named{});
     if (!changed.isOpen() || !copyAll(old.number(), changed.descriptor()) ||
-        !writeAt(changed.descriptor(), start, bytes.first(fitting)))
+        !change(changed.descriptor()))
         return false;
     (void)::fchmod(changed.descriptor(), status.st_mode & 0777);
     if (!syncFile(changed.descriptor()) || !changed.replaceTarget())
         return false;
     syncFolderOf(path);
     return true;
+}
+
+bool replaceBytes(const std::string& path, uint64_t position, std::span<const uint8_t> bytes) {
+    return replaceByChangedCopy(path, [position, bytes](int descriptor) {
+        const off_t end = ::lseek(descriptor, 0, SEEK_END);
+        if (end < 0)
+            return false;
+        const auto size = static_cast<uint64_t>(end);
+        const uint64_t start = std::min(position, size);
+        const auto fitting = static_cast<size_t>(std::min<uint64_t>(bytes.size(), size - start));
+        return writeAt(descriptor, start, bytes.first(fitting));
+    });
 }
 
 } // namespace paperline

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -28,8 +29,13 @@ private:
     Descriptor file_;
 };
 
+// Replaces the file by a copy on whose descriptor `change` has worked. Atomic: on failure (false),
+// also that of the change, the file is as it was.
+[[nodiscard]] bool replaceByChangedCopy(const std::string& path,
+                                        const std::function<bool(int descriptor)>& change);
+
 // Replaces the file by a copy that holds `bytes` from that position on. Its length stays: the bytes
-// end with the file. Atomic: on failure (false) the file is as it was.
+// end with the file. Atomic like the above.
 [[nodiscard]] bool
 replaceBytes(const std::string& path, uint64_t position, std::span<const uint8_t> bytes);
 

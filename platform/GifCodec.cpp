@@ -1,8 +1,8 @@
 #include "platform/GifCodec.h"
 
 #include "platform/GifRows.h"
+#include "platform/PageLayout.h"
 
-#include <array>
 #include <memory>
 #include <new>
 
@@ -62,12 +62,8 @@ bool putRows(GifFileType& gif, GifRows& rows, const BitmapImageRep& page) {
 }
 
 bool isEncodable(const BitmapImageRep& page) {
-    if (page.pixelsWide() > maximumSide || page.pixelsHigh() > maximumSide)
-        return false;
-    const std::array<int, 3> layout{
-        page.bitsPerPixel(), page.samplesPerPixel(), page.bitsPerSample()};
-    return layout == std::array{1, 1, 1} || layout == std::array{8, 1, 8} ||
-           layout == std::array{24, 3, 8};
+    return page.pixelsWide() <= maximumSide && page.pixelsHigh() <= maximumSide &&
+           hasPageLayout(page);
 }
 
 std::optional<std::vector<uint8_t>> encode(const BitmapImageRep& page) {

@@ -1,7 +1,8 @@
 #include "platform/JpegCodec.h"
 
+#include "platform/PageLayout.h"
+
 #include <algorithm>
-#include <array>
 #include <csetjmp>
 #include <cstdio>
 #include <new>
@@ -266,12 +267,8 @@ private:
 };
 
 bool isEncodable(const BitmapImageRep& page) {
-    if (page.pixelsWide() > maximumSide || page.pixelsHigh() > maximumSide)
-        return false;
-    const std::array<int, 3> layout{
-        page.bitsPerPixel(), page.samplesPerPixel(), page.bitsPerSample()};
-    return layout == std::array{1, 1, 1} || layout == std::array{8, 1, 8} ||
-           layout == std::array{24, 3, 8};
+    return page.pixelsWide() <= maximumSide && page.pixelsHigh() <= maximumSide &&
+           hasPageLayout(page);
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "platform/Files.h"
 #include "platform/JpegSegments.h"
 #include "platform/NewFile.h"
+#include "platform/PageLayout.h"
 #include "platform/PdfDocument.h"
 #include "platform/PictureReader.h"
 
@@ -261,11 +262,8 @@ bool PdfDrawing::close() {
 
 std::optional<std::vector<uint8_t>>
 pdfOfPicture(const BitmapImageRep& image, Size pageSizePoints, int64_t creationSeconds) {
-    const bool isPage =
-        image.bitsPerPixel() == image.bitsPerSample() * image.samplesPerPixel() &&
-        (image.bitsPerPixel() == 1 || image.bitsPerPixel() == 8 || image.bitsPerPixel() == 24);
     const std::unique_ptr<PdfDocument> document = PdfDocument::make(creationSeconds);
-    if (!isPage || !document ||
+    if (!hasPageLayout(image) || !document ||
         !document->addImagePage(imageOf(image), pageSizePoints.width, pageSizePoints.height))
         return std::nullopt;
     std::vector<uint8_t> bytes;

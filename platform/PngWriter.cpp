@@ -1,5 +1,6 @@
 #include "platform/PngWriter.h"
 
+#include "platform/PageLayout.h"
 #include "platform/PngDeflate.h"
 #include "platform/PngRows.h"
 #include "platform/SideBySide.h"
@@ -263,9 +264,9 @@ bool addPicture(PngFile& file, const PackedRows& rows, unsigned threads) {
 
 std::optional<std::vector<uint8_t>> encodePng(const BitmapImageRep& page,
                                               const PngOptions& options) {
-    const int bits = page.bitsPerPixel();
-    if ((bits != 1 && bits != 8 && bits != 24) || page.samplesPerPixel() != (bits == 24 ? 3 : 1))
+    if (!hasPageLayout(page))
         return std::nullopt;
+    const int bits = page.bitsPerPixel();
     const size_t rowBytes =
         (static_cast<size_t>(page.pixelsWide()) * static_cast<size_t>(bits) + 7) / 8;
     const PackedRows rows{page, rowBytes, bits == 24 ? 3U : 1U};

@@ -1,10 +1,7 @@
 #include "platform/TiffMetadata.h"
 
-#include "platform/NewFile.h"
+#include "platform/FilePieces.h"
 #include "platform/TiffHandle.h"
-
-#include <fcntl.h>
-#include <sys/stat.h>
 
 namespace paperline {
 namespace {
@@ -27,19 +24,9 @@ bool rewriteFirstPage(int descriptor, const std::string& make, const std::string
 bool setTiffMakeAndModel(const std::string& path,
                          const std::string& make,
                          const std::string& model) {
-    const Descriptor old = openFile(path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
-    struct stat status = {};
-    if (!old.isOpen() || ::fstat(old.number(), &status) != 0 || !S_ISREG(status.st_mode))
-        return false;
-    NewFile changed(path, NewFile::Named{});
-    if (!changed.isOpen() || !copyAll(old.number(), changed.descriptor()) ||
-        !rewriteFirstPage(changed.descriptor(), make, model))
-        return false;
-    (void)::fchmod(changed.descriptor(), status.st_mode & 0777);
-    if (!syncFile(changed.descriptor()) || !changed.replaceTarget())
-        return false;
-    syncFolderOf(path);
-    return true;
+    return replaceByChangedCopy(path, [&make, &model](int descriptor) {
+        return rewriteFirstPage(descriptor, make, model);
+    });
 }
 
 } // namespace paperline

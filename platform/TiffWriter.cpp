@@ -1,5 +1,6 @@
 #include "platform/TiffWriter.h"
 
+#include "platform/PageLayout.h"
 #include "platform/SideBySide.h"
 #include "platform/TiffPages.h"
 
@@ -132,8 +133,7 @@ std::optional<Bytes> fileOf(const TiffPageTags& tags, std::vector<Bytes> strips)
 
 std::optional<std::vector<uint8_t>> encodeTiff(const BitmapImageRep& page,
                                                const TiffOptions& options) {
-    const int bits = page.bitsPerPixel();
-    if ((bits != 1 && bits != 8 && bits != 24) || page.samplesPerPixel() != (bits == 24 ? 3 : 1))
+    if (!hasPageLayout(page))
         return std::nullopt;
     try {
         const TiffPageTags tags = tagsOf(page, options);

@@ -47,6 +47,17 @@ template <typename To, typename From> To sameImageInfo(const From& record) {
     return copy;
 }
 
+template <typename To, typename From> To sameStrip(const From& record) {
+    return {record.Compression,
+            record.BytesPerRow,
+            record.Columns,
+            record.Rows,
+            record.XOffset,
+            record.YOffset,
+            record.BytesWritten,
+            {record.Memory.Flags, record.Memory.Length, record.Memory.TheMem}};
+}
+
 } // namespace
 
 abi::Identity toStandard(const TW_IDENTITY& record) {
@@ -108,25 +119,11 @@ TW_SETUPMEMXFER fromStandard(const abi::SetupMemXfer& record) {
 }
 
 abi::ImageMemXfer toStandard(const TW_IMAGEMEMXFER& record) {
-    return {record.Compression,
-            record.BytesPerRow,
-            record.Columns,
-            record.Rows,
-            record.XOffset,
-            record.YOffset,
-            record.BytesWritten,
-            {record.Memory.Flags, record.Memory.Length, record.Memory.TheMem}};
+    return sameStrip<abi::ImageMemXfer>(record);
 }
 
 TW_IMAGEMEMXFER fromStandard(const abi::ImageMemXfer& record) {
-    return {record.Compression,
-            record.BytesPerRow,
-            record.Columns,
-            record.Rows,
-            record.XOffset,
-            record.YOffset,
-            record.BytesWritten,
-            {record.Memory.Flags, record.Memory.Length, record.Memory.TheMem}};
+    return sameStrip<TW_IMAGEMEMXFER>(record);
 }
 
 abi::SetupFileXfer toStandard(const TW_SETUPFILEXFER& record) {

@@ -74,6 +74,15 @@ protected:
             source.pages.push_back(goodPage(info));
         connect();
     }
+    void scanAndTellToEndAfterAPage() {
+        dsm.intercept = [](const Triplet& triplet, TW_MEMREF) -> std::optional<uint16_t> {
+            if (triplet == endXfer)
+                requestTermination();
+            return std::nullopt;
+        };
+        scanAtOnce();
+        resetTerminationRequest();
+    }
     std::string textOf(const std::string& path) const {
         const Bytes bytes = readFile(path).value_or(Bytes{});
         return {bytes.begin(), bytes.end()};
@@ -245,13 +254,7 @@ TEST_F(MultiPageScanTest, StagesNothingOverPagesThatStay) {
 
 TEST_F(MultiPageScanTest, KeepsStagedPagesWhenToldToEnd) {
     connectWithPages(3);
-    dsm.intercept = [](const Triplet& triplet, TW_MEMREF) -> std::optional<uint16_t> {
-        if (triplet == endXfer)
-            requestTermination();
-        return std::nullopt;
-    };
-    scanAtOnce();
-    resetTerminationRequest();
+    scanAndTellToEndAfterAPage();
     EXPECT_THAT(takeKeptPages(), ElementsAre("Image_00001.jpg"));
     EXPECT_FALSE(fileExists(savedPath(1, "pdf")));
     EXPECT_EQ(dsm.count(resetXfer), 1U);
@@ -262,13 +265,7 @@ TEST_F(MultiPageScanTest, KeepsStagedPagesWhenToldToEnd) {
 
 TEST_F(MultiPageScanTest, JoinsAWholeBatchThoughToldToEnd) {
     connectWithPages(1);
-    dsm.intercept = [](const Triplet& triplet, TW_MEMREF) -> std::optional<uint16_t> {
-        if (triplet == endXfer)
-            requestTermination();
-        return std::nullopt;
-    };
-    scanAtOnce();
-    resetTerminationRequest();
+    scanAndTellToEndAfterAPage();
     EXPECT_EQ(textOf(savedPath(1, "pdf")), "Image_00001.jpg ");
 }
 
