@@ -6,7 +6,7 @@ import subprocess
 import unittest
 
 from pictures import MARK, bmp_rows, pnm_rows
-from support import PROGRAM, ProgramTest, configure_test_scanner
+from support import PROGRAM, ProgramTest, configure_test_scanner, scanimage
 
 HOST = os.environ["OTHERMAKER_HOST"]
 OTHER_MANAGER = os.environ["OTHERMAKER_MANAGER"]
@@ -97,9 +97,8 @@ class SaneScanner(OtherMakers):
         configure_test_scanner(self.home / "sane")
         self.assertEqual(self.paperline("sources").stdout, SANE_PRODUCT + "\n")
         source = self.home / f"data/paperline/TWAIN Data Sources/{SANE_PRODUCT}.ds/Versions/A/SaneSource"
-        wanted = [pnm_rows(subprocess.run(
-            ["scanimage", "-d", "test:0", "--format=pnm", "--mode", "Color", "--resolution", "50", "-x", "80", "-y", "60",
-             "--test-picture", "Color pattern"], capture_output=True, check=True, env=self.environment).stdout)]
+        wanted = [pnm_rows(scanimage("--mode", "Color", "--resolution", "50", "-x", "80", "-y", "60",
+                                     "--test-picture", "Color pattern", env=self.environment))]
         other = self.with_other_manager(source)
         self.assertEqual(self.host_pages(OUR_MANAGER, SANE_PRODUCT, **self.OPTIONS), wanted)
         self.assertEqual(self.host_pages(OTHER_MANAGER, SANE_PRODUCT, **self.OPTIONS, **other), wanted)

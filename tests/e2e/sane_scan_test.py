@@ -1,10 +1,9 @@
 """Pages that come from SANE through the whole program, compared with what scanimage writes."""
 import pathlib
-import subprocess
 import unittest
 
 from pictures import MARK, bmp_rows, pnm_rows
-from support import ProgramTest, configure_test_scanner
+from support import ProgramTest, configure_test_scanner, scanimage
 
 class SaneScan(ProgramTest):
     def setUp(self):
@@ -12,8 +11,7 @@ class SaneScan(ProgramTest):
         configure_test_scanner(self.home / "sane")
 
     def scanimage(self, *words):
-        return subprocess.run(["scanimage", "-d", "test:0", "--format=pnm", *words], capture_output=True, check=True,
-                              env=self.environment).stdout
+        return scanimage(*words, env=self.environment)
 
     def compare(self, path, reference):
         width, height, rows = bmp_rows(path)

@@ -37,6 +37,18 @@ def run_raw(*words):
     return subprocess.run([str(w) for w in words], capture_output=True, check=True).stdout
 
 
+def scanimage(*words, env):
+    """The picture that scanimage makes of the test scanner's page. That scanner cancels its reader inside the
+    allocator now and then, and scanimage waits for it without end."""
+    command = ["timeout", "20", "scanimage", "-d", "test:0", "--format=pnm", *words]
+    for _ in range(3):
+        finished = subprocess.run(command, capture_output=True, env=env)
+        if finished.returncode != 124:
+            break
+    finished.check_returncode()
+    return finished.stdout
+
+
 def run_on_small_disk(folder, megabytes, script, environment):
     """The finished shell script, run while `folder` is a file system of that size: mounted by root, by sudo, or
     in a user namespace of the script's own."""
