@@ -27,6 +27,22 @@ PageLoadError whyNotReadable(const std::string& path) {
                                                           : PageLoadError::cannotOpen;
 }
 
+// What the path says, unless the content contradicts it: a picture below a folder whose name
+// contains "pdf" is no PDF file.
+PageFileKind fileKind(const std::string& path) {
+    const PageFileKind byPath = pageFileKind(path);
+    if (byPath != PageFileKind::pdf)
+        return byPath;
+    switch (pictureKind(path)) {
+    case PictureKind::none:
+        return PageFileKind::pdf;
+    case PictureKind::tiff:
+        return PageFileKind::tiff;
+    default:
+        return PageFileKind::singleImage;
+    }
+}
+
 LoadedPage drawPdfPage(const PdfPages& pages, int pageIndex, int longSidePixels) {
     if (pageIndex < 0 || pageIndex >= pages.count())
         return failure(PageLoadError::noSuchPage);
@@ -116,17 +132,17 @@ const char* describe(PageLoadError error) {
 }
 
 LoadedPage loadPage(const std::string& path, int pageIndex) {
-    if (pageFileKind(path) != PageFileKind::pdf)
+    if (fileKind(path) != PageFileKind::pdf)
         return loadPicture(path, pageIndex, 0);
     PdfPages pages;
     return pages.open(path) ? drawPdfPage(pages, pageIndex, pdfLongSidePixels)
                             : failure(whyNotReadable(path));
 }
 
-PagePreviews::PagePreviews(const std::string& path)
-    : path_(path), isPdf_(pageFileKind(path) == PageFileKind::pdf) {
-    switch (pageFileKind(path)) {
+PagePreviews::PagePreviews(const std::string& path) : path_(path) {
+    switch (fileKind(path)) {
     case PageFileKind::pdf:
+        isPdf_ = true;
         pageCount_ = pdf_.open(path) ? pdf_.count() : 0;
         break;
     case PageFileKind::tiff:
@@ -155,14 +171,14 @@ LoadedPage PagePreviews::load(int pageIndex, int longSidePixels) const {
 }
 
 PixelSize pagePixelSize(const std::string& path, int pageIndex) {
-    if (pageFileKind(path) == PageFileKind::pdf)
+    if (fileKind(path) == PageFileKind::pdf)
         return pdfPageSize(path, pageIndex);
     const std::optional<PictureHeader> header = readPictureHeader(path, pageIndex);
     return header ? header->size : PixelSize{};
 }
 
 PixelSize largestPagePixelSize(const std::string& path) {
-    if (pageFileKind(path) == PageFileKind::pdf)
+    if (fileKind(path) == PageFileKind::pdf)
         return largestPdfPageSize(path);
     PixelSize largest;
     for (const PixelSize& size : readPictureSizes(path)) {

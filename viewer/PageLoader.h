@@ -38,12 +38,13 @@ const char* describe(PageLoadError error);
 // An A4 page at 1200 dpi has 139 million pixels.
 inline constexpr uint64_t maximumPagePixels = 160'000'000;
 
-// Page `pageIndex` of the file. A path that contains "pdf" is read as a PDF file and has no
-// properties; any other by its content.
+// Page `pageIndex` of the file. A path that contains "pdf" is read as a PDF file, without
+// properties, unless the file is a picture; any other by its content.
 [[nodiscard]] LoadedPage loadPage(const std::string& path, int pageIndex);
 
 // The pages of one file for previews, each only as fine as asked where the codec can do that. The
-// path decides how many pages there are: all of a PDF file, all of a TIFF file, else one.
+// path decides how many pages there are: all of a PDF file, all of a TIFF file, else one; a picture
+// whose path says PDF is counted as the picture it is.
 class PagePreviews {
 public:
     explicit PagePreviews(const std::string& path);

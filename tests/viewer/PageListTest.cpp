@@ -57,11 +57,21 @@ TEST_F(PageList, AThreePageTiffFileIsThreeRows) {
     EXPECT_GT(controller_.cellInfos[1].image.width(), controller_.cellInfos[1].image.height());
 }
 
-TEST_F(PageList, APictureInAFolderNamedAfterPdfCannotBeShown) {
+TEST_F(PageList, PicturesInAFolderNamedAfterPdfAreListedAsThePicturesTheyAre) {
     std::filesystem::create_directory(folder_.file("pdf"));
     writeJpeg(addPath(folder_.file("pdf/a.jpg")), quarters(20, 30));
+    writeTiff(addPath(folder_.file("pdf/b.tif")), {{quarters(20, 30)}, {quarters(20, 30)}});
     list();
-    EXPECT_TRUE(controller_.cellInfos.empty());
+    EXPECT_EQ(captions(), (Lines{"a", "b(1)", "b(2)"}));
+    EXPECT_TRUE(alerts_.empty());
+}
+
+TEST_F(PageList, AFileInAFolderNamedAfterPdfIsTreatedAsPdf) {
+    std::filesystem::create_directory(folder_.file("pdf"));
+    writePdf(addPath(folder_.file("pdf/a.tif")), {{100, 200, "1 0 0"}, {200, 100, "0 0 1"}});
+    writeText(addPath(folder_.file("pdf/b.jpg")), "neither document nor picture");
+    list();
+    EXPECT_EQ(captions(), (Lines{"a(1)", "a(2)"}));
     EXPECT_EQ(alerts_.size(), 1U);
 }
 

@@ -89,12 +89,34 @@ TEST_F(PageLoaderTest, SaysWhyThereIsNoPage) {
     EXPECT_EQ(loadPage(folder_.path(), 0).error, PageLoadError::notAPicture);
 }
 
-TEST_F(PageLoaderTest, APictureWhosePathSaysPdfIsReadAsPdf) {
+TEST_F(PageLoaderTest, APictureWhosePathSaysPdfIsThePictureItIs) {
     const std::string folder = folder_.file("my-pdfs");
     ASSERT_TRUE(std::filesystem::create_directory(folder));
-    writeJpeg(folder + "/a.jpg", quarters(8, 8));
-    EXPECT_EQ(loadPage(folder + "/a.jpg", 0).error, PageLoadError::notAPicture);
-    EXPECT_EQ(PagePreviews(folder + "/a.jpg").pageCount(), 0);
+    const std::string jpeg = folder + "/a.jpg", tiff = folder + "/b.tif";
+    writeJpeg(jpeg, quarters(40, 60), ExifValues{6, 0, 0, false});
+    writeTiff(tiff, {{quarters(90, 10)}, {quarters(20, 70)}});
+    const LoadedPage page = loadPage(jpeg, 0);
+    ASSERT_EQ(page.error, PageLoadError::none);
+    EXPECT_EQ(page.raster->pixels, (PixelSize{40, 60}));
+    EXPECT_EQ(page.properties.orientation, 6);
+    EXPECT_EQ(pagePixelSize(jpeg, 0), (PixelSize{40, 60}));
+    EXPECT_EQ(PagePreviews(jpeg).pageCount(), 1);
+    EXPECT_EQ(PagePreviews(jpeg).load(0, 60).error, PageLoadError::none);
+    EXPECT_EQ(PagePreviews(tiff).pageCount(), 2);
+    EXPECT_EQ(pagePixelSize(tiff, 1), (PixelSize{20, 70}));
+    EXPECT_EQ(largestPagePixelSize(tiff), (PixelSize{90, 70}));
+}
+
+TEST_F(PageLoaderTest, ADocumentWhosePathSaysPdfIsReadAsPdfWhateverItsName) {
+    const std::string folder = folder_.file("my-pdfs");
+    ASSERT_TRUE(std::filesystem::create_directory(folder));
+    const std::string path = folder + "/a.tif";
+    writePdf(path, {{100, 200, "1 0 0"}, {300, 50, "0 0 1"}});
+    EXPECT_EQ(PagePreviews(path).pageCount(), 2);
+    EXPECT_EQ(loadPage(path, 1).raster->pixels, (PixelSize{300, 50}));
+    EXPECT_EQ(pagePixelSize(path, 1), (PixelSize{300, 50}));
+    writeText(path, "no document");
+    EXPECT_EQ(PagePreviews(path).pageCount(), 0);
 }
 
 TEST_F(PageLoaderTest, RefusesMorePixelsThanThereIsRoomFor) {
