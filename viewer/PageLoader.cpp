@@ -177,14 +177,12 @@ PixelSize pagePixelSize(const std::string& path, int pageIndex) {
     return header ? header->size : PixelSize{};
 }
 
-PixelSize largestPagePixelSize(const std::string& path) {
+LargestPageSize largestPagePixelSize(const std::string& path, std::chrono::milliseconds budget) {
     if (fileKind(path) == PageFileKind::pdf)
-        return largestPdfPageSize(path);
-    PixelSize largest;
-    for (const PixelSize& size : readPictureSizes(path)) {
-        largest.width = std::max(largest.width, size.width);
-        largest.height = std::max(largest.height, size.height);
-    }
+        return largestPdfPageSize(path, budget);
+    LargestPageSize largest;
+    for (const PixelSize& size : readPictureSizes(path))
+        largest.include(size);
     return largest;
 }
 

@@ -6,6 +6,7 @@
 
 #include <QImage>
 
+#include <chrono>
 #include <memory>
 #include <string>
 
@@ -62,7 +63,7 @@ private:
 PixelSize pagePixelSize(const std::string& path, int pageIndex);
 
 // The largest width and the largest height over all pages of the file.
-PixelSize largestPagePixelSize(const std::string& path);
+LargestPageSize largestPagePixelSize(const std::string& path, std::chrono::milliseconds budget);
 
 // The scratch JPEG as a thumbnail, its longer side at most `longSidePixels`. Null when it cannot be
 // read back.

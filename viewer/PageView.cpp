@@ -6,8 +6,10 @@
 #include "viewer/PageLoader.h"
 
 #include <QScrollArea>
+#include <QTimer>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 
 namespace paperline {
@@ -16,6 +18,11 @@ namespace {
 
 constexpr int fitMode = 1;
 constexpr int actualSizeMode = 2;
+// At the most so long the pages of one file are measured before the window answers again.
+constexpr std::chrono::milliseconds measuringTime{50};
+
+// Pages shown at actual size so far: measuring for an earlier one ends.
+uint32_t actualPagesShown = 0;
 
 const CellInfo* pageAt(const AppDelegate& controller, uint32_t row) {
     return row < controller.cellInfos.size() ? &controller.cellInfos[row] : nullptr;
@@ -63,6 +70,26 @@ void loadIntoView(const AppDelegate& controller, const CellInfo& page) {
         controller.mImageView->setImagePath(page.imageFullPath, page.imageIndex);
     if (error != PageLoadError::none)
         systemLog("Page not shown: " + page.imageFullPath + ": " + describe(error));
+}
+
+// Frame and scrollers for the file's pages. False: some of them are not measured yet.
+bool layOutActualPage(const AppDelegate& controller, const std::string& path) {
+    const LargestPageSize largest = largestPagePixelSize(path, measuringTime);
+    const ActualSizeFrame actual =
+        actualSizeFrame(frameOf(controller.showImageScrollView), largest.size);
+    setScrollers(controller, actual.verticalScroller, actual.horizontalScroller);
+    setViewFrame(controller, actual.frame);
+    return largest.complete;
+}
+
+// A file of thousands of pages is measured bit by bit, and the frame grows with what is found.
+void measureOn(AppDelegate& controller, const std::string& path, uint32_t shown) {
+    QTimer::singleShot(0, &controller, [&controller, path, shown] {
+        const bool stillShown =
+            shown == actualPagesShown && controller._fitOrAcutalImage == actualSizeMode;
+        if (stillShown && !layOutActualPage(controller, path))
+            measureOn(controller, path, shown);
+    });
 }
 
 // What both commands do before the mode changes. False: there is nothing to show yet.
@@ -128,10 +155,9 @@ void AppDelegate::showActualSizeImage(uint32_t row) {
     if (mNeedSetImage != 0)
         loadIntoView(*this, *page);
     if (showImageScrollView != nullptr) {
-        const ActualSizeFrame actual = actualSizeFrame(frameOf(showImageScrollView),
-                                                       largestPagePixelSize(page->imageFullPath));
-        setScrollers(*this, actual.verticalScroller, actual.horizontalScroller);
-        setViewFrame(*this, actual.frame);
+        ++actualPagesShown;
+        if (!layOutActualPage(*this, page->imageFullPath))
+            measureOn(*this, page->imageFullPath, actualPagesShown);
         scrollToTopLeft(*this);
     }
     mNeedSetImage = 0;

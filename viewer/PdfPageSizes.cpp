@@ -2,7 +2,7 @@
 #include "viewer/FileState.h"
 #include "viewer/PdfPages.h"
 
-#include <algorithm>
+#include <chrono>
 #include <memory>
 #include <unordered_map>
 #include <vector>
@@ -16,6 +16,8 @@ namespace {
 struct KnownFile {
     FileState state;
     std::vector<PixelSize> sizes; // one per page; zero: not measured yet
+    LargestPageSize largest;      // of the first `compared` pages
+    size_t compared = 0;
 };
 
 class PdfPageSizes {
@@ -28,16 +30,20 @@ public:
         return measured(path, *file, pageIndex);
     }
 
-    PixelSize largestOf(const std::string& path) {
-        PixelSize largest;
+    LargestPageSize largestOf(const std::string& path, std::chrono::milliseconds budget) {
+        using Clock = std::chrono::steady_clock;
         KnownFile* file = known(path);
-        const int pages = file == nullptr ? 0 : static_cast<int>(file->sizes.size());
-        for (int page = 0; page < pages; ++page) {
-            const PixelSize size = measured(path, *file, page);
-            largest.width = std::max(largest.width, size.width);
-            largest.height = std::max(largest.height, size.height);
+        if (file == nullptr)
+            return {};
+        const Clock::time_point end = Clock::now() + budget;
+        while (file->compared < file->sizes.size()) {
+            file->largest.include(measured(path, *file, static_cast<int>(file->compared)));
+            ++file->compared;
+            if (Clock::now() >= end)
+                break;
         }
-        return largest;
+        file->largest.complete = file->compared == file->sizes.size();
+        return file->largest;
     }
 
 private:
@@ -56,7 +62,7 @@ private:
             files_.clear();
         open_.reset();
         KnownFile& file = files_[path];
-        file = {*state, {}};
+        file = {*state, {}, {}, 0};
         if (const PdfPages* pages = document(path))
             file.sizes.resize(static_cast<size_t>(pages->count()));
         return &file;
@@ -98,8 +104,8 @@ PixelSize pdfPageSize(const std::string& path, int pageIndex) {
     return pdfPageSizes().sizeOf(path, pageIndex);
 }
 
-PixelSize largestPdfPageSize(const std::string& path) {
-    return pdfPageSizes().largestOf(path);
+LargestPageSize largestPdfPageSize(const std::string& path, std::chrono::milliseconds budget) {
+    return pdfPageSizes().largestOf(path, budget);
 }
 
 } // namespace paperline

@@ -50,9 +50,17 @@ def largest_jpeg(good):
 
 
 def pdf_of_many_pages(count):
-    objects = [b"<< /Type /Catalog /Pages 2 0 R >>",
-               b"<< /Type /Pages /Count %d /Kids [%s] >>" % (count, b" ".join(b"%d 0 R" % (3 + i) for i in range(count)))]
-    objects += [b"<< /Type /Page /Parent 2 0 R /MediaBox [0 0 595 842] >>"] * count
+    """Each page with a content and a picture of its own, as a scanning program writes them."""
+    kids = b" ".join(b"%d 0 R" % (3 + 3 * i) for i in range(count))
+    objects = [b"<< /Type /Catalog /Pages 2 0 R >>", b"<< /Type /Pages /Count %d /Kids [%s] >>" % (count, kids)]
+    drawing = b"q 595 0 0 842 0 0 cm /Page Do Q"
+    grey = bytes(range(256)) * 10
+    for number in range(3, 3 + 3 * count, 3):
+        objects += [b"<< /Type /Page /Parent 2 0 R /MediaBox [0 0 595 842] /Contents %d 0 R /Resources "
+                    b"<< /XObject << /Page %d 0 R >> >> >>" % (number + 1, number + 2),
+                    b"<< /Length %d >>\nstream\n%s\nendstream" % (len(drawing), drawing),
+                    b"<< /Type /XObject /Subtype /Image /Width 256 /Height 10 /ColorSpace /DeviceGray "
+                    b"/BitsPerComponent 8 /Length %d >>\nstream\n%s\nendstream" % (len(grey), grey)]
     body, offsets = b"%PDF-1.4\n", []
     parts, length = [body], len(body)
     for number, content in enumerate(objects, 1):

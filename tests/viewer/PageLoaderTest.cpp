@@ -14,6 +14,12 @@ namespace {
 
 class PageLoaderTest : public ::testing::Test {
 protected:
+    static PixelSize largestOf(const std::string& path) {
+        const LargestPageSize largest = largestPagePixelSize(path, std::chrono::hours(1));
+        EXPECT_TRUE(largest.complete);
+        return largest.size;
+    }
+
     TemporaryFolder folder_;
 };
 
@@ -104,7 +110,7 @@ TEST_F(PageLoaderTest, APictureWhosePathSaysPdfIsThePictureItIs) {
     EXPECT_EQ(PagePreviews(jpeg).load(0, 60).error, PageLoadError::none);
     EXPECT_EQ(PagePreviews(tiff).pageCount(), 2);
     EXPECT_EQ(pagePixelSize(tiff, 1), (PixelSize{20, 70}));
-    EXPECT_EQ(largestPagePixelSize(tiff), (PixelSize{90, 70}));
+    EXPECT_EQ(largestOf(tiff), (PixelSize{90, 70}));
 }
 
 TEST_F(PageLoaderTest, ADocumentWhosePathSaysPdfIsReadAsPdfWhateverItsName) {
@@ -181,7 +187,7 @@ TEST_F(PageLoaderTest, PageSizesFollowTheFileOnDisk) {
     EXPECT_EQ(pagePixelSize(path, 1), PixelSize{});
     writePdf(path, {{300, 150, "1 0 0"}, {50, 400, "1 0 0"}});
     EXPECT_EQ(pagePixelSize(path, 0), (PixelSize{300, 150}));
-    EXPECT_EQ(largestPagePixelSize(path), (PixelSize{300, 400}));
+    EXPECT_EQ(largestOf(path), (PixelSize{300, 400}));
     std::filesystem::remove(path);
     EXPECT_EQ(pagePixelSize(path, 0), PixelSize{});
 
@@ -195,8 +201,26 @@ TEST_F(PageLoaderTest, PageSizesFollowTheFileOnDisk) {
 
 TEST_F(PageLoaderTest, TheLargestWidthAndHeightMayBeOfDifferentPages) {
     writeTiff(folder_.file("a.tif"), {{quarters(90, 10)}, {quarters(20, 70)}});
-    EXPECT_EQ(largestPagePixelSize(folder_.file("a.tif")), (PixelSize{90, 70}));
-    EXPECT_EQ(largestPagePixelSize(folder_.file("none.tif")), PixelSize{});
+    EXPECT_EQ(largestOf(folder_.file("a.tif")), (PixelSize{90, 70}));
+    EXPECT_EQ(largestOf(folder_.file("none.tif")), PixelSize{});
+}
+
+TEST_F(PageLoaderTest, ThePagesOfAPdfFileAreMeasuredBitByBit) {
+    const std::string path = folder_.file("a.pdf");
+    writePdf(path, {{100, 200, "1 0 0"}, {300, 150, "1 0 0"}, {50, 400, "1 0 0"}});
+    const std::chrono::milliseconds noTime{0};
+    const LargestPageSize first = largestPagePixelSize(path, noTime);
+    EXPECT_EQ(first.size, (PixelSize{100, 200}));
+    EXPECT_FALSE(first.complete);
+    EXPECT_EQ(largestPagePixelSize(path, noTime).size, (PixelSize{300, 200}));
+    const LargestPageSize last = largestPagePixelSize(path, noTime);
+    EXPECT_EQ(last.size, (PixelSize{300, 400}));
+    EXPECT_TRUE(last.complete);
+    // Another file under the name is measured from its beginning.
+    writePdf(path, {{30, 20, "1 0 0"}, {40, 10, "1 0 0"}});
+    EXPECT_EQ(largestPagePixelSize(path, noTime).size, (PixelSize{30, 20}));
+    EXPECT_EQ(largestOf(path), (PixelSize{40, 20}));
+    EXPECT_TRUE(largestPagePixelSize(folder_.file("none.pdf"), noTime).complete);
 }
 
 TEST_F(PageLoaderTest, APipeIsNoPageAndDoesNotBlock) {

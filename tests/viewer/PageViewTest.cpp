@@ -5,6 +5,7 @@
 #include <QScrollBar>
 
 #include <filesystem>
+#include <functional>
 
 namespace paperline {
 namespace {
@@ -334,6 +335,56 @@ TEST_F(PageView, APdfFileOfTenThousandPagesReplacesAListedOne) {
     select(4);
     window_.grab();
     EXPECT_EQ(view().pagePixels(), PixelSize{});
+}
+
+class LongFile : public PageView {
+protected:
+    // At actual size, its last page by far the largest.
+    void showLongFile() {
+        std::vector<PdfPage> pages(10'000, PdfPage{300, 200, "1 0 0"});
+        pages.back() = {1200, 900, "1 0 0"};
+        const std::string path = addPath(folder_.file("Scan.pdf"));
+        writePdf(path, {{120, 80, "1 0 0"}, {120, 80, "0 1 0"}});
+        controller_.GetImageFromImageFolder();
+        controller_.reloadMainTable();
+        writePdf(path, pages);
+        select(0);
+        controller_.toolBarItemActualPage(nullptr);
+        select(3);
+    }
+    void turnLoopUntil(const std::function<bool()>& done) {
+        QElapsedTimer patience;
+        patience.start();
+        while (!done() && patience.elapsed() < 60'000)
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 100);
+    }
+};
+
+TEST_F(LongFile, ItsFrameGrowsUntilAllPagesAreMeasured) {
+    showLongFile();
+    turnLoopUntil([this] { return view().width() == 1215; });
+    EXPECT_EQ(view().size(), QSize(1215, 910));
+    EXPECT_TRUE(verticalScroller());
+    EXPECT_TRUE(horizontalScroller());
+    EXPECT_EQ(view().pagePixels(), (PixelSize{300, 200}));
+}
+
+TEST_F(LongFile, AnotherPageShownMeanwhileKeepsItsOwnFrame) {
+    showLongFile();
+    select(1); // 300 x 1000
+    for (int turn = 0; turn < 50; ++turn)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    EXPECT_EQ(view().size(), QSize(600, 1010));
+    EXPECT_FALSE(horizontalScroller());
+}
+
+TEST_F(LongFile, FittingItMeanwhileKeepsThePanesFrame) {
+    showLongFile();
+    controller_.toolBarItemFitPage(nullptr);
+    for (int turn = 0; turn < 50; ++turn)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    EXPECT_EQ(view().size(), QSize(600, 600));
+    EXPECT_FALSE(verticalScroller());
 }
 
 } // namespace
