@@ -118,7 +118,7 @@ void ImageView::viewWillStartLiveResize() {
 void ImageView::viewDidEndLiveResize() {
     const ViewTraceScope trace(trace_, "viewDidEndLiveResize");
     mLiveResizing = false;
-    update();
+    repaint();
 }
 
 void ImageView::paintEvent(QPaintEvent*) {
