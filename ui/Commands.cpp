@@ -116,7 +116,7 @@ void AppDelegate::layOutWindow() {
     auto* window = qobject_cast<MainWindow*>(paperlineWindow);
     if (window == nullptr)
         return;
-    window->layOutPanes(mMenuFileSave == 1);
+    window->layOutPanes(!shouldHideDividerAtIndex(0));
     if (cellInfos.empty() || mImageView == nullptr)
         return;
     const auto lastRow = static_cast<int32_t>(cellInfos.size()) - 1;
