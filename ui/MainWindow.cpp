@@ -72,6 +72,8 @@ QScrollArea* makePageScroller(QWidget* pageView) {
     scroller->setFrameShape(QFrame::NoFrame);
     scroller->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     scroller->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    // A page shows from its top left corner, whatever direction the interface has.
+    scroller->setLayoutDirection(Qt::LeftToRight);
     scroller->setWidget(pageView);
     return scroller;
 }

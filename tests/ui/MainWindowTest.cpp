@@ -193,6 +193,28 @@ TEST_F(MainWindowTest, EntriesOfOneMenuHaveDifferentMnemonicsInEveryLanguage) {
     }
 }
 
+TEST_F(MainWindowTest, AnActualPageShowsItsTopLeftCornerInBothDirections) {
+    const std::string path = folder + "/page.png";
+    QImage page(1500, 1800, QImage::Format_RGB32);
+    page.fill(Qt::white);
+    ASSERT_TRUE(page.save(QString::fromStdString(path)));
+    for (const int32_t language : {0, 26}) {
+        AppDelegate& made = start(7, language);
+        window().show();
+        made.cellInfos.push_back({.title = {},
+                                  .subtitle = "page",
+                                  .image = page.scaled(10, 12),
+                                  .imageFullPath = path,
+                                  .imageIndex = 0});
+        made.reloadMainTable();
+        made.selectLastRow();
+        made.paperlineToolbar_ActualPage->trigger();
+        QApplication::processEvents();
+        EXPECT_EQ(made.mImageView->width(), 1515);
+        EXPECT_EQ(made.mImageView->pos(), QPoint(0, 0)) << language;
+    }
+}
+
 TEST_F(MainWindowTest, ClosingItEndsTheApplication) {
     start();
     window().show();
