@@ -15,6 +15,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
+#include <QPainter>
 #include <QProxyStyle>
 #include <QScrollArea>
 #include <QSplitter>
@@ -78,6 +79,23 @@ QScrollArea* makePageScroller(QWidget* pageView) {
     return scroller;
 }
 
+// Shortens in the middle what is too long, instead of making the window wider; text() stays whole.
+class StatusLabel : public QLabel {
+public:
+    QSize minimumSizeHint() const override { return {0, QLabel::minimumSizeHint().height()}; }
+
+protected:
+    void paintEvent(QPaintEvent*) override {
+        QPainter painter(this);
+        const QRect place = contentsRect();
+        const QString shown = fontMetrics().elidedText(text(), Qt::ElideMiddle, place.width());
+        const auto flags =
+            static_cast<int>(QStyle::visualAlignment(layoutDirection(), alignment()));
+        style()->drawItemText(
+            &painter, place, flags, palette(), isEnabled(), shown, foregroundRole());
+    }
+};
+
 void describe(QWidget* widget, const QString& nameText, const QString& helpText) {
     if (widget == nullptr)
         return;
@@ -129,7 +147,7 @@ void MainWindow::makePanes(QWidget* pageView) {
 }
 
 void MainWindow::makeStatusLine() {
-    status_ = new QLabel;
+    status_ = new StatusLabel;
     status_->setContentsMargins(8, 2, 8, 2);
     status_->setTextFormat(Qt::PlainText);
     pageCount_ = new QLabel;

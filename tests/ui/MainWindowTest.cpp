@@ -8,6 +8,7 @@
 #include <QMenuBar>
 #include <QScreen>
 
+#include <algorithm>
 #include <cstring>
 #include <set>
 
@@ -213,6 +214,19 @@ TEST_F(MainWindowTest, AnActualPageShowsItsTopLeftCornerInBothDirections) {
         EXPECT_EQ(made.mImageView->width(), 1515);
         EXPECT_EQ(made.mImageView->pos(), QPoint(0, 0)) << language;
     }
+}
+
+TEST_F(MainWindowTest, ALongNameInTheStatusLineDoesNotWidenIt) {
+    AppDelegate& made = start();
+    window().show();
+    const int before = window().minimumSizeHint().width();
+    const QString name(300, 'n');
+    made.showSavingStatus("/home/kai/" + name.toStdString() + ".jpg");
+    EXPECT_EQ(window().minimumSizeHint().width(), before);
+    EXPECT_EQ(window().width(), 1024);
+    const auto labels = window().findChildren<QLabel*>();
+    EXPECT_TRUE(std::ranges::any_of(
+        labels, [&name](const QLabel* label) { return label->text().contains(name); }));
 }
 
 TEST_F(MainWindowTest, ClosingItEndsTheApplication) {
