@@ -4,6 +4,7 @@
 #include "ui/InterfaceOutlets.h"
 #include "ui/MainMenus.h"
 #include "ui/MainToolbar.h"
+#include "ui/PaneFocusRing.h"
 #include "ui/SaveFolderTextField.h"
 #include "ui/ThemedIcon.h"
 
@@ -131,6 +132,8 @@ void MainWindow::makePanes(QWidget* pageView) {
     outlets_._tableViewMain = makePageList();
     outlets_.thumbnailView = outlets_._tableViewMain;
     outlets_.showImageScrollView = makePageScroller(pageView);
+    new PaneFocusRing(outlets_._tableViewMain);
+    new PaneFocusRing(outlets_.showImageScrollView);
 
     auto* split = new QSplitter(Qt::Horizontal);
     split->setObjectName("paperlineSplitView");

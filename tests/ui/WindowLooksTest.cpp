@@ -130,6 +130,44 @@ TEST_F(WindowLooksTest, TheFirstHintStandsOnEvenLines) {
     }
 }
 
+TEST_F(WindowLooksTest, APaneThatIsReachedWithTabHasARingThatShows) {
+    const QPalette platform = QApplication::palette();
+    start();
+    window().show();
+    QApplication::setActiveWindow(&window());
+    for (const QPalette& colours : {platform, darkPalette(platform)}) {
+        QApplication::setPalette(withReadableSelection(colours));
+        for (const bool empty : {true, false}) {
+            controller->cellInfos.resize(empty ? 0 : 1);
+            controller->showPageCount();
+            for (QWidget* pane : std::initializer_list<QWidget*>{controller->_tableViewMain,
+                                                                 controller->showImageScrollView}) {
+                controller->currentSaveFolder->setFocus();
+                QApplication::processEvents();
+                const QImage before = pictureOf(pane);
+                pane->setFocus(Qt::MouseFocusReason);
+                QApplication::processEvents();
+                EXPECT_EQ(pictureOf(pane), before); // a click needs no ring
+                controller->currentSaveFolder->setFocus();
+                pane->setFocus(Qt::TabFocusReason);
+                QApplication::processEvents();
+                const QImage after = pictureOf(pane);
+                const int middle = after.height() / 2;
+                int crossed = 0;
+                for (int x = 0; x < after.width(); ++x)
+                    crossed += contrastRatio(after.pixelColor(x, middle),
+                                             before.pixelColor(x, middle)) >= 3;
+                EXPECT_GE(crossed, 2) << pane->objectName().toStdString();
+                EXPECT_LE(crossed, 6) << pane->objectName().toStdString();
+                controller->currentSaveFolder->setFocus();
+                QApplication::processEvents();
+                EXPECT_EQ(pictureOf(pane), before);
+            }
+        }
+    }
+    QApplication::setPalette(platform);
+}
+
 TEST_F(WindowLooksTest, AButtonWithTheFocusHasARingThatShows) {
     const QPalette platform = QApplication::palette();
     start();
