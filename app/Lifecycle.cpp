@@ -42,10 +42,11 @@ void removeMenuItem(QMenu* menu, qsizetype index) {
 // Results of the selection window's modal loop.
 constexpr int modalStopped = -1000;
 
+// A window larger than the screen starts at its corner: its title stays in reach.
 void centre(QWidget* window) {
     const QRect screen = window->screen()->availableGeometry();
-    const QSize size = window->frameSize();
-    window->move(screen.center() - QPoint(size.width() / 2, size.height() / 2));
+    const QSize room = (screen.size() - window->frameSize()) / 2;
+    window->move(screen.topLeft() + QPoint(std::max(0, room.width()), std::max(0, room.height())));
 }
 
 Rect rectOf(const QWidget* widget) {

@@ -14,6 +14,7 @@
 #include <QDialog>
 #include <QMainWindow>
 #include <QMenu>
+#include <QScreen>
 #include <QTimer>
 #include <QToolBar>
 
@@ -102,6 +103,17 @@ TEST_F(LifecycleTest, OpensTheOnlySourceWithoutAsking) {
     EXPECT_THAT(opened(), ElementsAre("Scanner One"));
     EXPECT_FALSE(dsm.isSourceOpen()); // opened for a test only
     EXPECT_THAT(dsm.sequenceErrors(), IsEmpty());
+}
+
+TEST_F(LifecycleTest, AWindowWiderThanTheScreenStartsAtItsEdge) {
+    addSource("Scanner One");
+    ASSERT_TRUE(launch());
+    const QWidget& window = *controller->paperlineWindow;
+    const QRect screen = window.screen()->availableGeometry();
+    ASSERT_GT(window.width(), screen.width());
+    ASSERT_LT(window.height(), screen.height());
+    EXPECT_EQ(window.x(), screen.x());
+    EXPECT_NEAR(window.geometry().center().y(), screen.center().y(), 20);
 }
 
 TEST_F(LifecycleTest, EndsWhenTheOnlySourceDoesNotOpen) {
