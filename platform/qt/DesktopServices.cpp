@@ -32,6 +32,10 @@ void styleWidgetChooser(QFileDialog& chooser) {
         panes->setSizes({placesWidth, chooserWidth - placesWidth});
     for (QPushButton* button : chooser.findChildren<QPushButton*>())
         button->setIcon({});
+    // Paths read from left to right in every interface language.
+    for (const char* path : {"lookInCombo", "fileNameEdit"})
+        if (auto* control = chooser.findChild<QWidget*>(path))
+            control->setLayoutDirection(Qt::LeftToRight);
 }
 
 std::optional<std::string> chooseFolder(const std::string& title, const std::string& startFolder) {

@@ -130,6 +130,22 @@ TEST(FolderChooser, StartsAtTheGivenFolder) {
     EXPECT_EQ(desktop().chooseFolder("Save Folder", folder.path()), folder.path());
 }
 
+TEST(FolderChooser, WritesPathsFromLeftToRightInEveryLanguage) {
+    installDesktopServices();
+    QApplication::setLayoutDirection(Qt::RightToLeft);
+    whenChoosing([](QFileDialog& chooser) {
+        EXPECT_EQ(chooser.layoutDirection(), Qt::RightToLeft);
+        for (const char* name : {"lookInCombo", "fileNameEdit"}) {
+            const auto* control = chooser.findChild<QWidget*>(name);
+            ASSERT_NE(control, nullptr) << name;
+            EXPECT_EQ(control->layoutDirection(), Qt::LeftToRight) << name;
+        }
+        static_cast<QDialog&>(chooser).reject();
+    });
+    EXPECT_EQ(desktop().chooseFolder("Save Folder", "/tmp"), std::nullopt);
+    QApplication::setLayoutDirection(Qt::LeftToRight);
+}
+
 TEST(FolderChooser, GivesNothingWhenItIsCancelled) {
     installDesktopServices();
     bool ran = false;
