@@ -1,5 +1,6 @@
 #include "tests/ui/InterfaceFixture.h"
 #include "ui/ThemedIcon.h"
+#include "viewer/ImageView.h"
 
 #include <QImage>
 
@@ -17,6 +18,18 @@ protected:
     QImage switchPicture() { return drawn(controller->paperlineToolbar_FileFormat->icon()); }
     static QImage resource(const std::string& name) {
         return drawn(themedIcon(resourcePath() + "/" + name));
+    }
+    // A row of the page list with a white page behind it.
+    void listPage(const std::string& name, QSize size) {
+        QImage page(size, QImage::Format_RGB32);
+        page.fill(Qt::white);
+        const std::string path = folder + "/" + name;
+        ASSERT_TRUE(page.save(QString::fromStdString(path)));
+        controller->cellInfos.push_back({.title = {},
+                                         .subtitle = name,
+                                         .image = page.scaled(12, 12),
+                                         .imageFullPath = path,
+                                         .imageIndex = 0});
     }
 };
 
@@ -143,6 +156,53 @@ TEST_F(CommandsTest, TheSwitchLaysOutThePanes) {
     EXPECT_EQ(made.paperlineSplitView->sizes().at(0), 215);
     EXPECT_EQ(made.showImageScrollView->width(),
               1024 - 215 - made.paperlineSplitView->handleWidth());
+}
+
+TEST_F(CommandsTest, TheSwitchShowsTheSelectedPageAgainInTheModeInForce) {
+    AppDelegate& made = start();
+    window().show();
+    listPage("small.png", QSize(200, 300));
+    listPage("large.png", QSize(1500, 2000));
+    made.reloadMainTable();
+    made._tableViewMain->setCurrentIndex(made._tableViewMain->model()->index(0, 0));
+    made.mImageView->setImage(nullptr, {});
+    made.menuFileSave(nullptr); // fitted pages that are not saved are read again
+    EXPECT_EQ(made.mImageView->pagePixels(), (PixelSize{200, 300}));
+    made.menuFileSave(nullptr);
+
+    made._tableViewMain->setCurrentIndex(made._tableViewMain->model()->index(1, 0));
+    made.paperlineToolbar_ActualPage->trigger();
+    made.menuFileSave(nullptr);
+    QApplication::processEvents();
+    EXPECT_EQ(made.mImageView->size(), QSize(1515, 2010));
+    EXPECT_EQ(made.showImageScrollView->verticalScrollBarPolicy(), Qt::ScrollBarAlwaysOn);
+}
+
+TEST_F(CommandsTest, TheSwitchWithoutASelectionShowsTheNewestPage) {
+    AppDelegate& made = start();
+    window().show();
+    listPage("small.png", QSize(200, 300));
+    listPage("wide.png", QSize(300, 200));
+    made.menuFileSave(nullptr);
+    EXPECT_EQ(made.mImageView->pagePixels(), (PixelSize{300, 200}));
+}
+
+TEST_F(CommandsTest, TheWindowsEntriesActOnIt) {
+    host().systemVersion = [] { return SystemVersion{12, 14, 0}; };
+    AppDelegate& made = start();
+    window().show();
+    for (QAction* hide : {made.windowMini, made.systemHideCPL}) {
+        hide->trigger();
+        EXPECT_TRUE(window().isMinimized()) << hide->text().toStdString();
+        made.systemShowAll->trigger();
+        EXPECT_FALSE(window().isMinimized()) << hide->text().toStdString();
+    }
+    EXPECT_FALSE(made.systemHideOthers->isVisible()); // no desktop here lets a program do that
+    made.systemAbout->trigger();
+    ASSERT_EQ(alerts.size(), 1U);
+    EXPECT_TRUE(alerts[0].message.starts_with("Roaming Leaf GATHER\n"));
+    made.systemQuitCPL->trigger();
+    EXPECT_TRUE(terminationRequested());
 }
 
 TEST_F(CommandsTest, FormatsOneToSevenAreTakenAndAnyOtherIndexIsBmp) {

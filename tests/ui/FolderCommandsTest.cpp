@@ -42,6 +42,25 @@ TEST_F(FolderCommandsTest, ChoosingAFolderWhileTheFieldEndsInASlashAppendsImage)
     EXPECT_EQ(made.saveImageName, "Image");
 }
 
+TEST_F(FolderCommandsTest, AScannersMessagesWaitWhileTheChooserIsOpen) {
+    AppDelegate& made = start();
+    bool held = false;
+    desktop().chooseFolder = [&held](const std::string&, const std::string&) {
+        held = delayedMessagesAreHeld();
+        return std::optional<std::string>();
+    };
+    made.toolBarItemFolderSelect(nullptr);
+    EXPECT_TRUE(held);
+    EXPECT_FALSE(delayedMessagesAreHeld());
+}
+
+TEST_F(FolderCommandsTest, ALongFolderShowsFromItsStart) {
+    AppDelegate& made = start();
+    window().show();
+    made.currentSaveFolder->setFolderText("/home/kai/" + std::string(400, 'n'));
+    EXPECT_EQ(made.currentSaveFolder->cursorPosition(), 0);
+}
+
 TEST_F(FolderCommandsTest, CancellingTheChooserChangesTheNameOnly) {
     AppDelegate& made = start();
     made.currentSaveFolder->setFolderText("/home/kai/Documents/Invoices");

@@ -1,5 +1,6 @@
 #include "platform/PropertyList.h"
 #include "tests/ui/InterfaceFixture.h"
+#include "ui/EmptyState.h"
 #include "ui/LanguageTable.h"
 #include "ui/MenuText.h"
 
@@ -197,6 +198,26 @@ TEST_F(LocalisationTest, EachLanguageOfTheMenuTakesEffectAtOnce) {
                   language == 26 ? Qt::RightToLeft : Qt::LeftToRight);
         QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
+}
+
+TEST_F(LocalisationTest, StatusLineEmptyPageAreaAndStandardButtonsFollowTheLanguage) {
+    AppDelegate& made = start();
+    languageItem("Deutsch")->trigger();
+    const auto text = [&made](const char* key) {
+        return QString::fromStdString(localizedString(made.mlangBundle, key));
+    };
+    QStringList shown;
+    for (const QLabel* label : window().findChildren<QLabel*>())
+        shown.append(label->text());
+    for (const char* key : {"StatusReady", "NoPagesTitle", "NoPagesHint"}) {
+        EXPECT_TRUE(shown.contains(text(key))) << key;
+        EXPECT_NE(text(key), key);
+    }
+    EXPECT_EQ(window().findChild<EmptyState*>()->accessibleName(), text("NoPagesTitle"));
+    EXPECT_EQ(window().findChild<EmptyState*>()->accessibleDescription(), text("NoPagesHint"));
+    for (const char* button : {"OK", "Cancel", "Close"})
+        EXPECT_EQ(QCoreApplication::translate("QPlatformTheme", button), text(button)) << button;
+    EXPECT_EQ(text("Cancel"), "Abbrechen");
 }
 
 TEST_F(LocalisationTest, RowsCanBeChosenFromRightToLeft) {

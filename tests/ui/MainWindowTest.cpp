@@ -135,6 +135,18 @@ TEST_F(MainWindowTest, EveryControlHasANameAndADescription) {
     }
 }
 
+TEST_F(MainWindowTest, EveryToolbarControlHasATip) {
+    const AppDelegate& made = start();
+    for (QAction* item : made.paperlineToolbar->actions()) {
+        const QWidget* control = made.paperlineToolbar->widgetForAction(item);
+        if (item == made.paperlineToolbar_CurrentForder)
+            control = made.currentSaveFolder;
+        else if (control->isAncestorOf(made.paperlineToolbar_FileFormatsCombox))
+            control = made.paperlineToolbar_FileFormatsCombox;
+        EXPECT_FALSE(control->toolTip().isEmpty()) << control->accessibleName().toStdString();
+    }
+}
+
 TEST_F(MainWindowTest, NamesFollowTheLanguage) {
     AppDelegate& made = start();
     made.SetToolbarItemAndMenuUI(echoingBundle());
@@ -311,6 +323,7 @@ TEST_F(SelectionWindowTest, ListsTheSourcesByProductName) {
     const QAbstractItemModel* model = made._tableViewSelectSource->model();
     ASSERT_EQ(model->rowCount(), 2);
     EXPECT_EQ(model->columnCount(), 1);
+    EXPECT_EQ(model->index(1, 0).data(Qt::ToolTipRole).toString(), "Software Scanner");
     EXPECT_EQ(model->index(0, 0).data().toString(), "Lumo 10");
     EXPECT_EQ(model->index(1, 0).data().toString(), "Software Scanner");
 }
@@ -347,6 +360,16 @@ TEST_F(SelectionWindowTest, EscapeAndClosingCountAsCancel) {
     made.twainSelectSourceWindow->show();
     made.twainSelectSourceWindow->close();
     EXPECT_EQ(made.twainSelectSourceWindow->result(), -1001);
+}
+
+TEST_F(SelectionWindowTest, EnterCountsAsOk) {
+    const AppDelegate& made = start();
+    offerTwo();
+    made.twainSelectSourceWindow->show();
+    EXPECT_TRUE(made.twainSelectSourceOKBtn->isDefault());
+    QKeyEvent enter(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier);
+    QApplication::sendEvent(made.twainSelectSourceWindow, &enter);
+    EXPECT_EQ(made.twainSelectSourceWindow->result(), -1000);
 }
 
 TEST_F(SelectionWindowTest, ASecondClickOnARowCountsAsOk) {
