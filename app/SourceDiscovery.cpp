@@ -2,6 +2,7 @@
 
 #include "platform/Files.h"
 #include "platform/Places.h"
+#include "platform/ProcessLife.h"
 
 #include <QDeadlineTimer>
 #include <QProcess>
@@ -10,8 +11,6 @@
 #include <QThread>
 
 #include <algorithm>
-#include <cerrno>
-#include <csignal>
 #include <string>
 #include <vector>
 
@@ -21,13 +20,8 @@ namespace {
 constexpr int longestFirstWaitMilliseconds = 5000;
 // Where a whole search has found nothing the next one seldom finds more, and every start waits.
 constexpr int longestLaterWaitMilliseconds = 1200;
-constexpr unsigned long pollMilliseconds = 20;
+constexpr unsigned long pollMilliseconds = 5;
 constexpr const char* workerProgram = "/Contents/Helpers/paperline-sane-worker";
-
-// The search is nobody's child, so its number is free once it has ended.
-bool isRunning(qint64 process) {
-    return kill(static_cast<pid_t>(process), 0) == 0 || errno == EPERM;
-}
 
 bool holdsBundles(const std::string& folder) {
     const std::vector<std::string> entries = folderEntries(folder);
@@ -61,7 +55,7 @@ void discoverSources(const std::function<void()>& aboutToWait) {
     aboutToWait();
     QDeadlineTimer deadline(searchedBefore ? longestLaterWaitMilliseconds
                                            : longestFirstWaitMilliseconds);
-    while (isRunning(searchProcess) && !deadline.hasExpired())
+    while (processRuns(static_cast<pid_t>(searchProcess)) && !deadline.hasExpired())
         QThread::msleep(pollMilliseconds);
 }
 
