@@ -1,5 +1,6 @@
 #include "platform/TiffWriter.h"
 
+#include "platform/LzwEncoder.h"
 #include "platform/PageLayout.h"
 #include "platform/SideBySide.h"
 #include "platform/TiffPages.h"
@@ -37,53 +38,54 @@ TiffPageTags tagsOf(const BitmapImageRep& page, const TiffOptions& options) {
         .verticalDpi = options.verticalDpi};
 }
 
-// Encodes one strip after another into a file in memory of its own and takes out what came of each.
+// Encodes one strip after another.
 class StripEncoder {
 public:
-    StripEncoder(const BitmapImageRep& page, const TiffPageTags& tags)
-        : page_(page), tags_(tags), tiff_(openTiffMemory(memory_, writeMode, errors_)) {
-        isReady_ = tiff_ && setTiffPageTags(tiff_.get(), tags);
-        headerBytes_ = memory_.bytes.size();
-    }
+    StripEncoder(const BitmapImageRep& page, const TiffPageTags& tags) : page_(page), tags_(tags) {}
 
-    // Empty on any error.
-    Bytes encode(uint32_t strip) {
-        if (!isReady_)
-            return {};
-        takeRows(strip * size_t{tags_.rowsPerStrip});
-        memory_.bytes.resize(headerBytes_);
-        const auto size = static_cast<tmsize_t>(rows_.size());
-        if (TIFFWriteEncodedStrip(tiff_.get(), strip, rows_.data(), size) != size ||
-            errors_.count > 0)
-            return {};
-        return {memory_.bytes.begin() + static_cast<ptrdiff_t>(headerBytes_), memory_.bytes.end()};
+    Bytes encode(size_t strip) {
+        takeRows(strip * tags_.rowsPerStrip);
+        const auto code = lzw_.encode(rows_);
+        return {code.begin(), code.end()};
     }
 
 private:
-    // The strip's rows without padding; bits behind the last pixel are 0.
+    // The strip's rows without padding, as they are compressed.
     void takeRows(size_t firstRow) {
-        const size_t height = tags_.heightPixels;
         const size_t bits = size_t{tags_.widthPixels} * tags_.bitsPerSample * tags_.samplesPerPixel;
         const size_t rowBytes = (bits + 7) / 8;
-        const size_t end = std::min(height, firstRow + tags_.rowsPerStrip);
+        const size_t end = std::min<size_t>(tags_.heightPixels, firstRow + tags_.rowsPerStrip);
         rows_.resize((end - firstRow) * rowBytes);
-        auto target = rows_.begin();
         for (size_t y = firstRow; y < end; ++y) {
             const auto row = page_.row(static_cast<int32_t>(y)).first(rowBytes);
-            target = std::copy(row.begin(), row.end(), target);
-            if (bits % 8 != 0)
-                *(target - 1) = static_cast<uint8_t>(*(target - 1) & (0xFF00U >> (bits % 8)));
+            const auto target = std::span(rows_).subspan((y - firstRow) * rowBytes, rowBytes);
+            if (tags_.bitsPerSample == 1)
+                takeBits(row, bits % 8, target);
+            else
+                takeDifferences(row, tags_.samplesPerPixel, target);
         }
+    }
+
+    // Bits behind the last pixel are 0.
+    static void
+    takeBits(std::span<const uint8_t> row, size_t bitsOfLastByte, std::span<uint8_t> target) {
+        std::copy(row.begin(), row.end(), target.begin());
+        if (bitsOfLastByte != 0)
+            target.back() = static_cast<uint8_t>(target.back() & (0xFF00U >> bitsOfLastByte));
+    }
+
+    // Each sample but the first pixel's as its difference from the one to its left.
+    static void
+    takeDifferences(std::span<const uint8_t> row, size_t samples, std::span<uint8_t> target) {
+        std::copy_n(row.begin(), samples, target.begin());
+        for (size_t at = samples; at < row.size(); ++at)
+            target[at] = static_cast<uint8_t>(row[at] - row[at - samples]);
     }
 
     const BitmapImageRep& page_;
     const TiffPageTags& tags_;
-    TiffErrors errors_;
-    TiffMemory memory_;
-    TiffHandle tiff_; // last: closing it writes to what stands before
+    LzwEncoder lzw_;
     Bytes rows_;
-    size_t headerBytes_ = 0;
-    bool isReady_ = false;
 };
 
 // Every strip's code; empty on any error.
@@ -96,7 +98,7 @@ encodeStrips(const BitmapImageRep& page, const TiffPageTags& tags, unsigned thre
         try {
             if (!encoders[worker])
                 encoders[worker] = std::make_unique<StripEncoder>(page, tags);
-            strips[strip] = encoders[worker]->encode(static_cast<uint32_t>(strip));
+            strips[strip] = encoders[worker]->encode(strip);
         } catch (const std::bad_alloc&) {
             strips[strip] = {};
         }
