@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 namespace paperline {
 
@@ -38,6 +39,18 @@ void* allocateBlock(size_t byteCount) {
     if (block != nullptr)
         (void)::madvise(block, rounded, MADV_HUGEPAGE); // advice: its refusal costs only time
     return block;
+}
+
+// Memory of an earlier block. A spare of another size makes way before a new one is asked for.
+constexpr size_t worthKeeping = 2 * hugePageBytes;
+uint8_t* spareMemory = nullptr;
+size_t spareBytes = 0;
+
+uint8_t* takeSpareMemory(size_t byteCount) {
+    if (spareBytes != byteCount)
+        freeSpareBmpMemory();
+    spareBytes = 0;
+    return std::exchange(spareMemory, nullptr);
 }
 
 class RecordWriter {
@@ -142,8 +155,19 @@ void swapRedAndBlue(uint8_t* pixels, int32_t rows, int64_t bytesPerRow) {
         swapFirstAndThird(pixels + y * stride, stride / 3 + 1);
 }
 
-void BmpBlock::Free::operator()(uint8_t* memory) const noexcept {
-    std::free(memory);
+void BmpBlock::Release::operator()(uint8_t* memory) const noexcept {
+    if (byteCount < worthKeeping) {
+        std::free(memory);
+        return;
+    }
+    freeSpareBmpMemory();
+    spareMemory = memory;
+    spareBytes = byteCount;
+}
+
+void freeSpareBmpMemory() {
+    std::free(std::exchange(spareMemory, nullptr));
+    spareBytes = 0;
 }
 
 std::optional<BmpBlock> BmpBlock::allocate(const BmpPageLayout& page) {
@@ -159,9 +183,13 @@ std::optional<BmpBlock> BmpBlock::allocate(const BmpPageLayout& page) {
         __builtin_add_overflow(block.rowBytes_, bmpHeaderRecordBytes, &total) ||
         total > static_cast<uint64_t>(PTRDIFF_MAX))
         return std::nullopt;
-    block.memory_.reset(static_cast<uint8_t*>(bmpAllocator(static_cast<size_t>(total))));
-    if (!block.memory_)
+    const auto byteCount = static_cast<size_t>(total);
+    uint8_t* memory = takeSpareMemory(byteCount);
+    if (memory == nullptr)
+        memory = static_cast<uint8_t*>(bmpAllocator(byteCount));
+    if (memory == nullptr)
         return std::nullopt;
+    block.memory_ = {memory, {byteCount}};
     return block;
 }
 

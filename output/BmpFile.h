@@ -60,14 +60,20 @@ public:
     std::span<const uint8_t> fileBytes(const BmpHeaderRecord& header, uint32_t headerBytes);
 
 private:
-    struct Free {
+    // Large memory waits for the next block.
+    struct Release {
+        size_t byteCount = 0;
         void operator()(uint8_t* memory) const noexcept;
     };
     BmpPageLayout page_;
     uint64_t stride_ = 0;
     uint64_t rowBytes_ = 0; // of the whole block behind the header
-    std::unique_ptr<uint8_t[], Free> memory_;
+    std::unique_ptr<uint8_t[], Release> memory_{nullptr, {}};
 };
+
+// Frees the memory of the last large block, which is kept because the pages of a feeder are alike
+// and fresh memory costs more than the copy into it. For the end of a batch; one thread only.
+void freeSpareBmpMemory();
 
 // Where the block's memory comes from; tests make it fail. Freed with std::free.
 using BmpAllocator = void* (*)(size_t byteCount);

@@ -1,6 +1,5 @@
 #include "platform/BitmapImageRep.h"
 
-#include <cstdlib>
 #include <new>
 
 namespace paperline {
@@ -16,10 +15,6 @@ imageByteCount(int32_t widthPixels, int32_t heightPixels, int bitsPerPixel) {
     if (rowBytes > static_cast<uint64_t>(INT64_MAX) / static_cast<uint64_t>(heightPixels))
         return std::nullopt;
     return rowBytes * static_cast<uint64_t>(heightPixels);
-}
-
-void BitmapImageRep::Free::operator()(uint8_t* bytes) const noexcept {
-    std::free(bytes);
 }
 
 std::shared_ptr<BitmapImageRep> BitmapImageRep::make(const Layout& layout, size_t spareBytes) {
@@ -41,8 +36,7 @@ std::shared_ptr<BitmapImageRep> BitmapImageRep::make(const Layout& layout, size_
     std::shared_ptr<BitmapImageRep> result(new (std::nothrow) BitmapImageRep);
     if (!result)
         return nullptr;
-    // calloc leaves fresh pages untouched until they are written.
-    result->data_.reset(static_cast<uint8_t*>(std::calloc(byteCount + spareBytes, 1)));
+    result->data_ = allocatePageMemory(byteCount + spareBytes);
     if (!result->data_)
         return nullptr;
     result->layout_ = layout;

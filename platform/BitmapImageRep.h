@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/Geometry.h"
+#include "platform/PageMemory.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -54,15 +55,12 @@ public:
     void setSize(Size sizePoints) { size_ = sizePoints; }
 
 private:
-    struct Free {
-        void operator()(uint8_t* bytes) const noexcept;
-    };
     BitmapImageRep() = default;
 
     Layout layout_;
     Size size_;
     size_t byteCount_ = 0;
-    std::unique_ptr<uint8_t[], Free> data_;
+    PageMemory data_;
 };
 
 } // namespace paperline

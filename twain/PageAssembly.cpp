@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <cstring>
 #include <limits>
 
@@ -67,10 +66,6 @@ std::optional<PageLayout> pageLayout(const TW_IMAGEINFO& info) {
     return layout;
 }
 
-void PageBuffers::Free::operator()(uint8_t* bytes) const noexcept {
-    std::free(bytes);
-}
-
 bool PageBuffers::preparePage(const PageLayout& layout) {
     // A bitmap that somebody still looks at (a thumbnail being made) is left to him.
     if (!bitmap_ || bitmap_.use_count() > 1 || !sameLayout(layout.bitmap, *bitmap_)) {
@@ -86,7 +81,7 @@ bool PageBuffers::preparePage(const PageLayout& layout) {
     if (needed > capacity_) {
         buffer_.reset(); // first: two pages at once are more than a scan may hold
         capacity_ = 0;
-        buffer_.reset(static_cast<uint8_t*>(std::calloc(needed, 1)));
+        buffer_ = allocatePageMemory(needed);
         if (!buffer_)
             return false;
         capacity_ = needed;
@@ -125,6 +120,13 @@ PageBuffers::CopiedRows PageBuffers::copyStrip(const TW_IMAGEMEMXFER& strip) {
     const uint32_t rows = std::min(strip.Rows, height - strip.YOffset);
     const auto lineBytes = static_cast<uint64_t>(layout_.bytesPerLine);
     const std::span<uint8_t> page = bitmap_->bitmapData();
+    const uint64_t stripBytes = rows * lineBytes;
+    if (strip.BytesPerRow == lineBytes && stripBytes <= usedBytes_) {
+        // Lines as they stand in the page: one copy may go past the caches, many cannot.
+        std::memcpy(page.data() + strip.YOffset * lineBytes, buffer_.get(), stripBytes);
+        std::fill_n(filledRows_.begin() + strip.YOffset, rows, true);
+        return {rows, stripBytes};
+    }
     for (uint32_t row = 0; row < rows; ++row) {
         const uint64_t from = uint64_t{row} * strip.BytesPerRow;
         if (from >= usedBytes_)

@@ -63,12 +63,8 @@ public:
     void finishPage();
 
 private:
-    struct Free {
-        void operator()(uint8_t* bytes) const noexcept;
-    };
-
     PageLayout layout_;
-    std::unique_ptr<uint8_t[], Free> buffer_;
+    PageMemory buffer_;
     size_t capacity_ = 0;
     size_t usedBytes_ = 0;
     std::shared_ptr<BitmapImageRep> bitmap_;

@@ -3,6 +3,7 @@
 #include "app/AppDelegate.h"
 
 #include "app/CvOutputLog.h"
+#include "output/BmpFile.h"
 #include "output/FileFormats.h"
 #include "output/PageNaming.h"
 #include "platform/Desktop.h"
@@ -229,6 +230,8 @@ void AppDelegate::completeMemoryXfer() {
         batch.saveResult = nothingSaved;
         reportUnsavedPage(*this, batch.saveResult);
     }
+
+    freeSpareBmpMemory();
 
     // A source that still holds a page can be neither disabled nor closed.
     if (batch.saveResult == nothingSaved || batch.endFailed || batch.isInterrupted)

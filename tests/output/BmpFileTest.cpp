@@ -16,6 +16,7 @@
 #include <iterator>
 #include <numeric>
 #include <random>
+#include <utility>
 #include <vector>
 
 namespace paperline {
@@ -219,6 +220,35 @@ TEST_F(BmpFile, NothingIsWrittenThroughALinkInASharedFolder) {
     EXPECT_EQ(result.code, -1);
     const Bytes text = bytesOf(path("message"));
     EXPECT_EQ(std::string(text.begin(), text.end()), "precious");
+}
+
+int askedForMemory = 0;
+
+void* countedMemory(size_t byteCount) {
+    ++askedForMemory;
+    return std::malloc(byteCount);
+}
+
+TEST(BmpBlock, TakesTheMemoryOfTheLastLargeOneOfItsSize) {
+    const BmpAllocator usual = std::exchange(bmpAllocator, countedMemory);
+    const BmpPageLayout large{1000, 1000, 24, 3000};
+    for (int page = 0; page < 3; ++page)
+        EXPECT_TRUE(BmpBlock::allocate(large).has_value());
+    EXPECT_EQ(askedForMemory, 1);
+    EXPECT_TRUE(BmpBlock::allocate({1000, 1001, 24, 3000}).has_value());
+    EXPECT_EQ(askedForMemory, 2);
+    {
+        const auto one = BmpBlock::allocate(large);
+        const auto other = BmpBlock::allocate(large);
+        ASSERT_TRUE(one && other);
+        EXPECT_NE(one->rows(), other->rows());
+    }
+    EXPECT_EQ(askedForMemory, 4);
+    freeSpareBmpMemory();
+    EXPECT_TRUE(BmpBlock::allocate(large).has_value());
+    EXPECT_EQ(askedForMemory, 5);
+    freeSpareBmpMemory();
+    bmpAllocator = usual;
 }
 
 TEST_F(BmpFile, WithoutMemoryThereIsNoBlock) {
