@@ -7,6 +7,7 @@
 #include "platform/Places.h"
 
 #include <memory>
+#include <optional>
 #include <utility>
 
 namespace paperline {
@@ -67,8 +68,13 @@ int32_t AppDelegate::mergeTiffImageEx(const std::string& folder) {
         return -1;
     // Whether the file was written shows in whether it is there.
     const std::unique_ptr<PageJoiner> joiner = openJoiner(pageCodecs().tiffUnchanged);
-    if (joiner && joinSkipping(*joiner, folder, names, {}))
+    if (!joiner)
+        return 1;
+    if (std::optional<std::vector<std::string>> leftOut =
+            joinSkipping(*joiner, folder, names, {})) {
+        pagesLeftOut = std::move(*leftOut);
         (void)joiner->finish();
+    }
     return 1;
 }
 

@@ -4,6 +4,7 @@
 #include "app/BrandProfile.h"
 #include "app/CvOutputLog.h"
 #include "output/FileFormats.h"
+#include "output/PageJoining.h"
 #include "output/PageNaming.h"
 #include "output/StagedPages.h"
 #include "platform/DatePatterns.h"
@@ -29,6 +30,14 @@ std::string folderNameForNow() {
                        .localeIdentifier = host().localeIdentifier(),
                        .timeZone = {}},
                       keptPagesNamePattern);
+}
+
+// Also by a link that leads nowhere.
+bool isNameTaken(const std::string& path) {
+    if (fileExists(path))
+        return true;
+    const std::vector<std::string> names = folderEntries(folderOfPath(path));
+    return std::find(names.begin(), names.end(), lastPathComponent(path)) != names.end();
 }
 
 // The next free number for the batch's file. The counter has already passed the batch, and passes
@@ -152,7 +161,7 @@ bool AppDelegate::moveJoinedFile(const std::string& joinedName) {
     TraceScope trace("moveJoinedFile");
     const std::string joined = scratchPath(joinedName);
     while (!moveFile(joined, multiPageTargetPath)) {
-        if (!fileExists(joined) || !fileExists(multiPageTargetPath))
+        if (!fileExists(joined) || !isNameTaken(multiPageTargetPath))
             return false;
         const std::string next = nextTargetPath(*this);
         std::replace(imageFilePath.begin(), imageFilePath.end(), multiPageTargetPath, next);
@@ -164,8 +173,11 @@ bool AppDelegate::moveJoinedFile(const std::string& joinedName) {
 void AppDelegate::finishMultiPageFile() {
     TraceScope trace("finishMultiPageFile");
     const std::string staging = scratchPath(stagingFolderName);
+    // What the joiner left out is in no file: it stays, and is kept.
     for (const std::string& page : folderEntries(staging))
-        removePath(appendPathComponent(staging, page));
+        if (std::find(pagesLeftOut.begin(), pagesLeftOut.end(), page) == pagesLeftOut.end())
+            removePath(appendPathComponent(staging, page));
+    multiPageFile.pages -= static_cast<int>(pagesLeftOut.size());
     multiPageFile.path = multiPageTargetPath;
     if (savedFileObserver && multiPageFile.pages > 0)
         savedFileObserver(multiPageFile);
@@ -177,6 +189,7 @@ bool AppDelegate::joinMultiPageFile() {
     if (format == nullptr || !format->isMultiPage)
         return true;
     TraceScope trace("joinMultiPageFile");
+    pagesLeftOut.clear();
     return format->code == formatMultiPagePdf ? joinPdf(*this) : joinTiff(*this);
 }
 

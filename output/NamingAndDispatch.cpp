@@ -170,12 +170,11 @@ DispatchResult saveAsPdf(AppDelegate& controller,
     if (code < 0)
         return {code, {}};
     code = controller.CreatePDF(folder + "/", path);
-    if (code < 0) {
+    if (controller.lastPageWrite.result == PageWriteResult::complete)
+        removePath(staged); // it is in its file: nothing to be kept
+    else
         keepPageOfLostDocument(controller);
-        return {code, {}};
-    }
-    removePath(staged); // it is in its file: nothing to be kept
-    return finishSinglePage(controller, page, format, path);
+    return code < 0 ? DispatchResult{code, {}} : finishSinglePage(controller, page, format, path);
 }
 
 void rememberMultiPage(AppDelegate& controller,

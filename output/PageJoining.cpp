@@ -6,6 +6,8 @@
 
 namespace paperline {
 
+std::vector<std::string> pagesLeftOut;
+
 namespace {
 
 // Retries in a row before each further one waits a little, so that waiting does not take a whole
@@ -62,13 +64,19 @@ bool joinRetrying(PageJoiner& joiner,
     return true;
 }
 
-bool joinSkipping(PageJoiner& joiner,
-                  const std::string& folder,
-                  const std::vector<std::string>& names,
-                  const JoinSteps& steps) {
-    return std::all_of(names.begin(), names.end(), [&](const std::string& name) {
-        return addEntry(joiner, folder + "/" + name, steps) != PageJoiner::Added::outputFailed;
-    });
+std::optional<std::vector<std::string>> joinSkipping(PageJoiner& joiner,
+                                                     const std::string& folder,
+                                                     const std::vector<std::string>& names,
+                                                     const JoinSteps& steps) {
+    std::vector<std::string> leftOut;
+    for (const std::string& name : names) {
+        const PageJoiner::Added result = addEntry(joiner, folder + "/" + name, steps);
+        if (result == PageJoiner::Added::outputFailed)
+            return std::nullopt;
+        if (result == PageJoiner::Added::unreadable)
+            leftOut.push_back(name);
+    }
+    return leftOut;
 }
 
 } // namespace paperline

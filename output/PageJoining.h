@@ -4,6 +4,7 @@
 #include "output/PageCodecs.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -29,10 +30,16 @@ struct JoinSteps {
                                 const std::vector<std::string>& names,
                                 const JoinSteps& steps);
 
-// The same, but an entry that cannot be loaded is left out.
-[[nodiscard]] bool joinSkipping(PageJoiner& joiner,
-                                const std::string& folder,
-                                const std::vector<std::string>& names,
-                                const JoinSteps& steps);
+// The same, but an entry that cannot be loaded is left out. The names left out; nothing when the
+// output failed.
+[[nodiscard]] std::optional<std::vector<std::string>>
+joinSkipping(PageJoiner& joiner,
+             const std::string& folder,
+             const std::vector<std::string>& names,
+             const JoinSteps& steps);
+
+// Pages of the staging folder that the last join of a multi-page file left out. They are in no
+// file, and stay where they are.
+extern std::vector<std::string> pagesLeftOut;
 
 } // namespace paperline

@@ -54,12 +54,16 @@ int32_t AppDelegate::CreatePDF(const std::string& folder, const std::string& out
                               },
                           .retrying = traced(operation, "initWithContentsOfFile continue"),
                           .added = {}};
-    const bool joined = joinSkipping(*document, folder, deepFolderEntries(folder), steps);
+    const auto leftOut = joinSkipping(*document, folder, deepFolderEntries(folder), steps);
     traceLine(operation, "writeToFile in");
-    if (joined && document->finish())
+    if (leftOut && document->finish())
         lastPageWrite = publishDocument(*this, built, outFileName);
     traceLine(operation, "writeToFile Out");
-    return lastPageWrite.result == PageWriteResult::complete ? 1 : -2;
+    if (lastPageWrite.result != PageWriteResult::complete)
+        return -2;
+    if (!leftOut->empty()) // written as it should be, but without a page
+        lastPageWrite.result = PageWriteResult::incomplete;
+    return 1;
 }
 
 int32_t AppDelegate::CreateMPDF(const std::string& folder) {

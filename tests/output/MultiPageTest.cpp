@@ -3,6 +3,8 @@
 
 #include <gmock/gmock.h>
 
+#include <unistd.h>
+
 namespace paperline {
 namespace {
 
@@ -92,6 +94,19 @@ TEST_F(MultiPage, ANameTakenDuringTheBatchGivesTheNextNumber) {
     EXPECT_EQ(controller->currentPage, 4U);
     ASSERT_THAT(saved, SizeIs(1));
     EXPECT_EQ(saved[0].path, inFolder("Image_00003.pdf"));
+}
+
+// Nobody would find a file that is there; still nothing can be put in its place.
+TEST_F(MultiPage, ALinkThatLeadsNowhereTakesItsName) {
+    for (const char* name : {"Image_00001.pdf", "Image_00002.pdf"})
+        ASSERT_EQ(symlink("nowhere", inFolder(name).c_str()), 0);
+    saveThree(formatMultiPagePdf);
+    EXPECT_TRUE(controller->joinMultiPageFile());
+    EXPECT_THAT(alerts, IsEmpty());
+    EXPECT_EQ(textOf(inFolder("Image_00003.pdf")),
+              "Image_00001.jpg\nImage_00002.jpg\nImage_00003.jpg\n");
+    EXPECT_THAT(controller->imageFilePath, Each(inFolder("Image_00003.pdf")));
+    EXPECT_EQ(controller->currentPage, 4U);
 }
 
 TEST_F(MultiPage, AVanishedFolderKeepsTheStagedPages) {
@@ -288,6 +303,102 @@ TEST_F(MultiPage, BrandsThatPatchMetadataKeepTheirPagesUnchanged) {
     saveThree(formatMultiPageTiff);
     EXPECT_TRUE(controller->joinMultiPageFile());
     EXPECT_EQ(unchanged, 1);
+}
+
+// Cannot read pages whose name holds the text.
+class PickyJoiner : public ListingJoiner {
+public:
+    PickyJoiner(std::string path, std::string refused)
+        : ListingJoiner(std::move(path)), refused_(std::move(refused)) {}
+    Added add(const std::string& pageFile) override {
+        return pageFile.ends_with(refused_) ? Added::unreadable : ListingJoiner::add(pageFile);
+    }
+
+private:
+    std::string refused_;
+};
+
+PageCodecs::JoinerFactory joinerThatRefuses(const std::string& name) {
+    return [name](const std::string& path) { return std::make_unique<PickyJoiner>(path, name); };
+}
+
+TEST_F(MultiPage, APageThatTheJoinLeavesOutIsKept) {
+    gBrandNumber = 3;
+    pageCodecs().tiffUnchanged = joinerThatRefuses("2.tif");
+    saveThree(formatMultiPageTiff);
+    EXPECT_TRUE(controller->joinMultiPageFile());
+    EXPECT_EQ(textOf(inFolder("Image_00001.tif")), "Image_00001.tif\nImage_00003.tif\n");
+    ASSERT_THAT(saved, SizeIs(1));
+    EXPECT_EQ(saved[0].pages, 2);
+    controller->keepStagedPages();
+    ASSERT_THAT(controller->keptPagesFolders, SizeIs(1));
+    const std::string kept = controller->keptPagesFolders[0];
+    EXPECT_THAT(folderEntries(kept), ElementsAre("Image_00002.tif"));
+    EXPECT_EQ(textOf(kept + "/Image_00002.tif"), "page");
+    EXPECT_THAT(folderEntries(scratchPath(stagingFolderName)), IsEmpty());
+
+    // The next batch, of another format, has nothing to do with it.
+    makeStagingFolders();
+    firstPageOfBatch = true;
+    controller->currentMultiPage = 1;
+    saveThree(formatMultiPagePdf);
+    EXPECT_TRUE(controller->joinMultiPageFile());
+    ASSERT_THAT(saved, SizeIs(2));
+    EXPECT_EQ(saved[1].pages, 3);
+    EXPECT_THAT(folderEntries(scratchPath(stagingFolderName)), IsEmpty());
+}
+
+TEST_F(MultiPage, APageThatIsInNoDocumentIsKept) {
+    pageCodecs().pdf = joinerThatRefuses(".jpg");
+    controller->profileFileformatSelect = formatPdf;
+    EXPECT_EQ(saveGrey(), 0); // the document is empty, and whole
+    EXPECT_EQ(textOf(inFolder("Image_00001.pdf")), "");
+    EXPECT_THAT(controller->imageFilePath, ElementsAre(inFolder("Image_00001.pdf")));
+    EXPECT_THAT(saved, IsEmpty());
+    ASSERT_THAT(controller->keptPagesFolders, SizeIs(1));
+    EXPECT_EQ(textOf(controller->keptPagesFolders[0] + "/Image_00001.jpg"), "page");
+    EXPECT_THAT(folderEntries(scratchPath(stagingFolderName)), IsEmpty());
+}
+
+TEST_F(MultiPage, WithoutPagesOneJoinerEndsTheScanWithoutAWord) {
+    controller->profileFileformatSelect = formatMultiPageTiff;
+    multiPageTargetPath = inFolder("Image_00001.tif");
+    EXPECT_TRUE(controller->joinMultiPageFile());
+    for (const uint32_t brand : {2U, 3U}) {
+        gBrandNumber = brand;
+        EXPECT_FALSE(controller->joinMultiPageFile());
+    }
+    EXPECT_THAT(alerts, IsEmpty());
+    EXPECT_THAT(folderEntries(folder), IsEmpty());
+}
+
+// The user's file is there; only the list's copy is not.
+TEST_F(MultiPage, ACopyForTheListThatCannotBeMadeHasTheMessageOfAFullDisk) {
+    saveThree(formatMultiPageTiff);
+    const std::string usual = multiTiffListPath;
+    multiTiffListPath = scratchPath(scratchRootName) + "/gone/Image_00001.tif";
+    EXPECT_FALSE(controller->joinMultiPageFile());
+    EXPECT_THAT(alerts, SizeIs(1));
+    EXPECT_THAT(folderEntries(folder), ElementsAre("Image_00001.tif"));
+    EXPECT_THAT(saved, SizeIs(1));
+    multiTiffListPath = usual;
+
+    makeStagingFolders();
+    firstPageOfBatch = true;
+    controller->currentMultiPage = 1;
+    saveThree(formatMultiPageTiff);
+    int joins = 0;
+    pageCodecs().tiffDeclared300Dpi =
+        [&joins](const std::string& path) -> std::unique_ptr<PageJoiner> {
+        if (++joins == 1)
+            return std::make_unique<ListingJoiner>(path);
+        return std::make_unique<FullDiskJoiner>();
+    };
+    EXPECT_FALSE(controller->joinMultiPageFile());
+    EXPECT_THAT(alerts, SizeIs(2));
+    EXPECT_THAT(saved, SizeIs(2));
+    controller->keepStagedPages();
+    EXPECT_THAT(controller->keptPagesFolders, IsEmpty()); // every page is in its file
 }
 
 } // namespace
