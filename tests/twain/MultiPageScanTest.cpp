@@ -6,6 +6,7 @@
 #include "output/PageCodecs.h"
 #include "platform/Alert.h"
 #include "platform/Files.h"
+#include "platform/Host.h"
 #include "platform/MainLoop.h"
 #include "platform/Places.h"
 
@@ -16,6 +17,7 @@
 namespace paperline::test {
 namespace {
 
+using ::testing::Contains;
 using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
@@ -162,6 +164,38 @@ TEST_F(MultiPageScanTest, KeepsStagedPagesWhenALaterPageFails) {
     EXPECT_THAT(saved, IsEmpty());
     EXPECT_EQ(controller->mScanSetup, 0);
     EXPECT_EQ(scansEnded, 1);
+}
+
+// A full disk loses the page that did not fit, and no other.
+TEST_F(MultiPageScanTest, JoinsTheOtherPagesWhenOneHasNoSpace) {
+    for (const int32_t format : {formatMultiPagePdf, formatMultiPageTiff}) {
+        for (const int fullAt : {1, 2, 3}) {
+            startOver();
+            saved.clear();
+            controller->savedFileObserver = [this](const SavedFile& file) {
+                saved.push_back(file);
+            };
+            controller->profileFileformatSelect = format;
+            connectWithPages(3);
+            int asked = 0;
+            host().freeSpaceBytes = [&](const std::string&) {
+                return std::optional<int64_t>(++asked == fullAt ? 0 : int64_t{1} << 40);
+            };
+            const uint32_t number = controller->currentPage;
+            scanAtOnce();
+            const bool isPdf = format == formatMultiPagePdf;
+            EXPECT_EQ(asked, 3);
+            EXPECT_EQ(textOf(savedPath(static_cast<int>(number), isPdf ? "pdf" : "tif")),
+                      isPdf ? "Image_00001.jpg Image_00002.jpg "
+                            : "Image_00001.tif Image_00002.tif ")
+                << "page " << fullAt;
+            ASSERT_THAT(saved, SizeIs(1));
+            EXPECT_EQ(saved[0].pages, 2);
+            EXPECT_THAT(alerts, Contains("NoEnoughDiskSpace").Times(1));
+            EXPECT_THAT(takeKeptPages(), IsEmpty());
+            EXPECT_EQ(controller->currentPage, number + 1);
+        }
+    }
 }
 
 TEST_F(MultiPageScanTest, KeepsStagedPagesWhenTheJoinFails) {
