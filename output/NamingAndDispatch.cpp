@@ -308,6 +308,7 @@ void restoreImageView(AppDelegate& controller) {
 int32_t showPageOnly(AppDelegate& controller, const ReceivedPage& page) {
     traceMark("mMenuFileSave = 0", "");
     const std::string path = scratchPath(previewName);
+    removePath(path);                        // an earlier page must not pass for this one
     (void)saveAsBmp(controller, page, path); // a preview that could not be written is not reported
     controller.deselectRows();
     dropPreview(controller);
@@ -322,7 +323,11 @@ int32_t showPageOnly(AppDelegate& controller, const ReceivedPage& page) {
         else
             controller.showActualSizeImage(lastRow);
     }
-    controller.nonFileSaveImageInTempFolder = 1;
+    // Without a file, or after too many pages of high resolution, the list does not take it. The
+    // newest path is then a saved page's, which the next page must not drop.
+    const bool isListed =
+        !controller.imageFilePath.empty() && controller.imageFilePath.back() == path;
+    controller.nonFileSaveImageInTempFolder = isListed ? 1 : 0;
     controller._selectedRaw = -1;
     return 0;
 }

@@ -11,6 +11,7 @@ namespace {
 using Dispatch = OutputTest;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::SizeIs;
 
 TEST_F(Dispatch, TheFirstPageIsNumberOneAndTheCounterMovesOn) {
     EXPECT_EQ(saveGrey(), 0);
@@ -255,7 +256,56 @@ TEST_F(Dispatch, APreviewThatCannotBeWrittenIsNotReported) {
     controller->mMenuFileSave = 0;
     freeBytes = 0;
     EXPECT_EQ(saveGrey(), 0);
-    EXPECT_THAT(controller->imageFilePath.size(), testing::Le(1U));
+    EXPECT_THAT(controller->imageFilePath, IsEmpty());
+    EXPECT_THAT(alerts, IsEmpty());
+}
+
+TEST_F(Dispatch, APreviewThatCannotBeWrittenLeavesTheListedPagesAlone) {
+    EXPECT_EQ(save(makeTestPage(40, 40, 8)), 0);
+    controller->GetImageFromImageFolder();
+    ASSERT_THAT(controller->cellInfos, SizeIs(1));
+    controller->mMenuFileSave = 0;
+    host().freeSpaceBytes = [this](const std::string& volume) {
+        return std::optional<int64_t>(volume == folder ? 0 : INT64_MAX);
+    };
+    EXPECT_EQ(saveGrey(), 0);
+    EXPECT_EQ(controller->nonFileSaveImageInTempFolder, 0);
+    host().freeSpaceBytes = [](const std::string&) { return std::optional(INT64_MAX); };
+    controller->mMenuFileSave = 1;
+    EXPECT_EQ(saveGrey(), 0);
+    EXPECT_THAT(controller->imageFilePath,
+                ElementsAre(inFolder("Image_00001.jpg"), inFolder("Image_00002.jpg")));
+    EXPECT_THAT(controller->cellInfos, SizeIs(1));
+}
+
+TEST_F(Dispatch, APreviewThatCannotBeWrittenShowsNoEarlierPage) {
+    controller->mMenuFileSave = 0;
+    EXPECT_EQ(save(makeTestPage(40, 40, 8)), 0);
+    host().freeSpaceBytes = [this](const std::string& volume) {
+        return std::optional<int64_t>(volume == folder ? 0 : INT64_MAX);
+    };
+    EXPECT_EQ(save(makeTestPage(40, 40, 8)), 0);
+    EXPECT_THAT(controller->imageFilePath, IsEmpty());
+    EXPECT_THAT(controller->cellInfos, IsEmpty());
+    EXPECT_FALSE(fileExists(scratchPath(previewName)));
+}
+
+TEST_F(Dispatch, APreviewAfterTooManyPagesOfHighResolutionLeavesTheListedPagesAlone) {
+    EXPECT_EQ(save(makeTestPage(40, 40, 8)), 0);
+    controller->GetImageFromImageFolder();
+    gHighResolutionScan = true;
+    gHighResolutionPageCount = 50;
+    controller->mMenuFileSave = 0;
+    EXPECT_EQ(saveGrey(), 0);
+    EXPECT_THAT(alerts, SizeIs(1)) << "the page cannot be shown";
+    gHighResolutionScan = false;
+    gHighResolutionPageCount = 0;
+    gNoDisplayImageShown = 0;
+    controller->mMenuFileSave = 1;
+    EXPECT_EQ(saveGrey(), 0);
+    EXPECT_THAT(controller->imageFilePath,
+                ElementsAre(inFolder("Image_00001.jpg"), inFolder("Image_00002.jpg")));
+    EXPECT_THAT(controller->cellInfos, SizeIs(1));
 }
 
 TEST_F(Dispatch, AResolutionBelowOneCountsAs72) {
