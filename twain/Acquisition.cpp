@@ -4,8 +4,11 @@
 
 #include "app/CvOutputLog.h"
 #include "platform/Files.h"
+#include "platform/Host.h"
+#include "twain/PageTransfer.h"
 #include "twain/SessionNumber.h"
 #include "twain/TWAINHandler.h"
+#include "ui/SaveFolderChoice.h"
 #include "ui/SaveFolderTextField.h"
 
 namespace paperline {
@@ -92,13 +95,14 @@ void setFolderFieldText(AppDelegate& controller, const std::string& text) {
         controller.currentSaveFolder->setText(QString::fromStdString(text));
 }
 
-// The field decides; an empty one shows the stored folder.
+// The field decides; an empty one shows the stored folder. Pages never go to where the program
+// happens to have been started.
 void syncFolderWithField(AppDelegate& controller) {
     const std::string text = folderFieldText(controller);
-    if (text.empty())
+    controller.profileFolderName =
+        absoluteFolderText(text.empty() ? controller.profileFolderName : text, host().homeFolder());
+    if (controller.profileFolderName != text)
         setFolderFieldText(controller, controller.profileFolderName);
-    else
-        controller.profileFolderName = text;
 }
 
 // The whole text is created as a folder too, template included.

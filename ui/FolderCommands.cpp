@@ -4,6 +4,7 @@
 #include "app/CvOutputLog.h"
 #include "platform/Desktop.h"
 #include "platform/Files.h"
+#include "platform/Host.h"
 #include "platform/MainLoop.h"
 #include "ui/MenuText.h"
 #include "ui/SaveFolderChoice.h"
@@ -38,7 +39,8 @@ void AppDelegate::toolBarItemFolderSelect(QObject*) {
     TraceScope trace("toolBarItemFolderSelect");
     if (currentSaveFolder == nullptr)
         return;
-    const std::string current = currentSaveFolder->folderText();
+    const std::string current =
+        absoluteFolderText(currentSaveFolder->folderText(), host().homeFolder());
     const bool nameComesFromField = SelectFolderAutoDetectFlag != 0;
     if (nameComesFromField)
         saveImageName = nameToCarryOver(current);
@@ -58,7 +60,8 @@ void AppDelegate::openSaveFolder(QObject*) {
     TraceScope trace("openSaveFolder");
     const std::string text =
         currentSaveFolder != nullptr ? currentSaveFolder->folderText() : profileFolderName;
-    const std::string folder = nearestFolder(folderOfPages(text, SelectFolderAutoDetectFlag != 0));
+    const std::string folder = nearestFolder(folderOfPages(
+        absoluteFolderText(text, host().homeFolder()), SelectFolderAutoDetectFlag != 0));
     if (!folder.empty() && desktop().openFolder)
         desktop().openFolder(folder);
 }

@@ -4,6 +4,17 @@
 
 namespace paperline {
 
+std::string absoluteFolderText(const std::string& folderText, const std::string& homeFolder) {
+    if (folderText.empty() || folderText.front() == '/')
+        return folderText;
+    std::string below = "/" + folderText;
+    if (folderText == "~")
+        below = "/";
+    else if (folderText.starts_with("~/"))
+        below = folderText.substr(1);
+    return homeFolder == "/" ? below : homeFolder + below;
+}
+
 std::string nameToCarryOver(const std::string& folderText) {
     if (folderText.ends_with('/'))
         return "Image";

@@ -5,6 +5,10 @@
 
 namespace paperline {
 
+// The text as an absolute path: "~" is the home folder, and a text that does not start with "/"
+// counts from there too. An empty text stays empty.
+std::string absoluteFolderText(const std::string& folderText, const std::string& homeFolder);
+
 // The last part of the field's text is the template of file names; a text ending in "/" has none.
 // Choosing another folder carries the last part over to it ("Image" when there is none).
 std::string nameToCarryOver(const std::string& folderText);

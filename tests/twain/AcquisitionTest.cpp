@@ -53,6 +53,22 @@ TEST_F(AcquisitionTest, TakesTheFolderFromTheField) {
     EXPECT_TRUE(folderExists(folder + "/Letters/Page")) << "the whole text becomes a folder";
 }
 
+TEST_F(AcquisitionTest, CountsATextThatIsNoAbsolutePathFromTheHomeFolder) {
+    connectWithPages(0);
+    host().homeFolder = [this] { return folder; };
+    for (const char* text : {"~/Letters/Page", "Letters/Page"}) {
+        folderField.setText(text);
+        controller->toolBarItemScan(nullptr);
+        EXPECT_EQ(controller->createFolerprofileFolderName, folder + "/Letters") << text;
+        EXPECT_EQ(controller->saveImageName, "Page");
+        EXPECT_EQ(controller->profileFolderName, folder + "/Letters/Page");
+        EXPECT_EQ(folderField.folderText(), folder + "/Letters/Page") << "the field shows where";
+        controller->closeRequest(nullptr);
+    }
+    EXPECT_FALSE(fileExists("~"));
+    EXPECT_FALSE(fileExists("Letters"));
+}
+
 TEST_F(AcquisitionTest, ExpandsTheTemplateOnce) {
     connectWithPages(0);
     host().secondsSinceEpoch = [] { return 1768560000.0; }; // 16 January 2026

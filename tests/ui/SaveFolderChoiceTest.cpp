@@ -5,6 +5,22 @@
 namespace paperline {
 namespace {
 
+TEST(AbsoluteFolderText, LeavesAnAbsolutePathAlone) {
+    EXPECT_EQ(absoluteFolderText("/data/Scans/Image", "/home/kai"), "/data/Scans/Image");
+    EXPECT_EQ(absoluteFolderText("/", "/home/kai"), "/");
+    EXPECT_EQ(absoluteFolderText("", "/home/kai"), "");
+}
+
+TEST(AbsoluteFolderText, CountsEveryOtherTextFromTheHomeFolder) {
+    EXPECT_EQ(absoluteFolderText("~/Documents/Image", "/home/kai"), "/home/kai/Documents/Image");
+    EXPECT_EQ(absoluteFolderText("~/", "/home/kai"), "/home/kai/");
+    EXPECT_EQ(absoluteFolderText("~", "/home/kai"), "/home/kai/");
+    EXPECT_EQ(absoluteFolderText("Image", "/home/kai"), "/home/kai/Image");
+    EXPECT_EQ(absoluteFolderText("Scans/", "/home/kai"), "/home/kai/Scans/");
+    EXPECT_EQ(absoluteFolderText("~kai/Image", "/home/kai"), "/home/kai/~kai/Image");
+    EXPECT_EQ(absoluteFolderText("Scans/Image", "/"), "/Scans/Image");
+}
+
 TEST(NameToCarryOver, IsTheLastPartOfTheFolderText) {
     EXPECT_EQ(nameToCarryOver("/home/kai/Documents/Invoices"), "Invoices");
 }
