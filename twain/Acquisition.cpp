@@ -218,6 +218,9 @@ void AppDelegate::xferReady(QObject*) {
 
 void AppDelegate::closeRequest(QObject*) {
     TraceScope trace("closeRequest");
+    if (gTWAINHandler == nullptr) // the session ended before the message came
+        return;
+    discardWaitingPage(*gTWAINHandler);
     gTWAINHandler->DisableDS(nullptr);
     gTWAINHandler->CloseDS();
     // The dialog may have changed the language.

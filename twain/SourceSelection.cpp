@@ -24,8 +24,8 @@ namespace paperline {
 TWAINHandler* gTWAINHandler = nullptr;
 
 void endTwainSession() {
-    if (gTWAINHandler != nullptr && gTWAINHandler->dsEnabled && takeTransferReady())
-        discardPendingPages(*gTWAINHandler);
+    if (gTWAINHandler != nullptr)
+        discardWaitingPage(*gTWAINHandler);
     delete gTWAINHandler;
     gTWAINHandler = nullptr;
 }

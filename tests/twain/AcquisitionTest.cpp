@@ -316,6 +316,17 @@ TEST_F(AcquisitionTest, ScansOnceHoweverOftenTheSourceSaysReady) {
     EXPECT_THAT(dsm.sequenceErrors(), IsEmpty());
 }
 
+TEST_F(AcquisitionTest, IgnoresMessagesThatComeAfterTheSession) {
+    connectWithPages(1);
+    controller->toolBarItemScan(nullptr);
+    dsm.send(twain::MSG_CLOSEDSREQ);
+    endTwainSession();
+    dsm.forgetCalls();
+    runFor(200);
+    EXPECT_THAT(dsm.calls(), IsEmpty());
+    EXPECT_EQ(scansEnded, 0);
+}
+
 TEST_F(AcquisitionTest, TakesMessagesFromAnotherThread) {
     connectWithPages(2);
     dsm.sources[0].readyFrom = ReadyFrom::otherThread;
@@ -335,6 +346,39 @@ TEST_F(AcquisitionTest, StaysEnabledWhenTheSourceNeverCallsBack) {
     EXPECT_TRUE(dsm.isSourceEnabled());
     dsm.send(twain::MSG_CLOSEDSREQ);
     ASSERT_TRUE(runUntilScanEnds());
+    expectIdle();
+}
+
+TEST_F(AcquisitionTest, DiscardsThePageOfASourceThatWantsToBeClosedFirst) {
+    connectWithPages(2);
+    dsm.intercept = [this](const Triplet& triplet, TW_MEMREF) -> std::optional<uint16_t> {
+        if (triplet == enableDs)
+            dsm.send(twain::MSG_CLOSEDSREQ); // and then that a page is ready
+        return std::nullopt;
+    };
+    controller->toolBarItemScan(nullptr);
+    ASSERT_TRUE(runUntilScanEnds());
+    EXPECT_THAT(dsm.names(),
+                ElementsAre("CONTROL/IDENTITY/OPENDS",
+                            "CONTROL/USERINTERFACE/ENABLEDS",
+                            "CONTROL/PENDINGXFERS/RESET",
+                            "CONTROL/USERINTERFACE/DISABLEDS",
+                            "CONTROL/IDENTITY/CLOSEDS"));
+    EXPECT_THAT(dsm.sequenceErrors(), IsEmpty());
+    expectIdle();
+}
+
+TEST_F(AcquisitionTest, ClosesTheSettingsDialogOfASourceThatHasAPage) {
+    connectWithPages(1);
+    dsm.intercept = [this](const Triplet& triplet, TW_MEMREF) -> std::optional<uint16_t> {
+        if (triplet == enableDsUiOnly)
+            dsm.send(twain::MSG_XFERREADY);
+        return std::nullopt;
+    };
+    dsm.sources[0].setupAnswer = twain::MSG_CLOSEDSOK;
+    controller->toolBarItemSetup(nullptr);
+    ASSERT_TRUE(runUntilScanEnds());
+    EXPECT_EQ(dsm.count(resetXfer), 1U);
     expectIdle();
 }
 
