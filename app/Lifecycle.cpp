@@ -285,8 +285,8 @@ void AppDelegate::windowWillClose() {
 
 void AppDelegate::applicationWillTerminate() {
     TraceScope trace("applicationWillTerminate");
-    // A failed launch and the command line leave the settings as they are.
-    if (launchAborted || launchOptions_.commandLine)
+    // A failed launch, one that never began and the command line leave the settings as they are.
+    if (launchAborted || mCurrentPath.empty() || launchOptions_.commandLine)
         return;
     writeSettingsAtTermination();
     ReadWriteDSLanguageSetting(2, true);

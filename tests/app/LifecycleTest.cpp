@@ -15,10 +15,14 @@
 #include <QMainWindow>
 #include <QMenu>
 #include <QScreen>
+#include <QScrollArea>
+#include <QTableView>
 #include <QTimer>
 #include <QToolBar>
 
 #include <gmock/gmock.h>
+
+#include <algorithm>
 
 namespace paperline::test {
 namespace {
@@ -83,6 +87,70 @@ TEST_F(LifecycleTest, WritesNoSettingsWithoutASource) {
     ASSERT_TRUE(launch());
     closeAndEnd();
     EXPECT_FALSE(fileExists(settingsFile()));
+}
+
+TEST_F(LifecycleTest, StartsWithItsDefaults) {
+    addSource("Scanner One");
+    controller = std::make_unique<AppDelegate>();
+    AppDelegate& made = *controller;
+    made._selectedRaw = made._fitOrAcutalImage = made.mMenuFileSave = 7;
+    made._FloppySwitchON = made.firstFitImage = made.nonFileSaveImageInTempFolder = 7;
+    made.changeThumbnailSelect = made.mNeedSetImage = 7;
+    made.mSourceDSSelect = made.currentPage = 7;
+    made.imageFilePath = {"stale"};
+    QApplication::setWindowIcon({});
+    ASSERT_EQ(made.init(), &made);
+    EXPECT_EQ(made._selectedRaw, -1);
+    EXPECT_EQ(made._fitOrAcutalImage, 1);
+    EXPECT_EQ(made._FloppySwitchON, 1);
+    EXPECT_EQ(made.mSourceDSSelect, UINT32_MAX);
+    EXPECT_EQ(made.currentPage, 1U);
+    EXPECT_THAT(made.imageFilePath, IsEmpty());
+    EXPECT_EQ(made.mCurrentPath, bundle);
+    EXPECT_EQ(made.mResourcePath, bundle + "/Contents/Resources");
+    EXPECT_EQ(made.mMenuFileSave, 1);
+    EXPECT_EQ(made.firstFitImage, 0);
+    EXPECT_EQ(made.nonFileSaveImageInTempFolder, 0);
+    EXPECT_EQ(made.changeThumbnailSelect, 0);
+    EXPECT_EQ(made.mNeedSetImage, 1);
+    EXPECT_EQ(made.mVersionMajor, 12);
+    EXPECT_EQ(made.mVersionMinor, 5);
+    EXPECT_FALSE(launchAborted);
+    EXPECT_FALSE(QApplication::windowIcon().isNull());
+    EXPECT_THAT(made.dsArray, ::testing::SizeIs(1));
+}
+
+TEST_F(LifecycleTest, ShowsItsWindowAsItIsToBe) {
+    addSource("Scanner One");
+    controller = std::make_unique<AppDelegate>();
+    AppDelegate& made = *controller;
+    ASSERT_EQ(made.init(), &made);
+    made.loadInterface();
+    made.cellInfos.resize(3);
+    made.applicationWillFinishLaunching();
+    EXPECT_THAT(made.cellInfos, IsEmpty());
+    EXPECT_FALSE(made.paperlineToolbar->isMovable());
+    EXPECT_EQ(made.paperlineToolbar->contextMenuPolicy(), Qt::PreventContextMenu);
+    made.cellInfoImages.resize(2);
+    made.showImageScrollView->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+    made.showImageScrollView->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+    launchAborted = true;
+    made.applicationDidFinishLaunching();
+    EXPECT_FALSE(launchAborted) << "what an earlier launch left";
+    EXPECT_THAT(made.cellInfoImages, IsEmpty());
+    EXPECT_EQ(made.showImageScrollView->horizontalScrollBarPolicy(), Qt::ScrollBarAlwaysOff);
+    EXPECT_EQ(made.showImageScrollView->verticalScrollBarPolicy(), Qt::ScrollBarAlwaysOff);
+    EXPECT_EQ(made.saveRect.width, made.orgRect.width);
+    EXPECT_EQ(made.paperlineToolbar_FileFormatsCombox->currentIndex(), 1);
+}
+
+// Told to end before it could begin, it knows neither settings nor their place.
+TEST_F(LifecycleTest, WritesNoSettingsWithoutALaunch) {
+    const std::string own = userDataFolder() + "/Contents/MACOS/CvPaperline_lng.plist";
+    writeTextFile(own, "the settings of the last time");
+    controller = std::make_unique<AppDelegate>();
+    controller->applicationWillTerminate();
+    EXPECT_EQ(textOfFile(own), "the settings of the last time");
 }
 
 TEST_F(LifecycleTest, OpensTheOnlySourceWithoutAsking) {
@@ -162,6 +230,10 @@ TEST_F(LifecycleTest, PreselectsTheRememberedSource) {
     whenAsked([](AppDelegate& asked) {
         EXPECT_EQ(asked.mSourceDSDefault, 1U);
         EXPECT_EQ(asked.mSourceDSSelect, 1U);
+        const QTableView* table = asked._tableViewSelectSource;
+        EXPECT_EQ(table->currentIndex().row(), 1);
+        EXPECT_EQ(table->currentIndex().column(), std::min(2, table->model()->columnCount() - 1));
+        EXPECT_TRUE(table->styleSheet().contains("gridline-color: blue"));
         asked.doBtnOK(nullptr);
     });
     ASSERT_TRUE(launch());
