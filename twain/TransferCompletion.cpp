@@ -6,6 +6,7 @@
 #include "output/BmpFile.h"
 #include "output/FileFormats.h"
 #include "output/PageNaming.h"
+#include "platform/Alert.h"
 #include "platform/Desktop.h"
 #include "platform/Files.h"
 #include "platform/Host.h"
@@ -15,7 +16,10 @@
 #include "twain/PageTransfer.h"
 #include "twain/TWAINHandler.h"
 
+#include <algorithm>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace paperline {
 
@@ -31,9 +35,10 @@ constexpr int32_t notEnoughSpace = -2;
 struct Batch {
     int32_t saveResult = 0; // of the last page: 0 or more, or one of the codes above
     uint64_t copiedBytes = 0;
-    uint32_t pageNumber = 0;    // from 1, saved or not
-    bool endFailed = false;     // the source could not end a page
-    bool isInterrupted = false; // the application is to end, and there were more pages
+    uint32_t pageNumber = 0;                 // from 1, saved or not
+    bool endFailed = false;                  // the source could not end a page
+    bool isInterrupted = false;              // the application is to end, and there were more pages
+    std::vector<std::string> unwrittenPages; // their writer's code says saved, the disk does not
     PageBuffers buffers;
     PageGuard guard;
 };
@@ -100,6 +105,31 @@ void reportUnsavedPage(AppDelegate& controller, int32_t result) {
     }
 }
 
+// Staged pages have a code that tells, pages that are only shown go nowhere.
+void noteUnwrittenPage(const AppDelegate& controller, Batch& batch) {
+    const FileFormat* format = fileFormatOf(controller.profileFileformatSelect);
+    const bool goesIntoFolder =
+        format != nullptr && !format->isMultiPage && controller.mMenuFileSave != 0;
+    if (goesIntoFolder && controller.lastPageWrite.result != PageWriteResult::complete)
+        batch.unwrittenPages.push_back(controller.lastPageWrite.path);
+}
+
+// Once a scan: no page of it may be missing without a word. The command line has its own.
+void tellUnwrittenPages(const AppDelegate& controller, const std::vector<std::string>& pages) {
+    constexpr size_t mostNamed = 10;
+    if (pages.empty() || controller.launchOptions().commandLine)
+        return;
+    std::string names;
+    for (size_t page = 0; page < std::min(pages.size(), mostNamed); ++page)
+        names += (page == 0 ? "" : "\n") + pages[page];
+    if (pages.size() > mostNamed)
+        names += "\n…";
+    runAlertPanel({.title = " ",
+                   .message = localizedString(gLanguageBundle, "NoSaveImage"),
+                   .informativeText = names,
+                   .defaultButton = ""});
+}
+
 // The command line lists no pages, so that no page can be left out of its list.
 void keepMemoryForDisplay(AppDelegate& controller, uint64_t copiedBytes) {
     if (controller.launchOptions().commandLine)
@@ -132,6 +162,7 @@ void savePage(AppDelegate& controller, Batch& batch, const PageFacts& page) {
     if (batch.saveResult < 0) {
         reportUnsavedPage(controller, batch.saveResult);
     } else {
+        noteUnwrittenPage(controller, batch);
         keepMemoryForDisplay(controller, batch.copiedBytes);
         if (!isMultiPageFormat(controller.profileFileformatSelect) && controller.mMenuFileSave != 0)
             showNewPages(controller);
@@ -249,6 +280,7 @@ void AppDelegate::completeMemoryXfer() {
         showResults(*this);
     keepStagedPages(); // what did not get into its file
     tellKeptPages();
+    tellUnwrittenPages(*this, batch.unwrittenPages);
     endScan();
 }
 

@@ -1,11 +1,13 @@
 #include "SessionFixture.h"
 
+#include "platform/Alert.h"
 #include "platform/Files.h"
 #include "platform/Host.h"
 #include "twain/TWAINHandler.h"
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <unistd.h>
 
 namespace paperline::test {
@@ -305,6 +307,59 @@ TEST_F(TransferCompletionTest, DiscardsNothingWhenOnlySpaceWasMissing) {
 }
 
 // --- sources that never end ---
+// Writers of pictures call a page saved whatever became of its file.
+TEST_F(TransferCompletionTest, NamesThePagesThatAreOnNoDisk) {
+    connectWithGoodPages(3);
+    std::string named;
+    setAlertPresenter([&](const Alert& alert) {
+        alerts.push_back(alert.message);
+        named = alert.informativeText;
+        EXPECT_EQ(alert.title, " ");
+        EXPECT_FALSE(dsm.isSourceOpen()) << "once, when the scan is over";
+        return alertDefaultReturn;
+    });
+    controller->profileFileformatSelect = 1;
+    int pages = 0;
+    dsm.intercept = [&](const Triplet& triplet, TW_MEMREF) {
+        if (triplet == imageInfo)
+            controller->createFolerprofileFolderName = ++pages == 2 ? folder : folder + "/nowhere";
+        return std::optional<uint16_t>();
+    };
+    scanAtOnce();
+    EXPECT_THAT(alerts, ElementsAre("NoSaveImage"));
+    EXPECT_EQ(named, folder + "/nowhere/Image_00001.jpg\n" + folder + "/nowhere/Image_00003.jpg");
+    EXPECT_THAT(controller->imageFilePath, ElementsAre(savedPath(2, "jpg")));
+    EXPECT_EQ(dsm.count(resetXfer), 0U) << "the scan went on";
+    expectIdle();
+}
+
+TEST_F(TransferCompletionTest, NamesTenSuchPagesAtTheMost) {
+    connectWithGoodPages(12);
+    std::string named;
+    setAlertPresenter([&named](const Alert& alert) {
+        named = alert.informativeText;
+        return alertDefaultReturn;
+    });
+    controller->profileFileformatSelect = 1;
+    controller->createFolerprofileFolderName = folder + "/nowhere";
+    scanAtOnce();
+    EXPECT_EQ(std::count(named.begin(), named.end(), '\n'), 10);
+    EXPECT_TRUE(named.ends_with("/Image_00010.jpg\n…")) << named;
+}
+
+TEST_F(TransferCompletionTest, SaysNothingOfPagesThatWereNotToBeSaved) {
+    connectWithGoodPages(2);
+    controller->profileFileformatSelect = 1;
+    controller->mMenuFileSave = 0;
+    host().freeSpaceBytes = [](const std::string&) { return std::optional<int64_t>(0); };
+    scanAtOnce(); // not even the preview could be written
+    controller->mMenuFileSave = 1;
+    controller->profileFileformatSelect = 42; // no format: no file
+    controller->lastPageWrite = {PageWriteResult::notOpened, "of an earlier page"};
+    scanAtOnce();
+    EXPECT_THAT(alerts, IsEmpty());
+}
+
 
 TEST_F(TransferCompletionTest, EndsAPageOfStripsWithoutRows) {
     ScriptedPage endless{.info = grey, .strips = {{.yOffset = 0, .rows = 0, .bytesPerRow = 10}}};
@@ -395,6 +450,11 @@ TEST_F(TransferCompletionTest, TheCommandLineSaysNothingAboutPagesThatNobodySees
     EXPECT_THAT(alerts, IsEmpty());
     EXPECT_THAT(controller->imageFilePath, ElementsAre(savedPath(1), savedPath(2)));
 }
+    // It counts the pages that are on no disk itself.
+    controller->profileFileformatSelect = 1;
+    controller->createFolerprofileFolderName = folder + "/nowhere";
+    scanAtOnce();
+    EXPECT_THAT(alerts, IsEmpty());
 
 TEST_F(TransferCompletionTest, LooksAtMemoryOnlyBelowItsThreshold) {
     controller->TwainInit();
