@@ -1,8 +1,11 @@
 #include "platform/TwainRecords.h"
 
+#include "platform/Utf.h"
+
 #include <algorithm>
 #include <cstring>
 #include <iterator>
+#include <string>
 #include <string_view>
 
 namespace paperline {
@@ -25,8 +28,33 @@ std::string_view textOf(const char* field, size_t size) {
     return {field, ::strnlen(field, size)};
 }
 
+std::string latin1AsUtf8(std::string_view text) {
+    std::string utf8;
+    for (const char letter : text) {
+        const auto code = static_cast<uint8_t>(letter);
+        if (code < 0x80) {
+            utf8 += letter;
+        } else {
+            utf8 += static_cast<char>(0xc0U | code >> 6U);
+            utf8 += static_cast<char>(0x80U | (code & 0x3fU));
+        }
+    }
+    return utf8;
+}
+
+// The standard names no encoding. UTF-8 that a source cut off at the field's end loses the torn
+// character; what is no UTF-8 at all is taken for Latin-1.
+std::string asUtf8(std::string_view text) {
+    constexpr size_t fullField = sizeof(abi::Str32) - 2; // 32 characters, and zeros to even length
+    constexpr size_t longestTear = 3;
+    for (size_t torn = 0; torn <= (text.size() >= fullField ? longestTear : 0); ++torn)
+        if (const std::string_view whole = text.substr(0, text.size() - torn); isValidUtf8(whole))
+            return std::string(whole);
+    return latin1AsUtf8(text);
+}
+
 TW_STR32 fromStandard(const abi::Str32& text) {
-    return TW_STR32::from(textOf(text, sizeof(text)));
+    return TW_STR32::from(asUtf8(textOf(text, sizeof(text))));
 }
 
 // Both layouts name their fields alike.

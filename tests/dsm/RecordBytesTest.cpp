@@ -112,6 +112,29 @@ TEST(RecordBytes, IdentityEndsTextThatIsTooLong) {
     EXPECT_EQ(name.text(), std::string(33, 'z'));
 }
 
+std::string nameFromStandard(const std::string& bytes) {
+    abi::Identity standard{};
+    std::memcpy(standard.ProductName, bytes.data(), std::min(bytes.size(), sizeof(abi::Str32)));
+    return fromStandard(standard).ProductName.text();
+}
+
+TEST(RecordBytes, TextThatIsNoUtf8IsTakenForLatin1) {
+    EXPECT_EQ(nameFromStandard("Stra\xdf"
+                               "e \xae"),
+              "Straße ®");
+    EXPECT_EQ(nameFromStandard("Straße ®"), "Straße ®");
+    EXPECT_EQ(nameFromStandard("\xff\x80"), "ÿ\xc2\x80");
+    // What grows beyond the field is cut before a character.
+    EXPECT_EQ(nameFromStandard(std::string(33, '\xe9')), nameFromStandard(std::string(16, '\xe9')));
+}
+
+TEST(RecordBytes, TextCutOffInsideACharacterLosesItOnly) {
+    EXPECT_EQ(nameFromStandard(std::string(30, 'x') + "ä漢"), std::string(30, 'x') + "ä");
+    EXPECT_EQ(nameFromStandard(std::string(32, 'x') + "ä"), std::string(32, 'x'));
+    EXPECT_EQ(nameFromStandard(std::string(30, 'x') + "\xf0\x9f\x98"), std::string(30, 'x'));
+    EXPECT_EQ(nameFromStandard("short \xe9"), "short é") << "a field with room is not cut off";
+}
+
 TEST(RecordBytes, IdentityTakesOnlyTheLowHalfOfAWideNumber) {
     TW_IDENTITY own{};
     own.Id = 0xffffffff00000007;
