@@ -53,6 +53,26 @@ uint8_t* takeSpareMemory(size_t byteCount) {
     return std::exchange(spareMemory, nullptr);
 }
 
+// Where the fields of both headers start. The reserved ones stay zero, as does biCompression.
+enum Field : size_t {
+    bfType = 0,
+    bfSize = 2,
+    bfReserved1 = 6,
+    bfReserved2 = 8,
+    bfOffBits = 10,
+    biSize = 14,
+    biWidth = 18,
+    biHeight = 22,
+    biPlanes = 26,
+    biBitCount = 28,
+    biCompression = 30,
+    biSizeImage = 34,
+    biXPelsPerMeter = 38,
+    biYPelsPerMeter = 42,
+    biClrUsed = 46,
+    biClrImportant = 50,
+};
+
 class RecordWriter {
 public:
     explicit RecordWriter(BmpHeaderRecord& record) : record_(record) {}
@@ -86,8 +106,10 @@ uint32_t pelsPerMetre(uint32_t dpi) {
 }
 
 uint32_t heightOf(const BmpHeaderRecord& header) {
-    return static_cast<uint32_t>(header[22]) | static_cast<uint32_t>(header[23]) << 8 |
-           static_cast<uint32_t>(header[24]) << 16 | static_cast<uint32_t>(header[25]) << 24;
+    const auto byteAt = [&header](size_t index) {
+        return static_cast<uint32_t>(header[biHeight + index]);
+    };
+    return byteAt(0) | byteAt(1) << 8 | byteAt(2) << 16 | byteAt(3) << 24;
 }
 
 // As "wb" opens it, but through no link that a stranger laid into a shared folder.
@@ -120,19 +142,19 @@ BmpHeaderRecord makeBmpHeader(const BmpPageLayout& page, uint32_t xResDpi, uint3
 
     BmpHeaderRecord record{};
     RecordWriter fields(record);
-    fields.word(0, 0x4D42);
-    fields.doubleWord(2, headerBytes + uint64_t{pixelOffset} + imageBytes);
-    fields.doubleWord(10, pixelOffset);
-    fields.doubleWord(14, 40);
-    fields.doubleWord(18, static_cast<uint32_t>(page.pixelsWide));
-    fields.doubleWord(22, static_cast<uint32_t>(page.pixelsHigh));
-    fields.word(26, 1);
-    fields.word(28, static_cast<uint64_t>(page.bitsPerPixel));
-    fields.doubleWord(34, imageBytes);
-    fields.doubleWord(38, pelsPerMetre(xResDpi));
-    fields.doubleWord(42, pelsPerMetre(yResDpi));
-    fields.doubleWord(46, coloursUsed);
-    fields.doubleWord(50, page.bitsPerPixel == 1 ? 2 : 0);
+    fields.word(bfType, 0x4D42);
+    fields.doubleWord(bfSize, headerBytes + uint64_t{pixelOffset} + imageBytes);
+    fields.doubleWord(bfOffBits, pixelOffset);
+    fields.doubleWord(biSize, 40);
+    fields.doubleWord(biWidth, static_cast<uint32_t>(page.pixelsWide));
+    fields.doubleWord(biHeight, static_cast<uint32_t>(page.pixelsHigh));
+    fields.word(biPlanes, 1);
+    fields.word(biBitCount, static_cast<uint64_t>(page.bitsPerPixel));
+    fields.doubleWord(biSizeImage, imageBytes);
+    fields.doubleWord(biXPelsPerMeter, pelsPerMetre(xResDpi));
+    fields.doubleWord(biYPelsPerMeter, pelsPerMetre(yResDpi));
+    fields.doubleWord(biClrUsed, coloursUsed);
+    fields.doubleWord(biClrImportant, page.bitsPerPixel == 1 ? 2 : 0);
     fillPalette(fields, page.bitsPerPixel);
     return record;
 }
