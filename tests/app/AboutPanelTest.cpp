@@ -98,6 +98,14 @@ TEST_F(AboutPanelTest, FollowsTheClock) {
     EXPECT_EQ(alerts_[0].informativeText, "Copyright (c) 2027 Hastell. All rights reserved");
 }
 
+TEST_F(AboutPanelTest, HasTheCalendarsYearAndNotTheWeeks) {
+    now_ = 1798718400; // 31 December 2026, in the first week of 2027 by American weeks
+    host().localeIdentifier = [] { return std::string("en_US"); };
+    controller_->orderFrontStandardAboutPanel(nullptr);
+    ASSERT_EQ(alerts_.size(), 1U);
+    EXPECT_EQ(alerts_[0].informativeText, "Copyright (c) 2026 Hastell. All rights reserved");
+}
+
 TEST_F(AboutPanelTest, HasTheYearInAnyLocale) {
     for (const char* locale : {"ar_EG", "fa_IR", "th_TH", "ja_JP"}) {
         host().localeIdentifier = [locale] { return std::string(locale); };

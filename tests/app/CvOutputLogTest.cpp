@@ -89,6 +89,23 @@ TEST_F(CvOutputLogTest, TakesTheLastLevelAndKeepsToTheLetterCase) {
     EXPECT_EQ(log_.debugLevel, 2);
 }
 
+TEST_F(CvOutputLogTest, SplitsLinesAtBlanksAndReadsLongOnesInPieces) {
+    const auto levelOf = [this](const std::string& text) {
+        switchOn(text);
+        log_.setDebugLevelAndCreateLogFile();
+        return log_.debugLevel;
+    };
+    EXPECT_EQ(levelOf("  DebugLevel \t 3 and more\r\n"), 3);
+    EXPECT_EQ(levelOf("DebugLevel 2"), 2); // no line feed
+    EXPECT_EQ(levelOf("\n\nDebugLevel 1\n\n"), 1);
+    EXPECT_EQ(levelOf("DebugLevel\n"), 0);
+    EXPECT_EQ(levelOf("DebugLevelX 4\n"), 0);
+    EXPECT_EQ(levelOf(std::string(2000, 'x') + " 9\nDebugLevel 2\n"), 2);
+    EXPECT_EQ(levelOf(std::string(1023, ' ') + "DebugLevel 2\n"), 2); // the second read
+    EXPECT_EQ(levelOf(std::string(1000, ' ') + "DebugLevel 2\n"), 2);
+    EXPECT_EQ(levelOf(std::string(1018, ' ') + "DebugLevel 2\n"), 0); // torn into two words
+}
+
 TEST_F(CvOutputLogTest, NeverWritesAtANegativeLevel) {
     switchOn("DebugLevel -1\n");
     log_.setDebugLevelAndCreateLogFile();

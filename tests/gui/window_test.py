@@ -201,6 +201,35 @@ class FolderAndOptions(WindowTest):
         self.assertEqual(read_plist(self.tree.settings_file)[self.home.profile_key()]["SavePath"],
                          f"{self.home.folder}/Typed/Image")
 
+    def test_a_folder_may_be_typed_from_home(self):
+        program = self.started()
+        program.click(self.field(program))
+        program.key("ctrl+a")
+        program.type("~/Typed/Page")
+        self.scan(program, rows=2)
+        self.assertEqual(sorted(path.name for path in (self.home.folder / "Typed").glob("*.jpg")),
+                         ["Page_00001.jpg", "Page_00002.jpg"])
+        self.assertEqual(self.field(program).text, f"{self.home.folder}/Typed/Page")
+
+    def test_pages_that_no_disk_takes_are_named(self):
+        blocked = self.home.folder / "blocked"
+        blocked.write_text("a file in the folder's place")
+        program = self.started()
+        program.click(self.field(program))
+        program.key("ctrl+a")
+        program.type(f"{blocked}/Image")
+        program.click(program.find(role="push button", name="Scan"))
+        alert = program.window("alert", "a message shows", 60)
+        words = "\n".join(control.name for control in alert.walk())
+        self.assertIn("The page could not be saved.", words)
+        for number in (1, 2):
+            self.assertIn(f"{blocked}/Image_{number:05d}.jpg", words)
+        program.focus_window("alert")
+        program.key("Return")
+        self.wait_idle(program)
+        self.assertEqual(program.find(role="table").rows, 0)
+        self.close(program)
+
     def test_saved_files_are_revealed_on_wish(self):
         manager = driver.FileManager()
         self.addCleanup(manager.leave)

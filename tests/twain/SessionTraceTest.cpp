@@ -8,6 +8,8 @@
 
 #include <gmock/gmock.h>
 
+#include <tuple>
+
 namespace paperline::test {
 namespace {
 
@@ -102,6 +104,18 @@ TEST_F(SessionTraceTest, TellsOfTheFolderAtTheStartOfAScan) {
                               "    1: createDirectoryAtPath tmpFolderName"}));
 }
 
+TEST_F(SessionTraceTest, MakesNoFolderThatIsThere) {
+    addSource();
+    connect();
+    takeTrace();
+    folderField.setFolderText(folder + "/");
+    controller->toolBarItemScan(nullptr);
+    const std::vector<std::string> lines = takeTrace();
+    EXPECT_THAT(lines, Contains("    1: current profileFolderName fileExistsAtPath End"));
+    EXPECT_THAT(lines, Not(Contains("    1: Success!")));
+    EXPECT_THAT(lines, Not(Contains("    1: current profileFolderName not Exists")));
+}
+
 TEST_F(SessionTraceTest, TellsThatAFolderCannotBeMade) {
     addSource();
     connect();
@@ -167,6 +181,22 @@ TEST_F(SessionTraceTest, TellsOfThePagesWriter) {
     controller->mMenuFileSave = 0;
     scanAtOnce();
     EXPECT_THAT(takeTrace(), Contains("mMenuFileSave = 0 1: saveXferDatatoMedia"));
+}
+
+TEST_F(SessionTraceTest, ShowsAPreviewInTheModeInForce) {
+    addSource().pages.assign(1, goodPage(pageInfo(40, 40, 8, 300)));
+    connect();
+    controller->mMenuFileSave = 0;
+    for (const auto& [mode, operation, other] :
+         {std::tuple{1, "In  1: showFitlSizeImage", "In  1: showActualSizeImage"},
+          std::tuple{2, "In  1: showActualSizeImage", "In  1: showFitlSizeImage"}}) {
+        controller->_fitOrAcutalImage = mode;
+        takeTrace();
+        scanAtOnce();
+        const std::vector<std::string> lines = takeTrace();
+        EXPECT_THAT(lines, Contains(operation)) << mode;
+        EXPECT_THAT(lines, Not(Contains(other))) << mode;
+    }
 }
 
 TEST_F(SessionTraceTest, EndsWithoutTheWritersOutWhenThePageIsNotSaved) {

@@ -276,6 +276,7 @@ TEST_F(TransferCompletionTest, StopsAtAPageThatCannotBeSaved) {
     scanAtOnce();
     EXPECT_THAT(alerts, ElementsAre("NoSaveImage", "ShowNoMem"));
     EXPECT_EQ(dsm.count(imageMemXfer), 1U) << "the next page is not fetched";
+    EXPECT_TRUE(memoryShortage) << "until the next batch";
     EXPECT_EQ(dsm.count(resetXfer), 1U);
     EXPECT_EQ(controller->currentPage, 1U);
     EXPECT_THAT(controller->imageFilePath, IsEmpty());
@@ -306,7 +307,6 @@ TEST_F(TransferCompletionTest, DiscardsNothingWhenOnlySpaceWasMissing) {
     expectIdle();
 }
 
-// --- sources that never end ---
 // Writers of pictures call a page saved whatever became of its file.
 TEST_F(TransferCompletionTest, NamesThePagesThatAreOnNoDisk) {
     connectWithGoodPages(3);
@@ -360,6 +360,7 @@ TEST_F(TransferCompletionTest, SaysNothingOfPagesThatWereNotToBeSaved) {
     EXPECT_THAT(alerts, IsEmpty());
 }
 
+// --- sources that never end ---
 
 TEST_F(TransferCompletionTest, EndsAPageOfStripsWithoutRows) {
     ScriptedPage endless{.info = grey, .strips = {{.yOffset = 0, .rows = 0, .bytesPerRow = 10}}};
@@ -449,12 +450,12 @@ TEST_F(TransferCompletionTest, TheCommandLineSaysNothingAboutPagesThatNobodySees
     scanAtOnce();
     EXPECT_THAT(alerts, IsEmpty());
     EXPECT_THAT(controller->imageFilePath, ElementsAre(savedPath(1), savedPath(2)));
-}
     // It counts the pages that are on no disk itself.
     controller->profileFileformatSelect = 1;
     controller->createFolerprofileFolderName = folder + "/nowhere";
     scanAtOnce();
     EXPECT_THAT(alerts, IsEmpty());
+}
 
 TEST_F(TransferCompletionTest, LooksAtMemoryOnlyBelowItsThreshold) {
     controller->TwainInit();
