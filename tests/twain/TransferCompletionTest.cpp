@@ -44,9 +44,9 @@ protected:
         EXPECT_THAT(dsm.sequenceErrors(), IsEmpty());
     }
     // 16 strips of 20 MB make more than 300 MiB of copied rows.
-    static ScriptedPage pageOfMuchData() {
+    static ScriptedPage pageOfMuchData(int strips = 16) {
         ScriptedPage page{.info = pageInfo(5'000, 4'000, 8, 300), .strips = {}};
-        for (int strip = 0; strip < 16; ++strip)
+        for (int strip = 0; strip < strips; ++strip)
             page.strips.push_back({.yOffset = 0, .rows = 4'000, .bytesPerRow = 5'000});
         page.strips.back().code = twain::TWRC_XFERDONE;
         return page;
@@ -434,6 +434,20 @@ TEST_F(TransferCompletionTest, LeavesPagesOutOfTheListWhenMemoryIsLow) {
     expectSavedPage(3, 2);
     EXPECT_FALSE(memoryShortage);
     expectIdle();
+}
+
+TEST_F(TransferCompletionTest, AddsUpWhatAllPagesOfAScanCopied) {
+    connectWithPages({pageOfMuchData(8), pageOfMuchData(8), goodPage(grey, seedOf(2))});
+    availableBytes = uint64_t{8} << 30U; // the low 32 bits are 0
+    scanAtOnce();
+    EXPECT_THAT(alerts, ElementsAre("NoDisplayImage"));
+    EXPECT_THAT(controller->imageFilePath, ElementsAre(savedPath(1)));
+    alerts.clear();
+    gNoDisplayImageShown = 0;
+    dsm.sources[0].pages = {goodPage(grey, seedOf(3))};
+    scanAtOnce(); // the next scan counts anew
+    EXPECT_THAT(alerts, IsEmpty());
+    EXPECT_THAT(controller->imageFilePath, ElementsAre(savedPath(1), savedPath(4)));
 }
 
 TEST_F(TransferCompletionTest, TheCommandLineSaysNothingAboutPagesThatNobodySees) {
