@@ -140,7 +140,6 @@ TEST_F(LifecycleTest, ShowsItsWindowAsItIsToBe) {
     EXPECT_THAT(made.cellInfoImages, IsEmpty());
     EXPECT_EQ(made.showImageScrollView->horizontalScrollBarPolicy(), Qt::ScrollBarAlwaysOff);
     EXPECT_EQ(made.showImageScrollView->verticalScrollBarPolicy(), Qt::ScrollBarAlwaysOff);
-    EXPECT_EQ(made.saveRect.width, made.orgRect.width);
     EXPECT_EQ(made.paperlineToolbar_FileFormatsCombox->currentIndex(), 1);
 }
 
