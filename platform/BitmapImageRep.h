@@ -49,6 +49,10 @@ public:
     std::span<const uint8_t> row(int32_t y) const; // empty outside the page
     std::span<uint8_t> row(int32_t y);
 
+    // Gives the pixels away for others; both memories hold at least bitmapData()'s bytes and what
+    // the maker asked for behind them. Pointers into them stay good.
+    void exchangePixels(PageMemory& memory) { data_.swap(memory); }
+
     // Size in points; the resolution in dots per inch is pixels x 72 / points. Starts at one point
     // a pixel.
     Size size() const { return size_; }

@@ -81,7 +81,7 @@ bool PageBuffers::preparePage(const PageLayout& layout) {
     if (needed > capacity_) {
         buffer_.reset(); // first: two pages at once are more than a scan may hold
         capacity_ = 0;
-        buffer_ = allocatePageMemory(needed);
+        buffer_ = allocatePageMemory(needed + bitmapSpareBytes);
         if (!buffer_)
             return false;
         capacity_ = needed;
@@ -122,8 +122,13 @@ PageBuffers::CopiedRows PageBuffers::copyStrip(const TW_IMAGEMEMXFER& strip) {
     const std::span<uint8_t> page = bitmap_->bitmapData();
     const uint64_t stripBytes = rows * lineBytes;
     if (strip.BytesPerRow == lineBytes && stripBytes <= usedBytes_) {
-        // Lines as they stand in the page: one copy may go past the caches, many cannot.
-        std::memcpy(page.data() + strip.YOffset * lineBytes, buffer_.get(), stripBytes);
+        // Lines as they stand in the page: a whole page changes places with the buffer.
+        if (rows == height) {
+            bitmap_->exchangePixels(buffer_);
+            capacity_ = usedBytes_;
+        } else {
+            std::memcpy(page.data() + strip.YOffset * lineBytes, buffer_.get(), stripBytes);
+        }
         std::fill_n(filledRows_.begin() + strip.YOffset, rows, true);
         return {rows, stripBytes};
     }

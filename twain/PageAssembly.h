@@ -38,8 +38,8 @@ struct PageLayout {
 // a feeder are alike, and a fresh buffer costs a page fault every 4 KiB.
 class PageBuffers {
 public:
-    // Pointers stay good until the next call. Contents of the transfer buffer are undefined, the
-    // bitmap's too until finishPage. False: no memory.
+    // Contents of the transfer buffer are undefined, the bitmap's too until finishPage. False: no
+    // memory.
     [[nodiscard]] bool preparePage(const PageLayout& layout);
 
     std::span<uint8_t> transferBuffer() { return {buffer_.get(), usedBytes_}; }
@@ -56,7 +56,9 @@ public:
         uint64_t bytes = 0;
     };
     // Copies the strip's rows that lie inside the page and inside the buffer. Each row takes
-    // bytes-per-line bytes; lines of the strip lie its BytesPerRow apart, shorter or longer.
+    // bytes-per-line bytes; lines of the strip lie its BytesPerRow apart, shorter or longer. A
+    // strip that is the whole page is not copied: bitmap and buffer exchange their memory, so that
+    // pointers into them are good only until the next call.
     CopiedRows copyStrip(const TW_IMAGEMEMXFER& strip);
 
     // Clears what no strip has filled, so that nothing of an earlier page shows through.

@@ -195,6 +195,7 @@ TEST_F(PageBuffersTest, KeepsTheRestOfARowThatComesAgainCutShort) {
     fillBuffer();
     strip(0, 3, 3);
     EXPECT_THAT(rowOf(*buffers.bitmap(), 1), ElementsAre(4, 5, 6));
+    fillBuffer();
     strip(0, 3, 7);
     EXPECT_THAT(rowOf(*buffers.bitmap(), 1), ElementsAre(8, 9, 6));
 }
@@ -220,11 +221,35 @@ TEST_F(PageBuffersTest, ShowsNothingOfAnEarlierPage) {
 
     ASSERT_TRUE(buffers.preparePage(layout));
     EXPECT_EQ(buffers.bitmap().get(), first);
+    fillBuffer();
     strip(0, 1, 2);
     buffers.finishPage();
     EXPECT_THAT(rowOf(*buffers.bitmap(), 0), ElementsAre(1, 2));
     EXPECT_THAT(rowOf(*buffers.bitmap(), 1), ElementsAre(0, 0));
     EXPECT_THAT(rowOf(*buffers.bitmap(), 2), ElementsAre(0, 0));
+}
+
+TEST_F(PageBuffersTest, GivesAWholePageToTheBitmapUncopied) {
+    ASSERT_TRUE(buffers.preparePage(*pageLayout(imageInfo(2, 3, 8))));
+    fillBuffer();
+    const uint8_t* sent = buffers.transferBuffer().data();
+    const PageBuffers::CopiedRows copied = strip(0, 3, 2);
+    EXPECT_EQ(copied.rows, 3U);
+    EXPECT_EQ(copied.bytes, 6U);
+    EXPECT_EQ(buffers.bitmap()->bitmapData().data(), sent);
+    EXPECT_NE(buffers.transferBuffer().data(), sent);
+    EXPECT_THAT(rowOf(*buffers.bitmap(), 2), ElementsAre(5, 6));
+}
+
+TEST_F(PageBuffersTest, HasRoomForLargerPagesAfterAnExchange) {
+    for (const int side : {40, 2, 30, 3, 40}) {
+        ASSERT_TRUE(buffers.preparePage(*pageLayout(imageInfo(side, side, 8))));
+        fillBuffer();
+        EXPECT_EQ(strip(0, static_cast<uint32_t>(side), static_cast<uint32_t>(side)).rows,
+                  static_cast<uint32_t>(side));
+        fillBuffer(); // the exchanged memory, to its end
+        EXPECT_EQ(rowOf(*buffers.bitmap(), 0)[1], 2);
+    }
 }
 
 TEST_F(PageBuffersTest, LeavesABitmapThatIsStillHeldAlone) {
