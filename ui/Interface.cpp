@@ -107,17 +107,6 @@ void joinSelectionWindow(AppDelegate& controller) {
                      });
 }
 
-void joinPageCount(AppDelegate& controller) {
-    const QAbstractItemModel* pages = controller._tableViewMain->model();
-    if (pages == nullptr)
-        return;
-    const auto count = [&controller] { controller.showPageCount(); };
-    QObject::connect(pages, &QAbstractItemModel::rowsInserted, &controller, count);
-    QObject::connect(pages, &QAbstractItemModel::rowsRemoved, &controller, count);
-    QObject::connect(pages, &QAbstractItemModel::dataChanged, &controller, count);
-    QObject::connect(pages, &QAbstractItemModel::modelReset, &controller, count);
-}
-
 // The command line's window is never shown, so it has no size to keep.
 void keepWindowSize(const AppDelegate& controller, MainWindow& window) {
     if (controller.launchOptions().commandLine)
@@ -145,7 +134,6 @@ void AppDelegate::loadInterface() {
     joinMenus(*this);
     joinSelectionWindow(*this);
     connectPageViews();
-    joinPageCount(*this);
     keepWindowSize(*this, *mainWindow);
     // A close during a transfer waits for its end.
     mainWindow->setCloseGuard([] { return !delayedMessagesAreHeld(); });

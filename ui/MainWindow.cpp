@@ -80,11 +80,8 @@ QScrollArea* makePageScroller(QWidget* pageView) {
     return scroller;
 }
 
-// Shortens in the middle what is too long, instead of making the window wider; text() stays whole.
+// Shortens in the middle what is too long; text() stays whole.
 class StatusLabel : public QLabel {
-public:
-    QSize minimumSizeHint() const override { return {0, QLabel::minimumSizeHint().height()}; }
-
 protected:
     void paintEvent(QPaintEvent*) override {
         QPainter painter(this);

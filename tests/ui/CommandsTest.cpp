@@ -173,7 +173,6 @@ TEST_F(CommandsTest, TheSwitchShowsTheSelectedPageAgainInTheModeInForce) {
     made._tableViewMain->setCurrentIndex(made._tableViewMain->model()->index(1, 0));
     made.paperlineToolbar_ActualPage->trigger();
     made.menuFileSave(nullptr);
-    QApplication::processEvents();
     EXPECT_EQ(made.mImageView->size(), QSize(1515, 2010));
     EXPECT_EQ(made.showImageScrollView->verticalScrollBarPolicy(), Qt::ScrollBarAlwaysOn);
 }
@@ -315,7 +314,7 @@ TEST_F(CommandsTest, TheEmptyPageAreaGivesWayToPagesAndTheyAreCounted) {
                                    [text](const QLabel* l) { return l->text() == text; });
     };
     made.cellInfos.resize(2);
-    made.showPageCount();
+    made.reloadMainTable();
     EXPECT_FALSE(emptyTitle()->isVisible());
     EXPECT_TRUE(shows("Pages: 2"));
     made.nonFileSaveImageInTempFolder = 1; // the newest is only a preview

@@ -74,6 +74,22 @@ TEST_F(WindowLooksTest, TextsCanBeReadInLightAndDarkColours) {
     QApplication::setPalette(platform);
 }
 
+TEST_F(WindowLooksTest, TheEmptyPageAreasPictureTakesTheColoursInForce) {
+    const QPalette platform = QApplication::palette();
+    start();
+    window().show();
+    QApplication::processEvents();
+    const QLabel* picture = window().findChild<EmptyState*>()->findChildren<QLabel*>().first();
+    const QImage light = picture->pixmap().toImage();
+    ASSERT_FALSE(light.isNull());
+    QApplication::setPalette(darkPalette(platform));
+    QApplication::processEvents();
+    EXPECT_NE(picture->pixmap().toImage(), light);
+    QApplication::setPalette(platform);
+    QApplication::processEvents();
+    EXPECT_EQ(picture->pixmap().toImage(), light);
+}
+
 TEST_F(WindowLooksTest, TheDesktopsWishForDarkColoursIsFollowed) {
     const QPalette platform = QApplication::palette();
     ASSERT_FALSE(isDark(platform));
