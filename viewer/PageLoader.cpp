@@ -1,6 +1,7 @@
 #include "viewer/PageLoader.h"
 
 #include "platform/PictureReader.h"
+#include "viewer/BmpPage.h"
 #include "viewer/PageListing.h"
 #include "viewer/PdfPages.h"
 #include "viewer/PictureHeader.h"
@@ -88,6 +89,9 @@ QImage decode(const std::string& path, int pageIndex, PictureKind kind, const Wa
         if (!image.isNull())
             return image;
     }
+    if (kind == PictureKind::bmp)
+        if (const QImage image = readColourBmp(path); !image.isNull())
+            return image;
     return decodeByQt(path, wanted.pageSize, wanted.longSidePixels, kind == PictureKind::jpeg);
 }
 

@@ -1,5 +1,8 @@
 #include "viewer/PixelConversion.h"
 
+#include "platform/SideBySide.h"
+#include "viewer/ColourRows.h"
+
 #include <QPainter>
 
 #include <algorithm>
@@ -22,6 +25,23 @@ QImage::Format formatOf(int bitsPerPixel) {
     }
 }
 
+QImage colourImage(const BitmapImageRep& page) {
+    QImage image = newColourImage(page.pixelsWide(), page.pixelsHigh());
+    if (image.isNull())
+        return {};
+    auto* pixels = reinterpret_cast<QRgb*>(image.bits());
+    const auto width = static_cast<size_t>(page.pixelsWide());
+    const auto bands = static_cast<size_t>((page.pixelsHigh() - 1) / rowsOfBand + 1);
+    doSideBySide(bands, processorCount(), [&](size_t band, unsigned) {
+        const int first = static_cast<int>(band) * rowsOfBand;
+        for (int y = first; y < std::min(first + rowsOfBand, page.pixelsHigh()); ++y)
+            putColourRow(page.row(y),
+                         ColourOrder::redFirst,
+                         {pixels + static_cast<size_t>(y) * width, width});
+    });
+    return image;
+}
+
 } // namespace
 
 QImage qtImage(const BitmapImageRep& page) {
@@ -36,6 +56,8 @@ QImage qtImage(const BitmapImageRep& page) {
                 format);
     if (format == QImage::Format_Mono)
         view.setColorTable({qRgb(0, 0, 0), qRgb(255, 255, 255)});
+    if (format == QImage::Format_RGB888)
+        return colourImage(page);
     const QImage opaque = opaqueImage(view);
     return format == opaque.format() ? opaque.copy() : opaque;
 }

@@ -1,0 +1,22 @@
+// Rows of 24-bit colour as Qt draws them fastest.
+#pragma once
+
+#include <QImage>
+
+#include <cstdint>
+#include <span>
+
+namespace paperline {
+
+enum class ColourOrder { redFirst, blueFirst };
+
+// A picture of 32-bit colour, its pixels not yet set. Null when memory runs out.
+QImage newColourImage(int widthPixels, int heightPixels);
+
+// Sets the pixels of a row from three bytes each.
+void putColourRow(std::span<const uint8_t> bytes, ColourOrder order, std::span<QRgb> pixels);
+
+// Rows are set in bands by several threads at once.
+inline constexpr int rowsOfBand = 64;
+
+} // namespace paperline
