@@ -21,6 +21,8 @@ namespace paperline {
 
 namespace {
 
+constexpr const char* joinedPagesName = "/tmp/CorvaneTempImage/JoinedPages";
+
 std::string keptRoot() {
     return appendPathComponent(userDataFolder(), keptPagesFolderName);
 }
@@ -77,6 +79,23 @@ bool isJoined(AppDelegate& controller, int32_t result) {
     if (result == -2)
         controller.showNoEnoughDiskSpaceMessage();
     return result >= 0;
+}
+
+// The staged pages that are in their file now. In one step, as long as the joiner left none out:
+// removing many takes a while, and whatever ends the process meanwhile must not leave some that
+// would be kept as pages without a file.
+void setJoinedPagesAside() {
+    const std::string staging = scratchPath(stagingFolderName);
+    const std::string aside = scratchPath(joinedPagesName);
+    removePath(aside);
+    if (pagesLeftOut.empty() && moveFile(staging, aside)) {
+        if (!createPrivateFolder(staging))
+            traceText("temporary folder not made", staging);
+        return;
+    }
+    for (const std::string& page : folderEntries(staging))
+        if (std::find(pagesLeftOut.begin(), pagesLeftOut.end(), page) == pagesLeftOut.end())
+            removePath(appendPathComponent(staging, page));
 }
 
 // A join that gave no file, and said nothing, leaves nothing to be moved.
@@ -172,16 +191,13 @@ bool AppDelegate::moveJoinedFile(const std::string& joinedName) {
 
 void AppDelegate::finishMultiPageFile() {
     TraceScope trace("finishMultiPageFile");
-    const std::string staging = scratchPath(stagingFolderName);
-    // What the joiner left out is in no file: it stays, and is kept.
-    for (const std::string& page : folderEntries(staging))
-        if (std::find(pagesLeftOut.begin(), pagesLeftOut.end(), page) == pagesLeftOut.end())
-            removePath(appendPathComponent(staging, page));
+    setJoinedPagesAside();
     multiPageFile.pages -= static_cast<int>(pagesLeftOut.size());
     multiPageFile.path = multiPageTargetPath;
     if (savedFileObserver && multiPageFile.pages > 0)
         savedFileObserver(multiPageFile);
     multiPageFile = {};
+    removePath(scratchPath(joinedPagesName));
 }
 
 bool AppDelegate::joinMultiPageFile() {

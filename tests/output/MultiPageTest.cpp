@@ -1,5 +1,5 @@
 // Staging, joining and placing multi-page files, with joiners that list what they were given.
-#include "OutputFixture.h"
+#include "MultiPageFixture.h"
 
 #include <gmock/gmock.h>
 
@@ -12,26 +12,6 @@ using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
-
-class MultiPage : public OutputTest {
-protected:
-    void SetUp() override {
-        OutputTest::SetUp();
-        PageCodecs& codecs = pageCodecs();
-        codecs.tiff = codecs.png = codecs.gif = codecs.jpeg = [](const BitmapImageRep&, Density) {
-            return Bytes{'p', 'a', 'g', 'e'};
-        };
-        codecs.pdf = listingJoiner();
-        codecs.tiffDeclared300Dpi = listingJoiner();
-        codecs.tiffUnchanged = listingJoiner();
-    }
-    void saveThree(int32_t format) {
-        controller->profileFileformatSelect = format;
-        for (int i = 0; i < 3; ++i)
-            ASSERT_EQ(saveGrey(), 0);
-        ++controller->currentPage; // the transfer's end does so before it joins
-    }
-};
 
 TEST_F(MultiPage, ATiffBatchBecomesOneFileAndACopyForTheList) {
     controller->currentPage = 7;
@@ -247,12 +227,6 @@ TEST_F(MultiPage, ALoaderThatFailsAThousandTimesLosesNoPage) {
     EXPECT_EQ(textOf(scratchPath(joinedPdfName)), "1\n2\n3\n");
 }
 
-class FullDiskJoiner : public PageJoiner {
-public:
-    Added add(const std::string&) override { return Added::yes; }
-    bool finish() override { return false; }
-};
-
 TEST_F(MultiPage, AJoinOnAFullDisk) {
     const auto full = [](const std::string&) { return std::make_unique<FullDiskJoiner>(); };
     pageCodecs().tiffDeclared300Dpi = full;
@@ -303,61 +277,6 @@ TEST_F(MultiPage, BrandsThatPatchMetadataKeepTheirPagesUnchanged) {
     saveThree(formatMultiPageTiff);
     EXPECT_TRUE(controller->joinMultiPageFile());
     EXPECT_EQ(unchanged, 1);
-}
-
-// Cannot read pages whose name holds the text.
-class PickyJoiner : public ListingJoiner {
-public:
-    PickyJoiner(std::string path, std::string refused)
-        : ListingJoiner(std::move(path)), refused_(std::move(refused)) {}
-    Added add(const std::string& pageFile) override {
-        return pageFile.ends_with(refused_) ? Added::unreadable : ListingJoiner::add(pageFile);
-    }
-
-private:
-    std::string refused_;
-};
-
-PageCodecs::JoinerFactory joinerThatRefuses(const std::string& name) {
-    return [name](const std::string& path) { return std::make_unique<PickyJoiner>(path, name); };
-}
-
-TEST_F(MultiPage, APageThatTheJoinLeavesOutIsKept) {
-    gBrandNumber = 3;
-    pageCodecs().tiffUnchanged = joinerThatRefuses("2.tif");
-    saveThree(formatMultiPageTiff);
-    EXPECT_TRUE(controller->joinMultiPageFile());
-    EXPECT_EQ(textOf(inFolder("Image_00001.tif")), "Image_00001.tif\nImage_00003.tif\n");
-    ASSERT_THAT(saved, SizeIs(1));
-    EXPECT_EQ(saved[0].pages, 2);
-    controller->keepStagedPages();
-    ASSERT_THAT(controller->keptPagesFolders, SizeIs(1));
-    const std::string kept = controller->keptPagesFolders[0];
-    EXPECT_THAT(folderEntries(kept), ElementsAre("Image_00002.tif"));
-    EXPECT_EQ(textOf(kept + "/Image_00002.tif"), "page");
-    EXPECT_THAT(folderEntries(scratchPath(stagingFolderName)), IsEmpty());
-
-    // The next batch, of another format, has nothing to do with it.
-    makeStagingFolders();
-    firstPageOfBatch = true;
-    controller->currentMultiPage = 1;
-    saveThree(formatMultiPagePdf);
-    EXPECT_TRUE(controller->joinMultiPageFile());
-    ASSERT_THAT(saved, SizeIs(2));
-    EXPECT_EQ(saved[1].pages, 3);
-    EXPECT_THAT(folderEntries(scratchPath(stagingFolderName)), IsEmpty());
-}
-
-TEST_F(MultiPage, APageThatIsInNoDocumentIsKept) {
-    pageCodecs().pdf = joinerThatRefuses(".jpg");
-    controller->profileFileformatSelect = formatPdf;
-    EXPECT_EQ(saveGrey(), 0); // the document is empty, and whole
-    EXPECT_EQ(textOf(inFolder("Image_00001.pdf")), "");
-    EXPECT_THAT(controller->imageFilePath, ElementsAre(inFolder("Image_00001.pdf")));
-    EXPECT_THAT(saved, IsEmpty());
-    ASSERT_THAT(controller->keptPagesFolders, SizeIs(1));
-    EXPECT_EQ(textOf(controller->keptPagesFolders[0] + "/Image_00001.jpg"), "page");
-    EXPECT_THAT(folderEntries(scratchPath(stagingFolderName)), IsEmpty());
 }
 
 TEST_F(MultiPage, WithoutPagesOneJoinerEndsTheScanWithoutAWord) {
