@@ -97,8 +97,9 @@ class FullDisk(ProgramTest):
                 self.assertEqual((result.returncode, result.stdout), (1, ""))
                 self.assertTrue(result.stderr)
                 self.assertEqual(blocked.read_text(), "a file")
-        # Both of the multi-page formats, and the last of the single documents.
-        self.assertEqual((len(self.kept_pages("jpg")), len(self.kept_pages("tif"))), (3, 2))
+        # Both pages of each multi-page file, and the page of each single document.
+        self.assertEqual(self.kept_pages("jpg"), ["Image_00001.jpg"] * 3 + ["Image_00002.jpg"])
+        self.assertEqual(self.kept_pages("tif"), ["Image_00001.tif", "Image_00002.tif"])
 
 
 if __name__ == "__main__":
