@@ -48,7 +48,8 @@ private:
                 ADD_FAILURE() << "the stream has no end code";
                 return 257;
             }
-            code = code << 1U | (stream_[position_ / 8] >> (7 - position_ % 8) & 1U);
+            const uint32_t byte = stream_[position_ / 8];
+            code = code << 1U | (byte >> (7 - position_ % 8) & 1U);
         }
         return code;
     }
