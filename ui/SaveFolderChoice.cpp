@@ -7,11 +7,11 @@ namespace paperline {
 std::string absoluteFolderText(const std::string& folderText, const std::string& homeFolder) {
     if (folderText.empty() || folderText.front() == '/')
         return folderText;
-    std::string below = "/" + folderText;
-    if (folderText == "~")
-        below = "/";
-    else if (folderText.starts_with("~/"))
-        below = folderText.substr(1);
+    const auto below = [&folderText] {
+        if (folderText == "~")
+            return std::string(1, '/');
+        return folderText.starts_with("~/") ? folderText.substr(1) : '/' + folderText;
+    }();
     return homeFolder == "/" ? below : homeFolder + below;
 }
 
