@@ -179,8 +179,14 @@ TEST_F(Dispatch, ExactlyEnoughSpaceIsEnough) {
 }
 
 TEST_F(Dispatch, AVanishedFolderLosesAJpegSilentlyButReportsNoFile) {
+    gBrandNumber = 2; // puts the scanner's name into its files
+    int patched = 0;
+    pageCodecs().setMakeAndModel = [&patched](const std::string&,
+                                              const std::string&,
+                                              const std::string&) { return ++patched > 0; };
     controller->profileFolderName = inFolder("gone");
     EXPECT_EQ(saveGrey(), 0);
+    EXPECT_EQ(patched, 0);
     EXPECT_THAT(controller->imageFilePath, ElementsAre(inFolder("gone/Image_00001.jpg")));
     EXPECT_THAT(saved, IsEmpty());
     EXPECT_FALSE(fileExists(inFolder("gone")));

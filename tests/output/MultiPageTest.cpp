@@ -132,6 +132,18 @@ TEST_F(MultiPage, AStagedPageThatCannotBeWrittenIsNotSaved) {
     EXPECT_THAT(controller->imageFilePath, IsEmpty());
 }
 
+TEST_F(MultiPage, AStagedPageThatDoesNotFitIsTooLittleSpace) {
+    for (const auto& [format, name] : {std::pair{formatMultiPagePdf, "Image_00001.jpg"},
+                                       std::pair{formatMultiPageTiff, "Image_00001.tif"}}) {
+        ASSERT_EQ(symlink("/dev/full", staged(name).c_str()), 0);
+        controller->profileFileformatSelect = format;
+        EXPECT_EQ(saveGrey(), -2) << format;
+        EXPECT_FALSE(fileExists(staged(name))) << "nothing half written is joined";
+    }
+    EXPECT_EQ(controller->currentMultiPage, 1U);
+    EXPECT_THAT(controller->imageFilePath, IsEmpty());
+}
+
 TEST_F(MultiPage, APdfPageGetsItsDocumentAtOnce) {
     controller->profileFileformatSelect = formatPdf;
     EXPECT_EQ(saveGrey(), 0);

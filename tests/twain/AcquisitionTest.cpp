@@ -212,7 +212,9 @@ TEST_F(AcquisitionTest, RecordsTheMechanismAndShowsTheSourcesDialog) {
               {&AppDelegate::aquireFileXfer, 3}};
     for (const auto& row : table) {
         dsm.forgetCalls();
+        controller->settingsDialogOpen = true; // as if an earlier dialog had never ended
         EXPECT_EQ(((*controller).*row.operation)(), 0);
+        EXPECT_FALSE(controller->settingsDialogOpen);
         EXPECT_EQ(controller->mNativeTransfer, row.mechanism);
         EXPECT_THAT(dsm.names(),
                     ElementsAre("CONTROL/IDENTITY/OPENDS", "CONTROL/USERINTERFACE/ENABLEDS"));
@@ -455,6 +457,17 @@ TEST_F(AcquisitionTest, MeasuresPagesAndReachesIdle) {
     EXPECT_EQ(dsm.count(imageInfo), 3U);
     EXPECT_EQ(dsm.count(endXfer), 3U);
     EXPECT_THAT(controller->imageFilePath, IsEmpty());
+    EXPECT_THAT(dsm.sequenceErrors(), IsEmpty());
+    expectIdle();
+}
+
+TEST_F(AcquisitionTest, MeasuresNothingMoreAfterAPageThatCannotBeHeld) {
+    connectWithPages(3);
+    dsm.sources[0].pages[1].infoCode = twain::TWRC_FAILURE;
+    controller->aquireMemoryXfer();
+    controller->speedTest();
+    EXPECT_EQ(dsm.count(imageInfo), 2U);
+    EXPECT_EQ(dsm.count(resetXfer), 1U);
     EXPECT_THAT(dsm.sequenceErrors(), IsEmpty());
     expectIdle();
 }

@@ -340,12 +340,13 @@ TEST_F(SourceSelectionTest, RefusesAnIndexBeyondTheList) {
 
 TEST_F(SourceSelectionTest, OpensTheDefaultAndSelectsItsRow) {
     addSource("Corvane", "One");
-    addSource("Corvane", "Two");
+    addSource("Hastell", "Two");
     connect();
     dsm.defaultSource = 1;
     controller->mSourceDSSelect = UINT32_MAX;
     EXPECT_EQ(controller->CheckDefaultIdentity(), 0);
     EXPECT_EQ(controller->scannerName, "Two");
+    EXPECT_EQ(controller->currentManufacturer, "Hastell");
     EXPECT_EQ(controller->mSourceDSSelect, 1U);
     EXPECT_FALSE(dsm.isSourceOpen());
     dsm.fail(openDs, twain::TWRC_FAILURE);

@@ -577,6 +577,18 @@ TEST_F(TransferCompletionTest, RevealsTheFolderThatPagesWentTo) {
     EXPECT_THAT(revealed, ElementsAre(folder));
 }
 
+TEST_F(TransferCompletionTest, RevealsTheChosenFolderWhenNoPageWentAnywhere) {
+    ScriptedPage cancelled = goodPage(grey, 9);
+    cancelled.strips.back().code = twain::TWRC_CANCEL;
+    connectWithPages({cancelled});
+    controller->SelectFolderAutoDetectFlag = 0;
+    controller->profileShowInFinder = 1;
+    controller->profileFolderName = folder;
+    controller->createFolerprofileFolderName.clear(); // the first page sets it
+    scanAtOnce();
+    EXPECT_THAT(revealed, ElementsAre(folder));
+}
+
 TEST_F(TransferCompletionTest, TellsAboutEveryFileThatIsComplete) {
     connectWithGoodPages(2);
     std::vector<std::string> told;
@@ -614,6 +626,17 @@ TEST_F(OtherMechanismsTest, FetchesDecodesAndDropsNativePages) {
     EXPECT_THAT(controller->imageFilePath, IsEmpty());
     EXPECT_THAT(folderEntries(folder), IsEmpty());
     EXPECT_FALSE(fileExists(scratchFolder() + "/NativeImage"));
+    EXPECT_THAT(dsm.sequenceErrors(), IsEmpty());
+}
+
+TEST_F(OtherMechanismsTest, EndsWhenANativePageCannotBeEnded) {
+    connectWithPages(
+        {{.info = grey, .nativePicture = picture()}, {.info = grey, .nativePicture = picture()}});
+    source().pages[0].endCode = twain::TWRC_FAILURE;
+    enableFor(1);
+    EXPECT_EQ(dsm.count(imageNativeXfer), 1U);
+    EXPECT_EQ(dsm.count(resetXfer), 1U) << "else the source could not be closed";
+    EXPECT_FALSE(dsm.isSourceOpen());
     EXPECT_THAT(dsm.sequenceErrors(), IsEmpty());
 }
 
