@@ -222,14 +222,16 @@ TEST_F(Dispatch, DuringAMemoryShortagePathsAreNotListed) {
 }
 
 TEST_F(Dispatch, TheObserverLearnsWhatIsCompleteOnDisk) {
-    EXPECT_EQ(save(makeTestPage(5, 3, 24)), 0);
+    TestPage page = makeTestPage(5, 3, 24);
+    page.info.XResolution = {200, 0};
+    EXPECT_EQ(save(page), 0);
     ASSERT_EQ(saved.size(), 1U);
     EXPECT_EQ(saved[0].path, inFolder("Image_00001.jpg"));
     EXPECT_EQ(saved[0].fileFormat, formatJpeg);
     EXPECT_EQ(saved[0].widthPixels, 5);
     EXPECT_EQ(saved[0].heightPixels, 3);
     EXPECT_EQ(saved[0].bitsPerPixel, 24);
-    EXPECT_EQ(saved[0].resolutionDpi, 300.0);
+    EXPECT_EQ(saved[0].resolutionDpi, 200.0);
     EXPECT_EQ(saved[0].pages, 1);
 }
 
