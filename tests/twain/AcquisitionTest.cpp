@@ -8,6 +8,7 @@
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
 #include <unistd.h>
 
 namespace paperline::test {
@@ -56,6 +57,10 @@ TEST_F(AcquisitionTest, TakesTheFolderFromTheField) {
 TEST_F(AcquisitionTest, CountsATextThatIsNoAbsolutePathFromTheHomeFolder) {
     connectWithPages(0);
     host().homeFolder = [this] { return folder; };
+    const std::filesystem::path before = std::filesystem::current_path();
+    const std::string startedIn = folder + "/where the program was started";
+    ASSERT_TRUE(createFolder(startedIn));
+    std::filesystem::current_path(startedIn);
     for (const char* text : {"~/Letters/Page", "Letters/Page"}) {
         folderField.setText(text);
         controller->toolBarItemScan(nullptr);
@@ -65,8 +70,8 @@ TEST_F(AcquisitionTest, CountsATextThatIsNoAbsolutePathFromTheHomeFolder) {
         EXPECT_EQ(folderField.folderText(), folder + "/Letters/Page") << "the field shows where";
         controller->closeRequest(nullptr);
     }
-    EXPECT_FALSE(fileExists("~"));
-    EXPECT_FALSE(fileExists("Letters"));
+    std::filesystem::current_path(before);
+    EXPECT_THAT(folderEntries(startedIn), IsEmpty());
 }
 
 TEST_F(AcquisitionTest, ExpandsTheTemplateOnce) {
