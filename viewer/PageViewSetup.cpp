@@ -8,7 +8,6 @@
 #include <QEvent>
 #include <QHeaderView>
 #include <QScrollArea>
-#include <QScrollBar>
 #include <QTableView>
 #include <QTimer>
 
@@ -56,9 +55,6 @@ void keepColumnWidth(QTableView* table) {
     const auto widen = [table] { table->horizontalHeader()->resizeSection(0, table->width()); };
     widen();
     new EventWatcher(table, QEvent::Resize, widen);
-    QScrollBar* sideways = table->horizontalScrollBar();
-    QObject::connect(
-        sideways, &QScrollBar::valueChanged, sideways, [sideways] { sideways->setValue(0); });
 }
 
 void setUpTable(AppDelegate& controller) {

@@ -86,6 +86,17 @@ TEST_F(CustomCellTest, DrawsALandscapeThumbnailAtItsRectangle) {
     EXPECT_EQ(area, QRect(45, 64, 128, 82));
 }
 
+TEST_F(CustomCellTest, AFineEdgeSetsAWhitePageApartFromThePaper) {
+    addRow("a.png", 300, 200, "");
+    rows_[0].image.fill(Qt::white);
+    const QImage image = draw(0);
+    for (const QPoint outside :
+         {QPoint(44, 100), QPoint(173, 100), QPoint(100, 63), QPoint(100, 146)})
+        EXPECT_LT(image.pixelColor(outside).lightness(), 240) << outside.x() << ", " << outside.y();
+    EXPECT_EQ(image.pixelColor(43, 100), QColor(Qt::white));
+    EXPECT_EQ(image.pixelColor(45, 100), QColor(Qt::white));
+}
+
 TEST_F(CustomCellTest, DrawsAPortraitThumbnailAtItsRectangle) {
     addRow("a.png", 200, 300, "Image_00001");
     const QRect area = areaOf(draw(0), Qt::red);

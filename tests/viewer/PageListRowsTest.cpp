@@ -2,7 +2,9 @@
 #include "viewer/CustomCell.h"
 #include "viewer/PageListModel.h"
 
+#include <QCoreApplication>
 #include <QItemSelectionModel>
+#include <QScrollBar>
 
 #include <cstring>
 #include <filesystem>
@@ -17,6 +19,14 @@ protected:
             addPicture(name);
         controller_.GetImageFromImageFolder();
         controller_.reloadMainTable();
+    }
+    // More rows than the list has room for.
+    void listMany() {
+        for (int page = 0; page < 8; ++page)
+            addPicture("page" + std::to_string(page) + ".bmp");
+        controller_.GetImageFromImageFolder();
+        controller_.reloadMainTable();
+        QCoreApplication::processEvents();
     }
     int modelRows() const { return controller_._tableViewMain->model()->rowCount(); }
     uint32_t answeredRows() const {
@@ -164,6 +174,68 @@ TEST_F(PageListRows, TheNewestPageIsShownAgainWhenItsRowIsSelectedAlready) {
     ASSERT_TRUE(quarters(30, 30).save(QString::fromStdString(folder_.file("c.bmp"))));
     controller_.selectLastRow();
     EXPECT_EQ(controller_.mImageView->pagePixels(), (PixelSize{30, 30}));
+}
+
+TEST_F(PageListRows, TheNewestPageComesIntoViewThoughItsRowIsSelectedAlready) {
+    listMany();
+    QTableView& table = *controller_._tableViewMain;
+    controller_.selectLastRow();
+    table.scrollToTop();
+    controller_.selectLastRow();
+    const QModelIndex last = table.model()->index(modelRows() - 1, 0);
+    EXPECT_TRUE(table.viewport()->rect().contains(table.visualRect(last).center()));
+}
+
+TEST_F(PageListRows, AHighlightEndsBeforeTheScroller) {
+    listMany();
+    QTableView& table = *controller_._tableViewMain;
+    table.selectRow(0);
+    const QImage picture = table.viewport()->grab().toImage();
+    const int middle = table.rowHeight(0) / 2, width = table.viewport()->width();
+    ASSERT_LT(width, table.width());
+    const QRgb paper = table.palette().color(QPalette::Base).rgb();
+    EXPECT_NE(picture.pixel(width - 8, middle), paper);
+    EXPECT_EQ(picture.pixel(width - 2, middle), paper);
+}
+
+TEST_F(PageListRows, TheListNeverScrollsSideways) {
+    listMany(); // the scroller lies over the column's end
+    EXPECT_GT(controller_._tableViewMain->columnWidth(0),
+              controller_._tableViewMain->viewport()->width());
+    EXPECT_EQ(controller_._tableViewMain->horizontalScrollBar()->maximum(), 0);
+}
+
+TEST_F(PageListRows, RowsFollowTheFont) {
+    listThree();
+    QTableView& table = *controller_._tableViewMain;
+    QFont large = table.font();
+    large.setPointSizeF(3 * large.pointSizeF());
+    ASSERT_GT(CustomCell::rowHeight(large), CustomCell::rowHeight(table.font()));
+    table.setFont(large);
+    EXPECT_EQ(table.rowHeight(0), CustomCell::rowHeight(large));
+}
+
+TEST_F(PageListRows, ARowSaysItsCaptionAndWhereItsFileIs) {
+    listThree();
+    const QModelIndex row = controller_._tableViewMain->model()->index(1, 0);
+    EXPECT_EQ(row.data(Qt::AccessibleTextRole).toString(), "b");
+    EXPECT_EQ(row.data(Qt::ToolTipRole).toString().toStdString(), folder_.file("b.bmp"));
+}
+
+TEST_F(PageListRows, AReloadAsksForTheRowsThatStayAgain) {
+    listThree();
+    int first = -1, last = -1;
+    QObject::connect(controller_._tableViewMain->model(),
+                     &QAbstractItemModel::dataChanged,
+                     [&](const QModelIndex& from, const QModelIndex& to) {
+                         first = from.row();
+                         last = to.row();
+                     });
+    addPicture("d.bmp");
+    controller_.GetImageFromImageFolder();
+    controller_.reloadMainTable();
+    EXPECT_EQ(first, 0);
+    EXPECT_EQ(last, 2);
 }
 
 TEST_F(PageListRows, SelectingTheLastOfNoRowsDoesNothing) {

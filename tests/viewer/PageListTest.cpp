@@ -128,6 +128,15 @@ TEST_F(PageList, TheThumbnailIsACopyOfThePageAtThumbnailSize) {
     EXPECT_GT(thumbnail.pixelColor(20, 120).blue(), 200);
 }
 
+TEST_F(PageList, ThumbnailsOfAVeryLongListAreCoarser) {
+    controller_.cellInfos.resize(999);
+    addPicture("a.bmp", quarters(1200, 900));
+    addPicture("b.bmp", quarters(1200, 900));
+    list();
+    EXPECT_EQ(controller_.cellInfos[999].image.size(), QSize(192, 144));
+    EXPECT_EQ(controller_.cellInfos[1000].image.size(), QSize(128, 96));
+}
+
 TEST_F(PageList, TheScratchFileIsDeletedAfterEachPage) {
     addPicture("a.bmp");
     list();

@@ -170,6 +170,24 @@ TEST_F(PageLoaderTest, PreviewsOfJpegPagesAreDecodedAtAFractionOfTheirSize) {
     EXPECT_TRUE(near(page.raster->image.pixelColor(20, 20), Qt::red));
 }
 
+TEST_F(PageLoaderTest, PreviewsOfOtherPagesAreTwiceAsFineAsAskedAtTheMost) {
+    ASSERT_TRUE(quarters(800, 1200).save(QString::fromStdString(folder_.file("a.png"))));
+    const LoadedPage page = PagePreviews(folder_.file("a.png")).load(0, 300);
+    ASSERT_EQ(page.error, PageLoadError::none);
+    EXPECT_EQ(page.raster->image.size(), QSize(400, 600));
+    EXPECT_EQ(page.raster->pixels, (PixelSize{800, 1200}));
+}
+
+TEST_F(PageLoaderTest, ThumbnailsTakeNoMoreBytesAPixelThanTheirColoursNeed) {
+    const QImage coloured = quarters(300, 200);
+    writeJpeg(folder_.file("a.jpg"), coloured);
+    writeJpeg(folder_.file("b.jpg"), coloured.convertToFormat(QImage::Format_Grayscale8));
+    EXPECT_EQ(readThumbnail(folder_.file("a.jpg"), 150).depth(), 24);
+    EXPECT_EQ(readThumbnail(folder_.file("b.jpg"), 150).depth(), 8);
+    EXPECT_EQ(readThumbnail(folder_.file("a.jpg"), 150).size(), QSize(150, 100));
+    EXPECT_TRUE(readThumbnail(folder_.file("none.jpg"), 150).isNull());
+}
+
 TEST_F(PageLoaderTest, ThePathDecidesHowManyPagesAreListed) {
     writeTiff(folder_.file("three.tif"), {{quarters(8, 8)}, {quarters(8, 8)}, {quarters(8, 8)}});
     std::filesystem::copy(folder_.file("three.tif"), folder_.file("three.bmp"));

@@ -49,6 +49,11 @@ TEST_F(PageView, ThePaneMayChangeItsSizeWhilePagesAreFitted) {
     EXPECT_EQ(grabView().pixelColor(5 + 284, 5 + 379), QColor(Qt::yellow));
 }
 
+TEST_F(PageView, WhereTheViewDoesNotReachThePaneHasItsColour) {
+    view().resize(50, 50);
+    EXPECT_EQ(pane().grab().toImage().pixelColor(300, 300), QColor(191, 191, 191));
+}
+
 TEST_F(PageView, ASmallPageKeepsThePanesSizeAtActualSize) {
     select(0);
     controller_.toolBarItemActualPage(nullptr);
