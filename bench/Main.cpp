@@ -13,9 +13,10 @@ namespace {
 using namespace paperline::bench;
 
 int usage() {
-    std::fprintf(
-        stderr,
-        "usage: paperline_bench [--pages N] [--rounds N] [--save-pages FOLDER] [CASE...]\ncases:");
+    std::fprintf(stderr,
+                 "usage: paperline_bench [--pages N] [--rounds N] [--small] [--save-pages FOLDER] "
+                 "[CASE...]\n"
+                 "cases:");
     for (const BenchCase& each : allCases())
         std::fprintf(stderr, " %s", each.name.c_str());
     std::fprintf(stderr, "\n");
@@ -26,6 +27,7 @@ struct Request {
     BenchOptions options;
     std::vector<std::string> names; // all cases when empty
     std::string pageFolder;         // only save the pages there
+    PageSet::Size size = PageSet::Size::asked;
     bool isValid = true;
 };
 
@@ -42,6 +44,8 @@ Request parse(std::span<char*> words) {
             (word == "--pages" ? request.options.pages : request.options.rounds) = number;
             request.isValid = request.isValid && number > 0 && number <= 1000;
             ++at;
+        } else if (word == "--small") {
+            request.size = PageSet::Size::small;
         } else {
             request.names.emplace_back(word);
         }
@@ -87,7 +91,7 @@ int main(int count, char** arguments) {
     if (!request.pageFolder.empty())
         return savePages(request.pageFolder, request.options.pages);
     const double begin = millisecondsNow();
-    const PageSet pages;
+    const PageSet pages({}, request.size);
     printMachine();
     printTableHead();
     for (const BenchCase& each : allCases()) {

@@ -51,8 +51,8 @@ std::vector<uint8_t> pnmOf(const BitmapImageRep& page, const KindOfPage& kind) {
 
 } // namespace
 
-PageSet::PageSet(const std::string& keptFolder)
-    : folder_(keptFolder), isKept_(!keptFolder.empty()) {
+PageSet::PageSet(const std::string& keptFolder, Size size)
+    : folder_(keptFolder), isKept_(!keptFolder.empty()), isSmall_(size == Size::small) {
     if (isKept_)
         return;
     std::error_code error;
@@ -70,7 +70,8 @@ PageSet::~PageSet() {
     std::filesystem::remove_all(folder_, ignored);
 }
 
-BenchPage PageSet::page(PageKind kind, int dpi, int number) const {
+BenchPage PageSet::page(PageKind kind, int askedDpi, int number) const {
+    const int dpi = isSmall_ ? askedDpi / 3 : askedDpi;
     const KindOfPage& wanted = kinds[static_cast<size_t>(kind)];
     BenchPage result;
     result.pnmFile = folder_ + "/" + wanted.name + "-" + std::to_string(dpi) + "-" +

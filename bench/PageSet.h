@@ -17,9 +17,12 @@ struct BenchPage {
 
 class PageSet {
 public:
+    // Small pages have a third of the resolution that is asked for: they show that everything runs.
+    enum class Size { asked, small };
+
     // Files go into that folder and stay; without one, into a folder below the system's temporary
     // one that is removed at the end.
-    explicit PageSet(const std::string& keptFolder = {});
+    explicit PageSet(const std::string& keptFolder = {}, Size size = Size::asked);
     ~PageSet();
     PageSet(const PageSet&) = delete;
     PageSet& operator=(const PageSet&) = delete;
@@ -33,6 +36,7 @@ private:
 
     std::string folder_;
     bool isKept_;
+    bool isSmall_;
 };
 
 } // namespace paperline::bench
