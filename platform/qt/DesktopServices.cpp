@@ -9,6 +9,7 @@
 #include <QDBusPendingCallWatcher>
 #include <QDesktopServices>
 #include <QFileDialog>
+#include <QProxyStyle>
 #include <QPushButton>
 #include <QSplitter>
 #include <QStringList>
@@ -24,6 +25,21 @@ constexpr int chooserWidth = 720;
 constexpr int chooserHeight = 460;
 constexpr int placesWidth = 180;
 
+// Painters take the application's direction, not that of the control they paint on.
+class LeftToRightText : public QProxyStyle {
+public:
+    void drawItemText(QPainter* painter,
+                      const QRect& place,
+                      int flags,
+                      const QPalette& palette,
+                      bool enabled,
+                      const QString& text,
+                      QPalette::ColorRole role) const override {
+        const int forced = flags | Qt::TextForceLeftToRight;
+        QProxyStyle::drawItemText(painter, place, forced, palette, enabled, text, role);
+    }
+};
+
 // For desktops without a chooser of their own: names alone, in full, and words on the buttons.
 void styleWidgetChooser(QFileDialog& chooser) {
     chooser.setViewMode(QFileDialog::List);
@@ -33,9 +49,12 @@ void styleWidgetChooser(QFileDialog& chooser) {
     for (QPushButton* button : chooser.findChildren<QPushButton*>())
         button->setIcon({});
     // Paths read from left to right in every interface language.
-    for (const char* path : {"lookInCombo", "fileNameEdit"})
-        if (auto* control = chooser.findChild<QWidget*>(path))
-            control->setLayoutDirection(Qt::LeftToRight);
+    if (auto* path = chooser.findChild<QWidget*>("lookInCombo")) {
+        path->setLayoutDirection(Qt::LeftToRight);
+        auto* style = new LeftToRightText;
+        style->setParent(path);
+        path->setStyle(style);
+    }
 }
 
 std::optional<std::string> chooseFolder(const std::string& title, const std::string& startFolder) {
