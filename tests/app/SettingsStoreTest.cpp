@@ -175,6 +175,16 @@ TEST_F(SettingsStoreTest, ReplacesAMissingFolderOnlyWithTheFlagClear) {
     EXPECT_EQ(controller_->profileFolderName, "/home/ada/Documents");
 }
 
+TEST_F(SettingsStoreTest, ExpandsTheImageNameAtEveryReading) {
+    host().secondsSinceEpoch = [] { return 1768560000.0; }; // 16 January 2026
+    write({{"SaveImageName", "Letter_%DD"}});
+    controller_->ReadDefaultSaveImageName();
+    EXPECT_EQ(controller_->saveImageName, "Letter_16");
+    removePath(file_);
+    controller_->ReadDefaultSaveImageName();
+    EXPECT_EQ(controller_->saveImageName, "Image");
+}
+
 TEST_F(SettingsStoreTest, ReadsAnEmptyImageNameAsTheDefault) {
     write({{"SaveImageName", ""}});
     controller_->ReadDefaultSaveImageName();
@@ -187,10 +197,14 @@ TEST_F(SettingsStoreTest, ChangesNothingForADamagedFile) {
     controller_->scannerName = "kept";
     controller_->profileLanguage = 3;
     controller_->profileFileformatSelect = 6;
+    controller_->saveImageName = "Letter_%DD_%yyyy";
+    host().secondsSinceEpoch = [] { return 1768560000.0; }; // 16 January 2026
     controller_->ReadDefaultScannerName();
+    controller_->ReadDefaultSaveImageName();
     controller_->ReadUISettingForLastLanguage();
     controller_->ReadUISetting();
     EXPECT_EQ(controller_->scannerName, "kept");
+    EXPECT_EQ(controller_->saveImageName, "Letter_%DD_%yyyy") << "found, but in another case";
     EXPECT_EQ(controller_->profileLanguage, 3);
     EXPECT_EQ(controller_->profileFileformatSelect, 6);
     EXPECT_FALSE(controller_->dictCurrentFolder);
