@@ -68,9 +68,12 @@ void EmptyState::changeEvent(QEvent* event) {
 // the height of its wrapped lines, so it gets that too.
 void EmptyState::fitHint() {
     const int height = std::max(0, hint_->heightForWidth(widestHint));
+    int tooNarrow = narrowestHint - 1;
     int width = widestHint;
-    while (width > narrowestHint && hint_->heightForWidth(width - 1) <= height)
-        --width;
+    while (width - tooNarrow > 1) { // each look lays the text out anew
+        const int middle = (tooNarrow + width) / 2;
+        (hint_->heightForWidth(middle) <= height ? width : tooNarrow) = middle;
+    }
     hint_->setFixedSize(width, height);
 }
 
