@@ -26,6 +26,12 @@ class Image(ctypes.Structure):
                 ("bytes_per_line", ctypes.c_int)]
 
 
+@ctypes.CFUNCTYPE(ctypes.c_int, ctypes.c_void_p, ctypes.c_void_p)
+def ignore_error(_display, _error):
+    """A window may be gone before its place is asked for; the library would end the program."""
+    return 0
+
+
 def library(name):
     return ctypes.CDLL(ctypes.util.find_library(name) or f"lib{name}.so.6")
 
@@ -49,6 +55,7 @@ class XDisplay:
         x.XGetGeometry.argtypes = [pointer, number, ctypes.POINTER(number)] + [ctypes.POINTER(ctypes.c_int)] * 2 + [
             ctypes.POINTER(ctypes.c_uint)] * 4
         self.test.XTestFakeKeyEvent.argtypes = [pointer, ctypes.c_uint, ctypes.c_int, number]
+        x.XSetErrorHandler(ignore_error)
         self.display = x.XOpenDisplay(None)
         self.root = x.XDefaultRootWindow(self.display)
         x.XSelectInput(self.display, self.root, SUBSTRUCTURE_NOTIFY)
