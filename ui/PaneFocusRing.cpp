@@ -2,6 +2,7 @@
 
 #include "ui/Colours.h"
 
+#include <QAbstractScrollArea>
 #include <QEvent>
 #include <QFocusEvent>
 #include <QPainter>
@@ -16,19 +17,20 @@ bool walkedWithKeys(const QEvent* event) {
 
 } // namespace
 
-PaneFocusRing::PaneFocusRing(QWidget* pane) : QWidget(pane) {
+PaneFocusRing::PaneFocusRing(QAbstractScrollArea* pane) : QWidget(pane), pane_(pane) {
     setAttribute(Qt::WA_TransparentForMouseEvents);
     hide();
-    resize(pane->size());
+    setGeometry(pane->viewport()->geometry());
     pane->installEventFilter(this);
+    pane->viewport()->installEventFilter(this);
 }
 
 bool PaneFocusRing::eventFilter(QObject* watched, QEvent* event) {
-    if (event->type() == QEvent::Resize)
-        resize(static_cast<QWidget*>(watched)->size());
-    if (event->type() == QEvent::FocusOut)
+    if (event->type() == QEvent::Resize || event->type() == QEvent::Move)
+        setGeometry(pane_->viewport()->geometry());
+    if (watched == pane_ && event->type() == QEvent::FocusOut)
         hide();
-    if (event->type() == QEvent::FocusIn && walkedWithKeys(event)) {
+    if (watched == pane_ && event->type() == QEvent::FocusIn && walkedWithKeys(event)) {
         raise();
         show();
     }

@@ -3,19 +3,24 @@
 
 #include <QWidget>
 
+class QAbstractScrollArea;
+
 namespace paperline {
 
 class PaneFocusRing : public QWidget {
     Q_OBJECT
 
 public:
-    // Lies over `pane`, which owns it, and takes no clicks.
-    explicit PaneFocusRing(QWidget* pane);
+    // Lies over what `pane` shows, beside its scrollers, and takes no clicks. The pane owns it.
+    explicit PaneFocusRing(QAbstractScrollArea* pane);
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+
+private:
+    QAbstractScrollArea* pane_;
 };
 
 } // namespace paperline

@@ -4,6 +4,7 @@
 #include "ui/EmptyState.h"
 #include "ui/LanguageTable.h"
 #include "ui/MainToolbar.h"
+#include "ui/PaneFocusRing.h"
 #include "ui/Theme.h"
 
 #include <QImage>
@@ -182,6 +183,25 @@ TEST_F(WindowLooksTest, APaneThatIsReachedWithTabHasARingThatShows) {
         }
     }
     QApplication::setPalette(platform);
+}
+
+TEST_F(WindowLooksTest, ThePanesRingLiesBesideTheirScrollers) {
+    AppDelegate& made = start();
+    window().show();
+    QApplication::setActiveWindow(&window());
+    for (QAbstractScrollArea* pane : std::initializer_list<QAbstractScrollArea*>{
+             made._tableViewMain, made.showImageScrollView}) {
+        made.currentSaveFolder->setFocus();
+        pane->setFocus(Qt::TabFocusReason);
+        const auto* ring = pane->findChild<PaneFocusRing*>();
+        ASSERT_TRUE(ring->isVisible());
+        pane->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+        window().resize(1100, 700);
+        QApplication::processEvents();
+        EXPECT_EQ(ring->geometry(), pane->viewport()->geometry());
+        EXPECT_LT(ring->width(), pane->width());
+    }
+    removePath(userDataFolder() + "/window.ini");
 }
 
 TEST_F(WindowLooksTest, AButtonWithTheFocusHasARingThatShows) {
