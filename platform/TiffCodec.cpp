@@ -1,14 +1,11 @@
-#include "platform/LzwDecoder.h"
 #include "platform/PictureDecoders.h"
 #include "platform/SideBySide.h"
-#include "platform/TiffPages.h"
+#include "platform/TiffHandle.h"
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <limits>
 #include <memory>
-#include <new>
 #include <vector>
 
 namespace paperline {
@@ -85,20 +82,6 @@ struct PagePlace {
     tmsize_t largestAllocation;
 };
 
-// Samples from their differences to the ones to their left.
-void addDifferences(std::span<uint8_t> row, size_t samples) {
-    if (samples == 1) {
-        uint8_t sum = 0;
-        for (uint8_t& sample : row)
-            sample = sum = static_cast<uint8_t>(sum + sample);
-        return;
-    }
-    std::array<uint8_t, 3> sums{};
-    for (size_t at = 0; at + sums.size() <= row.size(); at += sums.size())
-        for (size_t sample = 0; sample < sums.size(); ++sample)
-            row[at + sample] = sums[sample] = static_cast<uint8_t>(sums[sample] + row[at + sample]);
-}
-
 // The page's strips, each decoded to its place.
 class StripReader {
 public:
@@ -106,11 +89,8 @@ public:
         : page_(page), tiff_(openTiffFile(place.path, place.largestAllocation, errors_)) {
         if (tiff_ && TIFFSetDirectory(tiff_.get(), static_cast<tdir_t>(place.pageIndex)) == 0)
             tiff_.reset();
-        if (!tiff_)
-            return;
-        TIFFGetFieldDefaulted(tiff_.get(), TIFFTAG_ROWSPERSTRIP, &rowsPerStrip_);
-        TiffPageTags tags;
-        hasOwnStrips_ = readOwnTiffPageTags(tiff_.get(), tags);
+        if (tiff_)
+            TIFFGetFieldDefaulted(tiff_.get(), TIFFTAG_ROWSPERSTRIP, &rowsPerStrip_);
     }
 
     bool read(uint32_t strip) {
@@ -119,46 +99,17 @@ public:
         if (!tiff_ || firstRow >= height)
             return false;
         const uint64_t rows = std::min<uint64_t>(rowsPerStrip_, height - firstRow);
-        const auto rowBytes = static_cast<uint64_t>(page_.bytesPerRow());
-        const auto target = page_.bitmapData().subspan(firstRow * rowBytes, rows * rowBytes);
-        if (hasOwnStrips_ && readOwn(strip, target))
-            return true;
-        const auto bytes = static_cast<tmsize_t>(target.size());
-        return TIFFReadEncodedStrip(tiff_.get(), strip, target.data(), bytes) == bytes &&
+        const auto bytes = static_cast<tmsize_t>(rows * static_cast<uint64_t>(page_.bytesPerRow()));
+        uint8_t* target = page_.row(static_cast<int32_t>(firstRow)).data();
+        return TIFFReadEncodedStrip(tiff_.get(), strip, target, bytes) == bytes &&
                errors_.count == 0;
     }
 
 private:
-    // A strip as this program writes it, in half the library's time. False: the library may see
-    // what it makes of it.
-    bool readOwn(uint32_t strip, std::span<uint8_t> target) {
-        const uint64_t stored = TIFFGetStrileByteCount(tiff_.get(), strip);
-        if (stored == 0 || stored > 2 * target.size() + 16)
-            return false;
-        try {
-            stored_.resize(stored);
-        } catch (const std::bad_alloc&) {
-            return false;
-        }
-        const auto size = static_cast<tmsize_t>(stored);
-        if (TIFFReadRawStrip(tiff_.get(), strip, stored_.data(), size) != size ||
-            !lzw_.decode(stored_, target))
-            return false;
-        const auto rowBytes = static_cast<size_t>(page_.bytesPerRow());
-        for (size_t start = 0; page_.bitsPerSample() > 1 && start < target.size();
-             start += rowBytes)
-            addDifferences(target.subspan(start, rowBytes),
-                           static_cast<size_t>(page_.samplesPerPixel()));
-        return true;
-    }
-
     BitmapImageRep& page_;
     TiffErrors errors_;
     TiffHandle tiff_;
     uint32_t rowsPerStrip_ = 0;
-    bool hasOwnStrips_ = false;
-    LzwDecoder lzw_;
-    std::vector<uint8_t> stored_;
 };
 
 bool readStripsSideBySide(const PagePlace& place, uint32_t strips, BitmapImageRep& page) {
