@@ -4,7 +4,6 @@
 #include "app/BrandProfile.h"
 #include "app/CvOutputLog.h"
 #include "output/FileFormats.h"
-#include "output/PageJoining.h"
 #include "output/PageNaming.h"
 #include "output/StagedPages.h"
 #include "platform/DatePatterns.h"
@@ -84,7 +83,7 @@ bool isJoined(AppDelegate& controller, int32_t result) {
 // The staged pages that are in their file now. In one step, as long as the joiner left none out:
 // removing many takes a while, and whatever ends the process meanwhile must not leave some that
 // would be kept as pages without a file.
-void setJoinedPagesAside() {
+void setJoinedPagesAside(const std::vector<std::string>& pagesLeftOut) {
     const std::string staging = scratchPath(stagingFolderName);
     const std::string aside = scratchPath(joinedPagesName);
     removePath(aside);
@@ -191,7 +190,7 @@ bool AppDelegate::moveJoinedFile(const std::string& joinedName) {
 
 void AppDelegate::finishMultiPageFile() {
     TraceScope trace("finishMultiPageFile");
-    setJoinedPagesAside();
+    setJoinedPagesAside(pagesLeftOut);
     multiPageFile.pages -= static_cast<int>(pagesLeftOut.size());
     multiPageFile.path = multiPageTargetPath;
     if (savedFileObserver && multiPageFile.pages > 0)

@@ -38,6 +38,9 @@ struct OutputState {
     PageWrite lastPageWrite;
     // The multi-page file being built, as far as its staged pages tell.
     SavedFile multiPageFile;
+    // Pages of the staging folder that its join left out. They are in no file, and stay where they
+    // are.
+    std::vector<std::string> pagesLeftOut;
     std::vector<std::string> keptPagesFolders; // where unsaved pages are, until the user is told
 
     // Told about every file of the user's that is really complete; the command line prints them.

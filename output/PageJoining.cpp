@@ -6,8 +6,6 @@
 
 namespace paperline {
 
-std::vector<std::string> pagesLeftOut;
-
 namespace {
 
 // Retries in a row before each further one waits a little, so that waiting does not take a whole

@@ -38,8 +38,4 @@ joinSkipping(PageJoiner& joiner,
              const std::vector<std::string>& names,
              const JoinSteps& steps);
 
-// Pages of the staging folder that the last join of a multi-page file left out. They are in no
-// file, and stay where they are.
-extern std::vector<std::string> pagesLeftOut;
-
 } // namespace paperline

@@ -27,9 +27,9 @@ std::string hiddenName(const std::string& target, unsigned attempt) {
 
 // For file systems without hard links and without exclusive renaming: the name is taken with an
 // empty file that is ours, which may then be replaced.
-int renameOverOwnPlaceholder(const std::string& from, const std::string& to) {
-    Descriptor placeholder = openFile(to, O_WRONLY | O_CREAT | O_EXCL, 0600);
-    if (!placeholder.isOpen())
+int renameOverOwnEmptyFile(const std::string& from, const std::string& to) {
+    Descriptor emptyFile = openFile(to, O_WRONLY | O_CREAT | O_EXCL, 0600);
+    if (!emptyFile.isOpen())
         return errno;
     if (::rename(from.c_str(), to.c_str()) == 0)
         return 0;
@@ -61,7 +61,7 @@ int renameWithoutReplacing(const std::string& from, const std::string& to) {
     }
     if (errno != EPERM && errno != ENOTSUP && errno != ENOSYS && errno != EMLINK)
         return errno;
-    return renameOverOwnPlaceholder(from, to);
+    return renameOverOwnEmptyFile(from, to);
 }
 
 void syncFolderOf(const std::string& path) {

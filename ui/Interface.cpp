@@ -11,11 +11,11 @@
 #include "ui/Theme.h"
 #include "ui/WindowPlace.h"
 #include "viewer/ImageView.h"
+#include "viewer/RowSelection.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
-#include <QItemSelectionModel>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
@@ -96,15 +96,7 @@ void joinMenus(AppDelegate& controller) {
 void joinSelectionWindow(AppDelegate& controller) {
     join(controller, controller.twainSelectSourceOKBtn, &AppDelegate::doBtnOK);
     join(controller, controller.twainSelectSourceCancelBtn, &AppDelegate::doBtnCancel);
-    QTableView* table = controller._tableViewSelectSource;
-    QObject::connect(table->selectionModel(),
-                     &QItemSelectionModel::selectionChanged,
-                     &controller,
-                     [&controller, table] {
-                         const QModelIndexList rows = table->selectionModel()->selectedRows();
-                         controller.tableViewSelectionDidChange(
-                             table, rows.isEmpty() ? -1 : rows.constFirst().row());
-                     });
+    reportRowSelection(controller, controller._tableViewSelectSource);
 }
 
 // The command line's window is never shown, so it has no size to keep.

@@ -4,6 +4,7 @@
 #include "viewer/CustomCell.h"
 #include "viewer/ImageView.h"
 #include "viewer/PageListModel.h"
+#include "viewer/RowSelection.h"
 
 #include <QEvent>
 #include <QHeaderView>
@@ -74,14 +75,7 @@ void setUpTable(AppDelegate& controller) {
     table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     fitRows(table);
     new EventWatcher(table, QEvent::FontChange, [table] { fitRows(table); });
-    QObject::connect(table->selectionModel(),
-                     &QItemSelectionModel::selectionChanged,
-                     &controller,
-                     [&controller, table] {
-                         const QModelIndexList rows = table->selectionModel()->selectedRows();
-                         controller.tableViewSelectionDidChange(
-                             table, rows.isEmpty() ? -1 : rows.first().row());
-                     });
+    reportRowSelection(controller, table);
 }
 
 void setUpPane(AppDelegate& controller) {

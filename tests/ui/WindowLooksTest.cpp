@@ -11,6 +11,7 @@
 #include <QToolButton>
 
 #include <algorithm>
+#include <functional>
 #include <utility>
 
 namespace paperline {
@@ -21,6 +22,18 @@ protected:
     QWidget* button(QAction* action) { return toolbarButton(controller->paperlineToolbar, action); }
     static QImage pictureOf(QWidget* widget) {
         return widget->grab().toImage().convertToFormat(QImage::Format_RGB32);
+    }
+    // The window as the active one, in the platform's colours and in dark ones.
+    void lookInLightAndDark(const std::function<void()>& look) {
+        const QPalette platform = QApplication::palette();
+        start();
+        window().show();
+        QApplication::setActiveWindow(&window());
+        for (const QPalette& colours : {platform, darkPalette(platform)}) {
+            QApplication::setPalette(withReadableSelection(colours));
+            look();
+        }
+        QApplication::setPalette(platform);
     }
 };
 
@@ -148,12 +161,7 @@ TEST_F(WindowLooksTest, TheFirstHintStandsOnEvenLines) {
 }
 
 TEST_F(WindowLooksTest, APaneThatIsReachedWithTabHasARingThatShows) {
-    const QPalette platform = QApplication::palette();
-    start();
-    window().show();
-    QApplication::setActiveWindow(&window());
-    for (const QPalette& colours : {platform, darkPalette(platform)}) {
-        QApplication::setPalette(withReadableSelection(colours));
+    lookInLightAndDark([this] {
         for (const bool empty : {true, false}) {
             controller->cellInfos.resize(empty ? 0 : 1);
             controller->showPageCount();
@@ -181,8 +189,7 @@ TEST_F(WindowLooksTest, APaneThatIsReachedWithTabHasARingThatShows) {
                 EXPECT_EQ(pictureOf(pane), before);
             }
         }
-    }
-    QApplication::setPalette(platform);
+    });
 }
 
 TEST_F(WindowLooksTest, ThePanesRingLiesBesideTheirScrollers) {
@@ -205,12 +212,7 @@ TEST_F(WindowLooksTest, ThePanesRingLiesBesideTheirScrollers) {
 }
 
 TEST_F(WindowLooksTest, AButtonWithTheFocusHasARingThatShows) {
-    const QPalette platform = QApplication::palette();
-    start();
-    window().show();
-    QApplication::setActiveWindow(&window());
-    for (const QPalette& colours : {platform, darkPalette(platform)}) {
-        QApplication::setPalette(withReadableSelection(colours));
+    lookInLightAndDark([this] {
         for (QAction* item : {controller->paperlineToolbar_Setup,
                               controller->paperlineToolbar_Scan,
                               controller->paperlineToolbar_FitPage}) {
@@ -230,8 +232,7 @@ TEST_F(WindowLooksTest, AButtonWithTheFocusHasARingThatShows) {
             }
             EXPECT_GE(crossed, 2) << item->text().toStdString();
         }
-    }
-    QApplication::setPalette(platform);
+    });
 }
 
 } // namespace
