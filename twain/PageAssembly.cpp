@@ -67,6 +67,10 @@ std::optional<PageLayout> pageLayout(const TW_IMAGEINFO& info) {
 }
 
 bool PageBuffers::preparePage(const PageLayout& layout) {
+    // The memory that took the last page has its kernel pages already, the other one may not.
+    if (changedPlaces_ && bitmap_.use_count() == 1)
+        bitmap_->exchangePixels(buffer_);
+    changedPlaces_ = false;
     // A bitmap that somebody still looks at (a thumbnail being made) is left to him.
     if (!bitmap_ || bitmap_.use_count() > 1 || !sameLayout(layout.bitmap, *bitmap_)) {
         bitmap_.reset();
@@ -125,6 +129,7 @@ PageBuffers::CopiedRows PageBuffers::copyStrip(const TW_IMAGEMEMXFER& strip) {
         // Lines as they stand in the page: a whole page changes places with the buffer.
         if (rows == height) {
             bitmap_->exchangePixels(buffer_);
+            changedPlaces_ = !changedPlaces_;
             capacity_ = usedBytes_;
         } else {
             std::memcpy(page.data() + strip.YOffset * lineBytes, buffer_.get(), stripBytes);

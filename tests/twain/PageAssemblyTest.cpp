@@ -241,6 +241,20 @@ TEST_F(PageBuffersTest, GivesAWholePageToTheBitmapUncopied) {
     EXPECT_THAT(rowOf(*buffers.bitmap(), 2), ElementsAre(5, 6));
 }
 
+TEST_F(PageBuffersTest, TakesTheNextPageInTheMemoryThatTookTheLast) {
+    const PageLayout layout = *pageLayout(imageInfo(2, 3, 8));
+    ASSERT_TRUE(buffers.preparePage(layout));
+    const uint8_t* first = buffers.transferBuffer().data();
+    for (int page = 0; page < 3; ++page) {
+        fillBuffer();
+        strip(0, 3, 2);
+        EXPECT_EQ(buffers.bitmap()->bitmapData().data(), first);
+        EXPECT_THAT(rowOf(*buffers.bitmap(), 2), ElementsAre(5, 6));
+        ASSERT_TRUE(buffers.preparePage(layout));
+        EXPECT_EQ(buffers.transferBuffer().data(), first);
+    }
+}
+
 TEST_F(PageBuffersTest, HasRoomForLargerPagesAfterAnExchange) {
     for (const int side : {40, 2, 30, 3, 40}) {
         ASSERT_TRUE(buffers.preparePage(*pageLayout(imageInfo(side, side, 8))));
