@@ -2,6 +2,7 @@
 
 #include "platform/PictureReader.h"
 #include "viewer/BmpPage.h"
+#include "viewer/GifPage.h"
 #include "viewer/PageListing.h"
 #include "viewer/PdfPages.h"
 #include "viewer/PictureHeader.h"
@@ -91,6 +92,9 @@ QImage decode(const std::string& path, int pageIndex, PictureKind kind, const Wa
     }
     if (kind == PictureKind::bmp)
         if (const QImage image = readColourBmp(path); !image.isNull())
+            return image;
+    if (kind == PictureKind::gif)
+        if (const QImage image = readGif(path); !image.isNull())
             return image;
     return decodeByQt(path, wanted.pageSize, wanted.longSidePixels, kind == PictureKind::jpeg);
 }
