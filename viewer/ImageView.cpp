@@ -58,7 +58,7 @@ QColor ImageView::surroundings() {
 
 PageLoadError ImageView::setImagePath(const std::string& path, int imageIndex) {
     const ViewTraceScope trace(trace_, "setImagePath");
-    const LoadedPage page = loadPage(path, imageIndex);
+    const LoadedPage page = pagesAhead_.load({path, imageIndex});
     const bool isPdf = pageFileKind(path) == PageFileKind::pdf;
     if (page.error == PageLoadError::none || (isPdf && page.error != PageLoadError::cannotOpen))
         setImage(page.raster, page.properties);

@@ -2,8 +2,8 @@
 // growing upward; drawing turns it over once.
 #pragma once
 
-#include "viewer/PageLoader.h"
 #include "viewer/PageTransform.h"
+#include "viewer/PagesAhead.h"
 #include "viewer/ViewTrace.h"
 
 #include <QWidget>
@@ -11,6 +11,8 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace paperline {
 
@@ -25,6 +27,8 @@ public:
     // Loads the page and shows it. A file that cannot be loaded changes nothing, but a page of a
     // PDF file that cannot be drawn shows no page. The answer says what happened.
     PageLoadError setImagePath(const std::string& path, int imageIndex);
+    // The pages that the next calls will probably name; the one that is shown may be among them.
+    void expectPages(std::vector<PagePlace> pages) { pagesAhead_.expect(std::move(pages)); }
     void setImage(std::shared_ptr<const PageRaster> image, const PageProperties& withMetadata);
 
     float dpiWidth() const;
@@ -67,6 +71,7 @@ private:
     std::shared_ptr<const PageRaster> shown_; // for repaints after mImage went
     QImage reduced_;                          // shown_, turned and at its drawn size
     ViewTrace trace_;
+    PagesAhead pagesAhead_;
 };
 
 } // namespace paperline

@@ -45,4 +45,16 @@ size_t endOfEqualPaths(std::span<const std::string> paths, size_t first) {
     return end;
 }
 
+std::vector<size_t> nextRows(size_t row, int64_t previousRow, size_t rowCount) {
+    const auto here = static_cast<int64_t>(row);
+    const int64_t step = here - previousRow;
+    std::vector<size_t> rows;
+    if (step != 1 && step != -1)
+        return rows;
+    for (const int64_t next : {here + step, here - step})
+        if (next >= 0 && next < static_cast<int64_t>(rowCount))
+            rows.push_back(static_cast<size_t>(next));
+    return rows;
+}
+
 } // namespace paperline

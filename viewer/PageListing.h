@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace paperline {
 
@@ -41,5 +42,9 @@ std::string pageCaption(const std::string& displayName, int pageIndex, int pageC
 // One past the last path of the run of equal paths that begins at `first`. A file of several pages
 // stands in the list of paths once per page; its pages are listed once.
 size_t endOfEqualPaths(std::span<const std::string> paths, size_t first);
+
+// Rows whose pages the user will probably look at after that of `row`: who went to it from the row
+// beside it goes on in the same direction, or back. The likelier first; none after a leap.
+std::vector<size_t> nextRows(size_t row, int64_t previousRow, size_t rowCount);
 
 } // namespace paperline

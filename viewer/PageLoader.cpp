@@ -12,6 +12,7 @@
 #include <QImageReader>
 
 #include <algorithm>
+#include <mutex>
 
 namespace paperline {
 
@@ -61,10 +62,16 @@ QImage decodeByPlatform(const std::string& path, int pageIndex) {
     return decoded && decoded->image ? qtImage(*decoded->image) : QImage();
 }
 
+// For all readers of the process: set once, as several threads load pages.
+void allowLargePictures() {
+    constexpr int megabytes = 1024;
+    static std::once_flag once;
+    std::call_once(once, QImageReader::setAllocationLimit, megabytes);
+}
+
 // JPEG data is decoded at a fraction of its size when that is fine enough; 0 asks for all of it.
 QImage decodeByQt(const std::string& path, PixelSize size, int longSidePixels, bool isJpeg) {
-    constexpr int allocationLimitMegabytes = 1024;
-    QImageReader::setAllocationLimit(allocationLimitMegabytes);
+    allowLargePictures();
     QImageReader reader(QFile::decodeName(path.c_str()));
     reader.setDecideFormatFromContent(true);
     reader.setAutoTransform(false);

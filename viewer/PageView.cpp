@@ -1,9 +1,10 @@
 // Shows the selected page fitted or at actual size.
 #include "app/AppDelegate.h"
 #include "app/CvOutputLog.h"
+#include "platform/MainLoop.h"
 #include "platform/SystemLog.h"
 #include "viewer/ImageView.h"
-#include "viewer/PageLoader.h"
+#include "viewer/PageListing.h"
 
 #include <QScrollArea>
 #include <QTimer>
@@ -11,6 +12,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <vector>
 
 namespace paperline {
 
@@ -63,13 +65,28 @@ Rect frameOf(const QWidget* widget) {
             static_cast<double>(geometry.height())};
 }
 
-void loadIntoView(const AppDelegate& controller, const CellInfo& page) {
+// No page is loaded ahead of a scan: it needs the memory and the processors itself.
+std::vector<PagePlace> expectedPages(const AppDelegate& controller, uint32_t shownRow) {
+    const std::vector<CellInfo>& rows = controller.cellInfos;
+    const auto place = [&rows](size_t row) {
+        return PagePlace{rows[row].imageFullPath, rows[row].imageIndex};
+    };
+    std::vector<PagePlace> pages{place(shownRow)};
+    if (!delayedMessagesAreHeld())
+        for (const size_t row : nextRows(shownRow, controller._selectedRaw, rows.size()))
+            pages.push_back(place(row));
+    return pages;
+}
+
+void loadIntoView(const AppDelegate& controller, uint32_t row) {
     if (controller.mImageView == nullptr)
         return;
+    const CellInfo& page = controller.cellInfos[row];
     const PageLoadError error =
         controller.mImageView->setImagePath(page.imageFullPath, page.imageIndex);
     if (error != PageLoadError::none)
         systemLog("Page not shown: " + page.imageFullPath + ": " + describe(error));
+    controller.mImageView->expectPages(expectedPages(controller, row));
 }
 
 // Frame and scrollers for the file's pages. False: some of them are not measured yet.
@@ -136,7 +153,7 @@ void AppDelegate::showFitlSizeImage(uint32_t row) {
     if (page == nullptr)
         return;
     if (mNeedSetImage != 0 || mMenuFileSave == 0)
-        loadIntoView(*this, *page);
+        loadIntoView(*this, row);
     firstFitImage = 1;
     mNeedSetImage = 0;
     scrollToTopLeft(*this);
@@ -153,7 +170,7 @@ void AppDelegate::showActualSizeImage(uint32_t row) {
     if (page == nullptr)
         return;
     if (mNeedSetImage != 0)
-        loadIntoView(*this, *page);
+        loadIntoView(*this, row);
     if (showImageScrollView != nullptr) {
         ++actualPagesShown;
         if (!layOutActualPage(*this, page->imageFullPath))

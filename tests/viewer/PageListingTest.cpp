@@ -68,5 +68,26 @@ TEST(EndOfEqualPaths, CoversOneRun) {
     EXPECT_EQ(endOfEqualPaths(paths, 4), 5U);
 }
 
+using Rows = std::vector<size_t>;
+
+TEST(NextRows, WhoGoesOnByOneRowGoesOnOrBack) {
+    EXPECT_EQ(nextRows(3, 2, 6), (Rows{4, 2}));
+    EXPECT_EQ(nextRows(3, 4, 6), (Rows{2, 4}));
+}
+
+TEST(NextRows, EndAtBothEndsOfTheList) {
+    EXPECT_EQ(nextRows(5, 4, 6), Rows{4});
+    EXPECT_EQ(nextRows(0, 1, 6), Rows{1});
+    EXPECT_EQ(nextRows(0, -1, 6), Rows{1}); // the first selection of all
+    EXPECT_EQ(nextRows(0, -1, 1), Rows{});
+}
+
+TEST(NextRows, NobodyKnowsAfterALeap) {
+    EXPECT_EQ(nextRows(3, 3, 6), Rows{});
+    EXPECT_EQ(nextRows(3, 0, 6), Rows{});
+    EXPECT_EQ(nextRows(3, -1, 6), Rows{});
+    EXPECT_EQ(nextRows(0, 5, 6), Rows{});
+}
+
 } // namespace
 } // namespace paperline
