@@ -34,6 +34,10 @@ int describeSource(const std::string& sourceBundle, int resultDescriptor) {
     describe.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     describe.start(QString::fromStdString(bundlePath() + describeProgram),
                    {QString::fromStdString(sourceBundle)});
+    if (!describe.waitForStarted()) {
+        systemLog("paperline: " + bundlePath() + describeProgram + " cannot be started");
+        return exitSourceNotOpened;
+    }
     if (!describe.waitForFinished(longestDescriptionMilliseconds)) {
         describe.kill();
         describe.waitForFinished();

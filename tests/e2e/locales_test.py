@@ -41,12 +41,9 @@ class Locales(ProgramTest):
     def settings_of(self, locale):
         return {"LOCPATH": str(self.locales), "LC_ALL": locale, "LANG": locale}
 
-    def own_program(self):
-        """A copy of the program and its sources, so that nothing is kept in the build tree."""
-        bundle = pathlib.Path(support.PROGRAM).parents[2]
-        place = self.home / "place"
-        for folder in (bundle, bundle.parent / "TWAIN Data Sources"):
-            shutil.copytree(folder, place / folder.name, symlinks=True)
+    def forgetful_program(self):
+        """Nothing is kept in the build tree."""
+        place = self.own_program()
         self.forget_everything(place)
         return place
 
@@ -85,7 +82,7 @@ class Locales(ProgramTest):
                 self.assertRegex(path.name, rf"^({pattern})_i_[0-9]{{5}}\.bmp$", locale)
 
     def test_the_window_speaks_the_locales_language_and_gives_the_source_back_its_own(self):
-        place = self.own_program()
+        place = self.forgetful_program()
         program = place / "Paperline.app/Contents/MACOS/paperline"
         source_file = place / "TWAIN Data Sources/Software Scanner.ds/Versions/A/cvscan.plist"
         for locale, (language, _) in LOCALES.items():
@@ -131,7 +128,7 @@ class Locales(ProgramTest):
         return plistlib.loads(found[0].read_bytes())
 
     def test_the_source_speaks_the_language_that_is_written_for_it(self):
-        place = self.own_program()
+        place = self.forgetful_program()
         support.PROGRAM, built = str(place / "Paperline.app/Contents/MACOS/paperline"), support.PROGRAM
         self.addCleanup(setattr, support, "PROGRAM", built)
         source_file = place / "TWAIN Data Sources/Software Scanner.ds/Versions/A/cvscan.plist"

@@ -183,6 +183,14 @@ class Sources(ProgramTest):
         self.assertIn("Lineart", rows["mode"][4])
         self.assertIn("resolution", rows)
 
+    def test_says_when_its_helper_program_is_missing(self):
+        bundle = self.own_program() / "Paperline.app"
+        (bundle / "Contents/Helpers/paperline-describe-source").unlink(missing_ok=True)
+        result = subprocess.run([bundle / "Contents/MACOS/paperline", "sources", "--options", "Software Scanner"],
+                                capture_output=True, text=True, env=self.environment, timeout=120)
+        self.assertEqual((result.returncode, result.stdout), (4, ""), result.stderr)
+        self.assertRegex(result.stderr, "paperline-describe-source cannot be started")
+
     def test_says_when_there_is_no_such_source(self):
         self.assertEqual(self.paperline("sources", "--options", "Nothing").returncode, 3)
 

@@ -101,6 +101,14 @@ class ProgramTest(unittest.TestCase):
         return subprocess.run([PROGRAM, *map(str, words)], capture_output=True, text=True, timeout=timeout,
                               env={**self.environment, **environment}, stdin=subprocess.DEVNULL)
 
+    def own_program(self):
+        """A copy of the program and its sources that a test may change: the folder that holds them."""
+        bundle = pathlib.Path(PROGRAM).parents[2]
+        place = self.home / "place"
+        for folder in (bundle, bundle.parent / "TWAIN Data Sources"):
+            shutil.copytree(folder, place / folder.name, symlinks=True)
+        return place
+
     def scan(self, *words, options=(), source="Software Scanner", **keywords):
         """Scans into self.pages; `options` are NAME=VALUE words for the source."""
         option_words = [word for option in options for word in ("--option", option)]
