@@ -538,5 +538,23 @@ TEST_F(LifecycleTest, MayBeToldToEndDuringTheSession) {
     EXPECT_THAT(dsm.sequenceErrors(), IsEmpty());
 }
 
+TEST_F(LifecycleTest, TheScanEntryScans) {
+    addSource("Scanner One");
+    ASSERT_TRUE(launch());
+    controller->fileScan->trigger();
+    EXPECT_EQ(dsm.count(enableDs), 1U);
+    EXPECT_EQ(dsm.count(enableDsUiOnly), 0U);
+    closeAndEnd();
+}
+
+TEST_F(LifecycleTest, TheSetupEntryShowsTheSourcesOwnDialog) {
+    addSource("Scanner One");
+    ASSERT_TRUE(launch());
+    controller->fileSetup->trigger();
+    EXPECT_EQ(dsm.count(enableDs), 0U);
+    EXPECT_EQ(dsm.count(enableDsUiOnly), 1U);
+    closeAndEnd();
+}
+
 } // namespace
 } // namespace paperline::test
