@@ -103,8 +103,9 @@ class XDisplay:
         self.x.XFree(ctypes.cast(image, ctypes.c_void_p))
         return content
 
-    def press(self, key):
-        code = self.x.XKeysymToKeycode(self.display, self.x.XStringToKeysym(key.encode()))
-        for down in (1, 0):
+    def press(self, *keys):
+        """All of them at once: modifiers first."""
+        codes = [self.x.XKeysymToKeycode(self.display, self.x.XStringToKeysym(key.encode())) for key in keys]
+        for code, down in [(code, 1) for code in codes] + [(code, 0) for code in reversed(codes)]:
             self.test.XTestFakeKeyEvent(self.display, code, down, 0)
         self.x.XFlush(self.display)
