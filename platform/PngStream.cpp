@@ -4,6 +4,7 @@
 #include <array>
 #include <atomic>
 #include <cstring>
+#include <mutex>
 #include <new>
 #include <system_error>
 #include <thread>
@@ -28,17 +29,14 @@ constexpr std::array<uint8_t, 5> lastEmptyBlock{1, 0, 0, 0xFF, 0xFF};
 constexpr size_t mostContentBytes = 4 * 1024 * 1024;
 // Chunks that wait for the reader.
 constexpr size_t mostAhead = 32;
+// Memory of content that was read, waiting for other content.
+constexpr size_t mostKept = 4;
 // Below this a thread costs more than it saves.
 constexpr size_t fewestCompressedBytes = 512 * 1024;
 
 uint32_t bigEndian(Span bytes) {
     return uint32_t{bytes[0]} << 24U | uint32_t{bytes[1]} << 16U | uint32_t{bytes[2]} << 8U |
            uint32_t{bytes[3]};
-}
-
-void appendBigEndian(Bytes& bytes, uint32_t value) {
-    for (unsigned shift = 32; shift > 0; shift -= 8)
-        bytes.push_back(static_cast<uint8_t>(value >> (shift - 8)));
 }
 
 bool hasType(Span chunk, const char* type) {
@@ -53,41 +51,39 @@ Span firstChunk(Span file) {
     return length <= file.size() ? file.first(static_cast<size_t>(length)) : Span();
 }
 
-// Header, IDAT chunks one behind the other, and the rest.
-struct FileParts {
-    Span before;
-    std::vector<Span> pictureChunks;
-    Span behind;
-};
-
-FileParts divide(Span file) {
-    FileParts parts{file, {}, {}};
+// The IDAT chunks, when they stand one behind the other and nothing but the end follows. (What
+// else may follow is another reader's to judge.)
+std::vector<Span> pictureChunks(Span file) {
+    std::vector<Span> chunks;
     if (file.size() < signatureBytes)
-        return parts;
+        return chunks;
     Span rest = file.subspan(signatureBytes);
     for (Span chunk = firstChunk(rest); !chunk.empty(); chunk = firstChunk(rest)) {
         if (hasType(chunk, "IDAT"))
-            parts.pictureChunks.push_back(chunk);
-        else if (!parts.pictureChunks.empty())
-            break;
+            chunks.push_back(chunk);
+        else if (!chunks.empty())
+            return hasType(chunk, "IEND") && chunk.size() == chunkFrame ? chunks
+                                                                        : std::vector<Span>();
         rest = rest.subspan(chunk.size());
     }
-    if (parts.pictureChunks.empty())
-        return parts;
-    const auto start = static_cast<size_t>(parts.pictureChunks.front().data() - file.data());
-    parts.before = file.first(start);
-    parts.behind = rest;
-    return parts;
+    return {};
 }
 
-bool isWorthOpening(const FileParts& parts) {
-    if (parts.pictureChunks.size() < 2)
+// Deflate without a dictionary (RFC 1950, 2.2).
+bool isStreamHeader(Span bytes) {
+    return (bytes[0] & 0x0FU) == 8 && (bytes[1] & 0x20U) == 0 &&
+           (unsigned{bytes[0]} << 8U | bytes[1]) % 31 == 0;
+}
+
+bool areWorthOpening(const std::vector<Span>& chunks) {
+    if (chunks.size() < 2)
         return false;
     size_t sum = 0;
-    for (const Span& chunk : parts.pictureChunks)
+    for (const Span& chunk : chunks)
         sum += chunk.size();
-    return sum >= fewestCompressedBytes && parts.pictureChunks.front().size() > chunkFrame + 2 &&
-           parts.pictureChunks.back().size() > chunkFrame + streamChecksumBytes;
+    return sum >= fewestCompressedBytes && chunks.front().size() > chunkFrame + streamHeaderBytes &&
+           chunks.back().size() > chunkFrame + streamChecksumBytes &&
+           isStreamHeader(chunks.front().subspan(8));
 }
 
 bool isChecksumRight(Span chunk) {
@@ -101,26 +97,32 @@ struct DecompressorFreer {
     }
 };
 
+// The bytes are kept for other content: fresh memory costs more than what it is filled with.
+struct Content {
+    Bytes bytes;
+    size_t count = 0; // 0: damaged
+
+    Span all() const { return Span(bytes).first(count); }
+};
+
 // Opens chunks; each thread has one of its own.
 class ChunkOpener {
 public:
-    // The chunk's content, and nothing when it does not stand for itself.
-    Bytes open(Span data, bool isLast) {
+    // No content when the data does not stand for itself.
+    void open(Span data, bool isLast, Content& content) {
         compressed_.assign(data.begin(), data.end());
         compressed_.insert(compressed_.end(), lastEmptyBlock.begin(), lastEmptyBlock.end());
         const size_t wanted = isLast ? data.size() : compressed_.size();
         constexpr size_t usualBytes = 300 * 1024;
-        for (Bytes content(usualBytes);; content.resize(mostContentBytes)) {
-            size_t taken = 0;
-            size_t given = 0;
-            const libdeflate_result result = decompress(content, taken, given);
-            if (result == LIBDEFLATE_INSUFFICIENT_SPACE && content.size() < mostContentBytes)
-                continue;
-            if (result != LIBDEFLATE_SUCCESS || taken != wanted)
-                return {};
-            content.resize(given);
-            return content;
+        content.bytes.resize(std::max(content.bytes.size(), usualBytes));
+        size_t taken = 0;
+        size_t given = 0;
+        libdeflate_result result = decompress(content.bytes, taken, given);
+        if (result == LIBDEFLATE_INSUFFICIENT_SPACE && content.bytes.size() < mostContentBytes) {
+            content.bytes.resize(mostContentBytes);
+            result = decompress(content.bytes, taken, given);
         }
+        content.count = result == LIBDEFLATE_SUCCESS && taken == wanted ? given : 0;
     }
 
 private:
@@ -131,7 +133,7 @@ private:
                                                 compressed_.data(),
                                                 compressed_.size(),
                                                 content.data(),
-                                                content.size(),
+                                                content.size() - 1, // which may be read, too
                                                 &taken,
                                                 &given);
     }
@@ -141,42 +143,13 @@ private:
     Bytes compressed_;
 };
 
-// The content as an IDAT chunk of stored blocks (RFC 1951, 3.2.4).
-Bytes storedChunk(Span content, bool isFirst, bool isLast) {
-    constexpr size_t mostInBlock = 65535;
-    Bytes chunk;
-    chunk.reserve(content.size() + content.size() / mostInBlock * 5 + 64);
-    appendBigEndian(chunk, 0); // the length, known at the end
-    for (const char letter : {'I', 'D', 'A', 'T'})
-        chunk.push_back(static_cast<uint8_t>(letter));
-    if (isFirst)
-        chunk.insert(chunk.end(), {0x78, 0x01});
-    while (!content.empty()) {
-        const Span block = content.first(std::min(content.size(), mostInBlock));
-        const auto low = static_cast<uint8_t>(block.size());
-        const auto high = static_cast<uint8_t>(block.size() >> 8U);
-        chunk.insert(chunk.end(),
-                     {0, low, high, static_cast<uint8_t>(~low), static_cast<uint8_t>(~high)});
-        chunk.insert(chunk.end(), block.begin(), block.end());
-        content = content.subspan(block.size());
-    }
-    if (isLast) {
-        chunk.insert(chunk.end(), lastEmptyBlock.begin(), lastEmptyBlock.end());
-        appendBigEndian(chunk, 0);
-    }
-    Bytes length;
-    appendBigEndian(length, static_cast<uint32_t>(chunk.size() - 8));
-    std::copy(length.begin(), length.end(), chunk.begin());
-    appendBigEndian(chunk, 0);
-    return chunk;
-}
-
 } // namespace
 
 class PngStream::OpenedChunks {
 public:
     explicit OpenedChunks(std::vector<Span> chunks)
         : chunks_(std::move(chunks)), contents_(chunks_.size()), isOpen_(chunks_.size()) {
+        kept_.reserve(mostKept);
         try {
             helper_ = std::thread([this] {
                 ChunkOpener opener;
@@ -201,8 +174,8 @@ public:
     // Whether every chunk was taken, and was as it should be.
     bool isThrough() const { return taken_ == chunks_.size() && !failed_; }
 
-    // The next chunk, stored; good until the next call. Empty behind the last one and on an error.
-    Span takeStored() {
+    Span next() {
+        keepForOthers(std::exchange(current_, {}));
         if (taken_ == chunks_.size() || failed_)
             return {};
         const size_t number = taken_++;
@@ -210,14 +183,11 @@ public:
         while (!isOpen_[number].load(std::memory_order_acquire))
             if (!openNext(ownOpener_))
                 isOpen_[number].wait(false, std::memory_order_acquire);
-        const Bytes content = std::move(contents_[number]);
+        current_ = std::move(contents_[number]);
+        const Span content = current_.all();
         checksum_ = libdeflate_adler32(checksum_, content.data(), content.size());
-        const bool isLast = number + 1 == chunks_.size();
-        failed_ = content.empty() || (isLast && checksum_ != storedChecksum());
-        if (failed_)
-            return {};
-        stored_ = storedChunk(content, number == 0, isLast);
-        return stored_;
+        failed_ = content.empty() || (taken_ == chunks_.size() && checksum_ != storedChecksum());
+        return failed_ ? Span() : content;
     }
 
 private:
@@ -244,18 +214,35 @@ private:
         }
     }
 
+    Content takeKept() {
+        const std::lock_guard<std::mutex> lock(keeping_);
+        if (kept_.empty())
+            return {};
+        Content content = std::move(kept_.back());
+        kept_.pop_back();
+        return content;
+    }
+    void keepForOthers(Content content) {
+        const std::lock_guard<std::mutex> lock(keeping_);
+        if (!content.bytes.empty() && kept_.size() < kept_.capacity())
+            kept_.push_back(std::move(content));
+    }
+
     // False when all have been begun.
     bool openNext(ChunkOpener& opener) {
         const size_t number = next_.fetch_add(1);
         if (number >= chunks_.size())
             return false;
+        Content& content = contents_[number];
         try {
-            if (isChecksumRight(chunks_[number]))
-                contents_[number] = opener.open(dataOf(number), number + 1 == chunks_.size());
+            if (isChecksumRight(chunks_[number])) {
+                content = takeKept();
+                opener.open(dataOf(number), number + 1 == chunks_.size(), content);
+            }
         } catch (const std::bad_alloc&) {
-            contents_[number].clear();
+            content = {};
         }
-        if (contents_[number].empty())
+        if (content.count == 0)
             next_ = chunks_.size(); // nobody will want the others
         isOpen_[number].store(true, std::memory_order_release);
         isOpen_[number].notify_one();
@@ -263,45 +250,37 @@ private:
     }
 
     std::vector<Span> chunks_;
-    std::vector<Bytes> contents_;
+    std::vector<Content> contents_;
     std::vector<std::atomic<bool>> isOpen_;
     std::atomic<size_t> next_{0};
     std::atomic<size_t> taken_{0};
     bool failed_ = false;
     uint32_t checksum_ = checksumOfNothing;
-    Bytes stored_;
+    Content current_;
+    std::mutex keeping_;
+    std::vector<Content> kept_;
     ChunkOpener ownOpener_;
     std::thread helper_; // last: it uses the others
 };
 
-PngStream::PngStream(std::span<const uint8_t> file, Picture picture) : now_(file) {
-    if (picture == Picture::asStored)
-        return;
-    FileParts parts = divide(file);
-    if (!isWorthOpening(parts))
-        return;
-    opened_ = std::make_unique<OpenedChunks>(std::move(parts.pictureChunks));
-    now_ = parts.before;
-    behind_ = parts.behind;
-}
+PngStream::PngStream(std::unique_ptr<OpenedChunks> opened) : opened_(std::move(opened)) {}
 
 PngStream::~PngStream() = default;
 
-bool PngStream::read(std::span<uint8_t> target) {
-    while (!target.empty()) {
-        if (now_.empty() && opened_) {
-            now_ = opened_->takeStored();
-            if (now_.empty() && opened_->isThrough())
-                now_ = std::exchange(behind_, {});
-        }
-        const size_t count = std::min(target.size(), now_.size());
-        if (count == 0)
-            return false;
-        std::memcpy(target.data(), now_.data(), count);
-        now_ = now_.subspan(count);
-        target = target.subspan(count);
-    }
-    return true;
+std::unique_ptr<PngStream> PngStream::open(std::span<const uint8_t> file) {
+    std::vector<Span> chunks = pictureChunks(file);
+    if (!areWorthOpening(chunks))
+        return nullptr;
+    return std::unique_ptr<PngStream>(
+        new PngStream(std::make_unique<OpenedChunks>(std::move(chunks))));
+}
+
+std::span<const uint8_t> PngStream::next() {
+    return opened_->next();
+}
+
+bool PngStream::isThrough() const {
+    return opened_->isThrough();
 }
 
 } // namespace paperline

@@ -1,4 +1,4 @@
-// A PNG file as the decoder reads it, with the compressed picture opened ahead of it.
+// The compressed picture of a PNG file, opened chunk by chunk.
 #pragma once
 
 #include <cstdint>
@@ -8,34 +8,29 @@
 namespace paperline {
 
 // Our own writer begins every IDAT chunk with compressed data that refers to nothing before it.
-// Such chunks are opened here, by a helper thread and by the reader in turn, and handed on as
-// stored data, for which a decoder needs next to no time: half of a large page's decoding is done
-// while the other half goes on. Other files are handed on as they are.
+// Such chunks are opened here by a helper thread and by the reader in turn: half of a large page is
+// opened while the other half is read.
 class PngStream {
 public:
-    enum class Picture {
-        asStored,
-        openedAhead, // where the chunks allow it, and the picture is large enough to be worth it
-    };
-
-    PngStream(std::span<const uint8_t> file, Picture picture); // borrows the file
+    // Null when the file's chunks cannot be such, or hold too little to be worth it. Borrows the
+    // file.
+    static std::unique_ptr<PngStream> open(std::span<const uint8_t> file);
     ~PngStream();
     PngStream(const PngStream&) = delete;
     PngStream& operator=(const PngStream&) = delete;
 
-    // The next bytes. False when there are not as many, or a chunk turned out to be damaged or not
-    // to stand for itself.
-    [[nodiscard]] bool read(std::span<uint8_t> target);
+    // What is in the next chunk, good until the next call: filtered rows, from any byte to any. One
+    // byte more than that may be read. Empty behind the last one, and when a chunk or the whole is
+    // damaged, or does not stand for itself.
+    std::span<const uint8_t> next();
 
-    // The chunks' checksums, and that of their content, are tested here instead of by the decoder:
-    // those that it sees are not kept up.
-    bool isOpenedAhead() const { return opened_ != nullptr; }
+    // Whether every chunk was taken, and was as it should be.
+    bool isThrough() const;
 
 private:
     class OpenedChunks;
+    explicit PngStream(std::unique_ptr<OpenedChunks> opened);
 
-    std::span<const uint8_t> now_;    // what is left of the piece that is being read
-    std::span<const uint8_t> behind_; // what follows the picture
     std::unique_ptr<OpenedChunks> opened_;
 };
 

@@ -7,6 +7,7 @@
 #include "viewer/PdfPages.h"
 #include "viewer/PictureHeader.h"
 #include "viewer/PixelConversion.h"
+#include "viewer/PngPage.h"
 
 #include <QFile>
 #include <QImageReader>
@@ -92,9 +93,9 @@ QImage decode(const std::string& path, int pageIndex, PictureKind kind, const Wa
     if (kind == PictureKind::tiff)
         return decodeByPlatform(path, pageIndex);
     if (kind == PictureKind::png) {
-        // Our own pages are decoded by two threads there.
-        const QImage image = decodeByPlatform(path, pageIndex);
-        if (!image.isNull())
+        if (const QImage image = readOwnPng(path); !image.isNull())
+            return image;
+        if (const QImage image = decodeByPlatform(path, pageIndex); !image.isNull())
             return image;
     }
     if (kind == PictureKind::bmp)
