@@ -50,6 +50,35 @@ bool somethingIsThere(const std::string& path) {
     return ::lstat(path.c_str(), &status) == 0;
 }
 
+bool isRegularFile(const std::string& path) {
+    struct stat status = {};
+    return ::lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+bool moveContent(const std::string& from, const std::string& to, bool sync) {
+    if (somethingIsThere(to))
+        return false;
+    struct stat status = {};
+    // Bytes first, then the name: a crash must not leave an empty file where a whole one was told.
+    const Descriptor source = sync ? openRegularFile(from, O_NOFOLLOW, status) : Descriptor();
+    if (source.isOpen() && !syncFile(source.number()))
+        return false;
+    const int failure = renameWithoutReplacing(from, to);
+    if (failure == EXDEV) {
+        if (!copyContent(from, to, O_NOFOLLOW, sync))
+            return false;
+        if (::unlink(from.c_str()) != 0) {
+            ::unlink(to.c_str());
+            return false;
+        }
+    } else if (failure != 0) {
+        return false;
+    }
+    if (sync)
+        syncFolderOf(to);
+    return true;
+}
+
 } // namespace
 
 Descriptor openForWriting(const std::string& path) {
@@ -61,7 +90,9 @@ Descriptor openForWriting(const std::string& path) {
         return Descriptor();
     if (shared && (status.st_uid != ::geteuid() || !S_ISREG(status.st_mode) || status.st_nlink > 1))
         return Descriptor();
-    if (S_ISREG(status.st_mode) && ::ftruncate(file.number(), 0) != 0)
+    // Emptying even an empty file makes ext4 send the new content to the disk when it is closed,
+    // and a scratch file that is removed before long need not go there.
+    if (S_ISREG(status.st_mode) && status.st_size > 0 && ::ftruncate(file.number(), 0) != 0)
         return Descriptor();
     return file;
 }
@@ -141,27 +172,16 @@ bool copyFile(const std::string& from, const std::string& to) {
     return !somethingIsThere(to) && copyContent(from, to, 0, false);
 }
 
+bool linkOrCopyFile(const std::string& from, const std::string& to) {
+    return (isRegularFile(from) && ::link(from.c_str(), to.c_str()) == 0) || copyFile(from, to);
+}
+
 bool moveFile(const std::string& from, const std::string& to) {
-    if (somethingIsThere(to))
-        return false;
-    struct stat status = {};
-    // Bytes first, then the name: a crash must not leave an empty file where a whole one was told.
-    const Descriptor source = openRegularFile(from, O_NOFOLLOW, status);
-    if (source.isOpen() && !syncFile(source.number()))
-        return false;
-    const int failure = renameWithoutReplacing(from, to);
-    if (failure == EXDEV) {
-        if (!copyContent(from, to, O_NOFOLLOW, true))
-            return false;
-        if (::unlink(from.c_str()) != 0) {
-            ::unlink(to.c_str());
-            return false;
-        }
-    } else if (failure != 0) {
-        return false;
-    }
-    syncFolderOf(to);
-    return true;
+    return moveContent(from, to, true);
+}
+
+bool moveScratchFile(const std::string& from, const std::string& to) {
+    return moveContent(from, to, false);
 }
 
 } // namespace paperline

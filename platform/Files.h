@@ -29,10 +29,16 @@ bool removePath(const std::string& path);
 
 // Copies the bytes of a regular file and its permissions; the target must not exist.
 [[nodiscard]] bool copyFile(const std::string& from, const std::string& to);
+// Gives a regular file a second name; where that cannot be done (another file system, or one
+// without links) it is copied as above. For files that are replaced or removed, never changed in
+// place.
+[[nodiscard]] bool linkOrCopyFile(const std::string& from, const std::string& to);
 // Moves within or across file systems without ever replacing an existing target: synced, and across
 // file systems copied beside the target, then put under its name. A folder or a link moves only
 // within its file system.
 [[nodiscard]] bool moveFile(const std::string& from, const std::string& to);
+// The same for what ends with the process: not synced, so that it need not reach the disk.
+[[nodiscard]] bool moveScratchFile(const std::string& from, const std::string& to);
 
 // Names below the folder: one level, or every file and folder at any depth as relative paths, in
 // the order the file system gives. Not followed through links. Empty when it cannot be read.

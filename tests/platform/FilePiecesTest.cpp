@@ -72,6 +72,16 @@ TEST(FilePieces, ReplacingKeepsLengthAndPermissions) {
     EXPECT_EQ(folderEntries(folder.path()), std::vector<std::string>{"file"});
 }
 
+// Readers of the old file, and its other names, keep what they have.
+TEST(FilePieces, ReplacingLeavesASecondNameAlone) {
+    const TestFolder folder;
+    ASSERT_TRUE(put(folder / "file", "0123456789"));
+    ASSERT_EQ(::link((folder / "file").c_str(), (folder / "second").c_str()), 0);
+    EXPECT_TRUE(replaceBytes(folder / "file", 2, bytesOf("ABC")));
+    EXPECT_EQ(textOf(folder / "file"), "01ABC56789");
+    EXPECT_EQ(textOf(folder / "second"), "0123456789");
+}
+
 TEST(FilePieces, AFullDiskLeavesTheFileAsItWas) {
     const SmallDisk disk(512);
     const std::string text(400 * size_t{1024}, 'x');

@@ -90,6 +90,63 @@ TEST(Moving, RefusesALinkAcrossFileSystems) {
     EXPECT_THAT(folderEntries(folder.path()), IsEmpty());
 }
 
+TEST(MovingScratch, MovesLikeAnyFile) {
+    const TestFolder folder;
+    ASSERT_TRUE(put(folder / "from", "content"));
+    EXPECT_TRUE(moveScratchFile(folder / "from", folder / "to"));
+    EXPECT_FALSE(moveScratchFile(folder / "from", folder / "missing"));
+    ASSERT_TRUE(put(folder / "next", "next"));
+    EXPECT_FALSE(moveScratchFile(folder / "next", folder / "to"));
+    EXPECT_EQ(textOf(folder / "to"), "content");
+    const OtherFileSystem other(deviceOf(folder.path()));
+    EXPECT_TRUE(moveScratchFile(folder / "to", other / "far"));
+    EXPECT_EQ(textOf(other / "far"), "content");
+    EXPECT_THAT(folderEntries(folder.path()), ElementsAre("next"));
+}
+
+TEST(Linking, GivesASecondNameThatOutlivesTheFirst) {
+    const TestFolder folder;
+    ASSERT_TRUE(put(folder / "first", "content"));
+    EXPECT_TRUE(linkOrCopyFile(folder / "first", folder / "second"));
+    struct stat status = {};
+    ASSERT_EQ(::stat((folder / "second").c_str(), &status), 0);
+    EXPECT_EQ(status.st_nlink, 2U);
+    EXPECT_TRUE(removePath(folder / "first"));
+    EXPECT_EQ(textOf(folder / "second"), "content");
+}
+
+TEST(Linking, CopiesAcrossFileSystems) {
+    const TestFolder folder;
+    const OtherFileSystem other(deviceOf(folder.path()));
+    ASSERT_TRUE(put(folder / "from", "content"));
+    EXPECT_TRUE(linkOrCopyFile(folder / "from", other / "to"));
+    EXPECT_EQ(textOf(other / "to"), "content");
+    ASSERT_TRUE(put(other / "to", "changed"));
+    EXPECT_EQ(textOf(folder / "from"), "content");
+}
+
+TEST(Linking, TakesTheContentBehindALink) {
+    const TestFolder folder;
+    ASSERT_TRUE(put(folder / "file", "content"));
+    ASSERT_EQ(::symlink("file", (folder / "link").c_str()), 0);
+    EXPECT_TRUE(linkOrCopyFile(folder / "link", folder / "to"));
+    EXPECT_TRUE(removePath(folder / "file"));
+    EXPECT_EQ(textOf(folder / "to"), "content");
+}
+
+TEST(Linking, NeverReplacesAndReportsFailures) {
+    const TestFolder folder;
+    ASSERT_TRUE(put(folder / "from", "new"));
+    ASSERT_TRUE(put(folder / "to", "old"));
+    EXPECT_FALSE(linkOrCopyFile(folder / "from", folder / "to"));
+    EXPECT_EQ(textOf(folder / "to"), "old");
+    EXPECT_FALSE(linkOrCopyFile(folder / "gone", folder / "new"));
+    EXPECT_FALSE(linkOrCopyFile(folder.path(), folder / "new"));
+    EXPECT_FALSE(linkOrCopyFile(folder / "from", folder / "missing/new"));
+    EXPECT_FALSE(linkOrCopyFile(folder / "from", "/proc/self/new"));
+    EXPECT_FALSE(fileExists(folder / "new"));
+}
+
 TEST(FullDisk, LeavesNothingBehind) {
     const TestFolder folder;
     const SmallDisk disk(64);
