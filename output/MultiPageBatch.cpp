@@ -116,8 +116,8 @@ bool joinPdf(AppDelegate& controller) {
            moveToTarget(controller, joinedPdfName);
 }
 
-// The copy that the page list shows. An older one of the same number may stand there: the counter
-// starts anew with the program.
+// The copy that the page list shows; it ends with the program, unlike the user's file. An older one
+// of the same number may stand there: the counter starts anew with the program.
 bool joinTiffForList(AppDelegate& controller) {
     const std::string joined = scratchPath(joinedTiffName);
     if (!isJoined(controller, controller.mergeTiffImage(scratchPath(listStagingFolderName))))
@@ -125,7 +125,7 @@ bool joinTiffForList(AppDelegate& controller) {
     if (!fileExists(joined))
         return true;
     removePath(multiTiffListPath);
-    if (moveFile(joined, multiTiffListPath))
+    if (moveScratchFile(joined, multiTiffListPath))
         return true;
     controller.showNoEnoughDiskSpaceMessage();
     return false;

@@ -221,7 +221,9 @@ DispatchResult stageForTiff(AppDelegate& controller,
             scratchPath(scratchRootName) + stagedPageName(controller.currentPage, ".tif");
     const std::string listCopy = scratchPath(listStagingFolderName) + name;
     removePath(listCopy);
-    (void)copyFile(staged, listCopy); // only the list's copy: its result is not tested
+    // Only the list's copy: its result is not tested. It may be a second name of the page, which
+    // nothing changes any more: it is read, moved and removed.
+    (void)linkOrCopyFile(staged, listCopy);
     ++controller.currentMultiPage;
     ++controller.multiPageFile.pages;
     return {code, multiTiffListPath};
