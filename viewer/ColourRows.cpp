@@ -28,12 +28,22 @@ QImage newColourImage(int widthPixels, int heightPixels) {
 }
 
 void putColourRow(std::span<const uint8_t> bytes, ColourOrder order, std::span<QRgb> pixels) {
-    const size_t red = order == ColourOrder::redFirst ? 0 : 2;
+    if (pixels.empty())
+        return;
     const uint8_t* from = bytes.data();
-    for (QRgb& pixel : pixels) {
-        pixel = 0xFF000000U | QRgb{from[red]} << 16 | QRgb{from[1]} << 8 | from[2 - red];
-        from += 3;
-    }
+    const auto last = pixels.end() - 1;
+    // Four bytes make one access to memory; the last pixel has no fourth.
+    if (order == ColourOrder::redFirst)
+        for (auto pixel = pixels.begin(); pixel != last; ++pixel, from += 3)
+            *pixel = 0xFF000000U | (QRgb{from[0]} << 24 | QRgb{from[1]} << 16 | QRgb{from[2]} << 8 |
+                                    QRgb{from[3]}) >>
+                                       8;
+    else
+        for (auto pixel = pixels.begin(); pixel != last; ++pixel, from += 3)
+            *pixel = 0xFF000000U | QRgb{from[0]} | QRgb{from[1]} << 8 | QRgb{from[2]} << 16 |
+                     QRgb{from[3]} << 24;
+    const size_t red = order == ColourOrder::redFirst ? 0 : 2;
+    *last = 0xFF000000U | QRgb{from[red]} << 16 | QRgb{from[1]} << 8 | from[2 - red];
 }
 
 } // namespace paperline
