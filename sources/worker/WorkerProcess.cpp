@@ -6,12 +6,14 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
 #include <string_view>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <spawn.h>
+
 #include <sys/socket.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -141,6 +143,9 @@ bool WorkerProcess::collect() {
 
 bool WorkerProcess::waitForEnd(std::chrono::milliseconds patience) {
     constexpr std::chrono::milliseconds step{5};
+    // Without the descriptor, a look at every step.
+    const Descriptor end(process_ > 0 ? static_cast<int>(syscall(SYS_pidfd_open, process_, 0))
+                                      : -1);
     for (std::chrono::milliseconds waited{0}; process_ > 0; waited += step) {
         if (hasEnded()) {
             // While the leader is not collected the group's number cannot be anyone else's.
@@ -149,8 +154,8 @@ bool WorkerProcess::waitForEnd(std::chrono::milliseconds patience) {
         }
         if (waited >= patience)
             return false;
-        const timespec pause{0, std::chrono::nanoseconds(step).count()};
-        nanosleep(&pause, nullptr);
+        pollfd entry{end.get(), POLLIN, 0};
+        poll(&entry, 1, static_cast<int>(step.count()));
     }
     return true;
 }
