@@ -215,10 +215,10 @@ std::optional<BmpBlock> BmpBlock::allocate(const BmpPageLayout& page) {
     return block;
 }
 
-void BmpBlock::copyRowsBottomUp(const uint8_t* pixels) {
+void BmpBlock::copyFileRows(const uint8_t* pixels, uint64_t firstFileRow, uint64_t count) {
     const auto rowLength = static_cast<uint64_t>(page_.bytesPerRow);
-    const auto rowCount = static_cast<uint64_t>(page_.pixelsHigh);
-    for (uint64_t fileRow = 0; fileRow < rowCount; ++fileRow) {
+    const uint64_t rowCount = fileRowCount();
+    for (uint64_t fileRow = firstFileRow; fileRow < firstFileRow + count; ++fileRow) {
         const uint64_t offset = fileRow * stride_;
         const uint64_t length = std::min(rowLength, rowBytes_ - offset);
         uint8_t* target = rows() + offset;

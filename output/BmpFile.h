@@ -52,7 +52,13 @@ public:
 
     // Copies the rows bottom-up, one block copy each. A row longer than the file's is cut short
     // only where the block ends.
-    void copyRowsBottomUp(const uint8_t* pixels);
+    void copyRowsBottomUp(const uint8_t* pixels) { copyFileRows(pixels, 0, fileRowCount()); }
+
+    // Of these, only so many rows of the file.
+    void copyFileRows(const uint8_t* pixels, uint64_t firstFileRow, uint64_t count);
+    uint64_t fileRowCount() const { return static_cast<uint64_t>(page_.pixelsHigh); }
+    const BmpPageLayout& page() const { return page_; }
+    uint64_t stride() const { return stride_; } // bytes from file row to file row
 
     uint8_t* rows() const { return memory_.get() + bmpHeaderRecordBytes; }
 

@@ -2,8 +2,11 @@
 #include "app/AppDelegate.h"
 #include "app/CvOutputLog.h"
 #include "output/BmpFile.h"
+#include "output/BmpFilling.h"
+#include "platform/Files.h"
 #include "platform/Places.h"
 
+#include <algorithm>
 #include <optional>
 
 namespace paperline {
@@ -18,20 +21,29 @@ bool canBeBmp(const BitmapImageRep& page) {
 int32_t writeBlock(AppDelegate& controller,
                    const std::string& fileName,
                    const BmpHeaderRecord& header,
-                   const BmpPageLayout& layout,
-                   BmpBlock& block) {
-    const uint32_t headerLength = bmpPixelOffset(layout.bitsPerPixel);
+                   BmpBlock& block,
+                   BmpFilling& filling) {
+    const uint32_t headerLength = bmpPixelOffset(block.page().bitsPerPixel);
     if (isScratchFile(fileName, scratchPath)) {
-        const auto stride =
-            static_cast<uint32_t>(bmpStride(layout.pixelsWide, layout.bitsPerPixel));
-        const BmpWriteResult written =
-            writebmp(fileName.c_str(), header, headerLength, block.rows(), stride);
+        filling.awaitAll();
+        const BmpWriteResult written = writebmp(fileName.c_str(),
+                                                header,
+                                                headerLength,
+                                                block.rows(),
+                                                static_cast<uint32_t>(block.stride()));
         controller.lastPageWrite = {
             written.complete ? PageWriteResult::complete : PageWriteResult::incomplete, fileName};
         return written.code;
     }
-    controller.lastPageWrite = writePageFile({fileName, false, controller.nextPagePath},
-                                             block.fileBytes(header, headerLength));
+    const AwaitBytes awaitBytes = [&filling, headerLength](size_t end) {
+        filling.await(end - std::min<size_t>(end, headerLength));
+    };
+    controller.lastPageWrite =
+        writePageFile({fileName, false, controller.nextPagePath},
+                      block.fileBytes(header, headerLength),
+                      [&awaitBytes](const std::string& path, std::span<const uint8_t> bytes) {
+                          return createFileWhileFilling(path, bytes, awaitBytes);
+                      });
     return controller.lastPageWrite.result == PageWriteResult::notOpened ? reportBmpOpenError() : 1;
 }
 
@@ -48,23 +60,29 @@ int32_t AppDelegate::saveAsBMPWithName(uint8_t* pixels,
                                imageRep.pixelsHigh(),
                                imageRep.bitsPerPixel(),
                                imageRep.bytesPerRow()};
-    if (layout.bitsPerPixel == 24)
-        swapRedAndBlue(pixels, layout.pixelsHigh, layout.bytesPerRow);
     if (!canBeBmp(imageRep))
         return -1;
+    // The caller's pixels end swapped whatever happens.
+    const auto swapAlone = [&layout, pixels] {
+        if (layout.bitsPerPixel == 24)
+            swapRedAndBlue(pixels, layout.pixelsHigh, layout.bytesPerRow);
+    };
     const BmpHeaderRecord header = makeBmpHeader(layout, xRes, yRes);
-    if (checkFreeDiskSpace(bmpSpaceEstimate(layout), createFolerprofileFolderName) != 1)
+    if (checkFreeDiskSpace(bmpSpaceEstimate(layout), createFolerprofileFolderName) != 1) {
+        swapAlone();
         return -2;
+    }
 
     std::optional<BmpBlock> block = BmpBlock::allocate(layout);
     if (!block) {
+        swapAlone();
         traceLine("Memory is not enough for save BMP image file");
         showMemoryNotEnoughMessage();
         return -1;
     }
-    block->copyRowsBottomUp(pixels);
+    BmpFilling filling(*block, pixels);
     traceLine("saveAsBMPWithName", "writebmp in");
-    if (writeBlock(*this, fileName, header, layout, *block) == -1)
+    if (writeBlock(*this, fileName, header, *block, filling) == -1)
         return -1;
     traceLine("saveAsBMPWithName", "writebmp out");
     return 0;

@@ -25,11 +25,9 @@ Descriptor openFile(const std::string& path, int flags, unsigned mode) {
 }
 
 bool writeAll(int descriptor, std::span<const uint8_t> bytes) {
-    // A large write makes the kernel look for large runs of free memory, which on a virtual machine
-    // are the ones that its host has taken back and has to give again: four times slower.
-    constexpr size_t pieceBytes = 256 * 1024;
     while (!bytes.empty()) {
-        const ssize_t count = ::write(descriptor, bytes.data(), std::min(bytes.size(), pieceBytes));
+        const ssize_t count =
+            ::write(descriptor, bytes.data(), std::min(bytes.size(), writePieceBytes));
         if (count < 0 && errno == EINTR)
             continue;
         if (count <= 0)

@@ -40,7 +40,11 @@ private:
 // (sticky and writable by all) a link or another user's file is refused.
 [[nodiscard]] Descriptor openForWriting(const std::string& path);
 
-// All the bytes, or false with errno set.
+// A larger write makes the kernel look for large runs of free memory. On a virtual machine these
+// are the ones that its host has taken back and has to give again, which is four times slower.
+inline constexpr size_t writePieceBytes = 256 * 1024;
+
+// All the bytes, in pieces, or false with errno set.
 [[nodiscard]] bool writeAll(int descriptor, std::span<const uint8_t> bytes);
 // Fills as much of `bytes` as the file holds; the count, or -1 with errno set.
 [[nodiscard]] ptrdiff_t readUpTo(int descriptor, std::span<uint8_t> bytes);

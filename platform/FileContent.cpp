@@ -149,13 +149,23 @@ bool writeFileAtomically(const std::string& path, std::span<const uint8_t> bytes
 }
 
 CreateResult createFileWhole(const std::string& path, std::span<const uint8_t> bytes) {
+    return createFileWhileFilling(path, bytes, [](size_t) {});
+}
+
+CreateResult createFileWhileFilling(const std::string& path,
+                                    std::span<const uint8_t> bytes,
+                                    const AwaitBytes& awaitBytes) {
     if (somethingIsThere(path))
         return CreateResult::alreadyThere;
     NewFile file(path);
     if (!file.isOpen())
         return CreateResult::notOpened;
-    if (!writeAll(file.descriptor(), bytes))
-        return CreateResult::failed;
+    for (size_t begin = 0; begin < bytes.size(); begin += writePieceBytes) {
+        const size_t end = std::min(bytes.size(), begin + writePieceBytes);
+        awaitBytes(end);
+        if (!writeAll(file.descriptor(), bytes.subspan(begin, end - begin)))
+            return CreateResult::failed;
+    }
     switch (file.publish()) {
     case 0:
         return CreateResult::created;

@@ -67,6 +67,13 @@ enum class CreateResult {
 };
 [[nodiscard]] CreateResult createFileWhole(const std::string& path, std::span<const uint8_t> bytes);
 
+// The same for bytes that are still being made: `awaitBytes` returns when all before `end` are
+// there.
+using AwaitBytes = std::function<void(size_t end)>;
+[[nodiscard]] CreateResult createFileWhileFilling(const std::string& path,
+                                                  std::span<const uint8_t> bytes,
+                                                  const AwaitBytes& awaitBytes);
+
 // Path text, without looking at the disk.
 std::string lastPathComponent(const std::string& path); // "/a/b/" gives "b"; "/" gives "/"
 std::string folderOfPath(const std::string& path);      // "/a/b" gives "/a"; "a" gives ""

@@ -293,6 +293,23 @@ TEST(WholeFile, AppearsOnlyOnce) {
     EXPECT_THAT(folderEntries(folder.path()), UnorderedElementsAre("page", "dangling"));
 }
 
+TEST(WholeFile, TakesBytesThatAreStillBeingMade) {
+    const TestFolder folder;
+    std::vector<uint8_t> bytes(1'000'003);
+    size_t made = 0;
+    const AwaitBytes awaitBytes = [&bytes, &made](size_t end) {
+        ASSERT_GT(end, made);
+        ASSERT_LE(end, bytes.size());
+        for (; made < end; ++made)
+            bytes[made] = static_cast<uint8_t>(made % 251 + 1);
+    };
+    EXPECT_EQ(createFileWhileFilling(folder / "page", bytes, awaitBytes), CreateResult::created);
+    EXPECT_EQ(made, bytes.size());
+    EXPECT_EQ(readFile(folder / "page"), bytes);
+    EXPECT_EQ(createFileWhileFilling(folder / "page", bytes, awaitBytes),
+              CreateResult::alreadyThere);
+}
+
 TEST(WholeFile, FollowsTheUmask) {
     const TestFolder folder;
     inChild([&] {
