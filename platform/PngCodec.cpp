@@ -16,6 +16,9 @@
 namespace paperline {
 namespace {
 
+// Memory for rows is taken before their bytes are seen. Ours are far shorter.
+constexpr size_t longestRow = 4 * 1024 * 1024;
+
 class PngReader {
 public:
     explicit PngReader(std::span<const uint8_t> bytes) : file_(bytes), rest_(bytes) {
@@ -50,7 +53,8 @@ public:
         const bool isPlain = (colour == PNG_COLOR_TYPE_GRAY || colour == PNG_COLOR_TYPE_RGB) &&
                              png_get_bit_depth(png_, info_) == 8 &&
                              png_get_interlace_type(png_, info_) == PNG_INTERLACE_NONE &&
-                             png_get_valid(png_, info_, PNG_INFO_tRNS) == 0;
+                             png_get_valid(png_, info_, PNG_INFO_tRNS) == 0 &&
+                             png_get_rowbytes(png_, info_) <= longestRow;
         std::unique_ptr<PngStream> stream = isPlain ? PngStream::open(file_) : nullptr;
         if (!stream)
             return nullptr;
@@ -188,10 +192,10 @@ bool hasPngHeader(std::span<const uint8_t> bytes) {
 
 std::unique_ptr<PngRowReader> openPngRows(std::span<const uint8_t> bytes, uint64_t maximumPixels) {
     PngReader reader(bytes);
-    return reader.readHeader() &&
-                   withinPixels(reader.widthPixels(), reader.heightPixels(), maximumPixels)
-               ? reader.openRows()
-               : nullptr;
+    if (!reader.readHeader() ||
+        !withinPixels(reader.widthPixels(), reader.heightPixels(), maximumPixels))
+        return nullptr;
+    return reader.openRows();
 }
 
 std::optional<DecodedImage> decodePng(std::span<const uint8_t> bytes, uint64_t maximumPixels) {

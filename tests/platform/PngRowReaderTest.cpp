@@ -204,6 +204,12 @@ TEST(PngRowReader, OtherLayoutsAreLeftToTheLibrary) {
     EXPECT_FALSE(decodePng(fileOfRows(rows), 1000).has_value());
 }
 
+TEST(PngRowReader, VeryLongRowsAreLeftToTheLibrary) {
+    const Bytes file = fileOfRows(noiseRows(1'400'000, 3, {3}));
+    EXPECT_EQ(openPngRows(file, manyPixels), nullptr);
+    EXPECT_TRUE(decodePng(file, manyPixels).has_value());
+}
+
 // Damage that the chunks' checksums do not show.
 TEST(PngRowReader, DamageIsFoundWhereTheLibraryFindsIt) {
     std::mt19937 random(23);
