@@ -27,8 +27,10 @@ public:
     // Loads the page and shows it. A file that cannot be loaded changes nothing, but a page of a
     // PDF file that cannot be drawn shows no page. The answer says what happened.
     PageLoadError setImagePath(const std::string& path, int imageIndex);
-    // The pages that the next calls will probably name; the one that is shown may be among them.
-    void expectPages(std::vector<PagePlace> pages) { pagesAhead_.expect(std::move(pages)); }
+    // The page that was asked for last, and those that the next calls will probably name.
+    void expectPages(const PagePlace& shown, const std::vector<PagePlace>& next) {
+        pagesAhead_.expect(shown, next);
+    }
     void setImage(std::shared_ptr<const PageRaster> image, const PageProperties& withMetadata);
 
     float dpiWidth() const;

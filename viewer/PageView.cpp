@@ -66,15 +66,14 @@ Rect frameOf(const QWidget* widget) {
 }
 
 // No page is loaded ahead of a scan: it needs the memory and the processors itself.
-std::vector<PagePlace> expectedPages(const AppDelegate& controller, uint32_t shownRow) {
-    const std::vector<CellInfo>& rows = controller.cellInfos;
-    const auto place = [&rows](size_t row) {
-        return PagePlace{rows[row].imageFullPath, rows[row].imageIndex};
-    };
-    std::vector<PagePlace> pages{place(shownRow)};
-    if (!delayedMessagesAreHeld())
-        for (const size_t row : nextRows(shownRow, controller._selectedRaw, rows.size()))
-            pages.push_back(place(row));
+std::vector<PagePlace> pagesBeside(const AppDelegate& controller, uint32_t row) {
+    std::vector<PagePlace> pages;
+    if (delayedMessagesAreHeld())
+        return pages;
+    for (const size_t next : nextRows(row, controller._selectedRaw, controller.cellInfos.size())) {
+        const CellInfo& page = controller.cellInfos[next];
+        pages.push_back({page.imageFullPath, page.imageIndex});
+    }
     return pages;
 }
 
@@ -86,7 +85,8 @@ void loadIntoView(const AppDelegate& controller, uint32_t row) {
         controller.mImageView->setImagePath(page.imageFullPath, page.imageIndex);
     if (error != PageLoadError::none)
         systemLog("Page not shown: " + page.imageFullPath + ": " + describe(error));
-    controller.mImageView->expectPages(expectedPages(controller, row));
+    controller.mImageView->expectPages({page.imageFullPath, page.imageIndex},
+                                       pagesBeside(controller, row));
 }
 
 // Frame and scrollers for the file's pages. False: some of them are not measured yet.

@@ -66,13 +66,14 @@ LoadedPage PagesAhead::load(const PagePlace& page) {
     return loaded;
 }
 
-void PagesAhead::expect(std::vector<PagePlace> pages) {
+void PagesAhead::expect(const PagePlace& shown, const std::vector<PagePlace>& next) {
     {
         const std::lock_guard lock(mutex_);
-        expected_ = std::move(pages);
-        leftOut_.clear();
+        kept_ = {shown};
+        kept_.insert(kept_.end(), next.begin(), next.end());
+        leftOut_ = {shown};
         std::erase_if(entries_,
-                      [this](const Entry& entry) { return !contains(expected_, entry.place); });
+                      [this](const Entry& entry) { return !contains(kept_, entry.place); });
         startLoading_ = std::chrono::steady_clock::now() + timeToDraw;
         if (nextMissing() && !thread_.joinable()) {
             try {
@@ -91,7 +92,7 @@ bool PagesAhead::isHeld(const PagePlace& place) const {
 }
 
 std::optional<PagePlace> PagesAhead::nextMissing() const {
-    for (const PagePlace& place : expected_)
+    for (const PagePlace& place : kept_)
         if (!isHeld(place) && !contains(leftOut_, place))
             return place;
     return std::nullopt;
@@ -130,7 +131,7 @@ void PagesAhead::loadAhead(const PagePlace& place, std::unique_lock<std::mutex>&
     loading_.reset();
     if (loaded.raster == nullptr)
         leftOut_.push_back(place);
-    else if (contains(expected_, place))
+    else if (contains(kept_, place))
         hold({place, *file, std::move(loaded)});
     changed_.notify_all();
 }

@@ -36,11 +36,11 @@ public:
     // The page as it is on disk now, whether it was expected or not.
     [[nodiscard]] LoadedPage load(const PagePlace& page);
 
-    // Lets go of all other pages and begins to load those of these that are missing, in this order.
-    // Left out are pages whose pixels need more than `mostBytesOfPage`, pages of PDF files, and
-    // files that were written within `youngAge`: a clock of coarse steps would not tell another
-    // change.
-    void expect(std::vector<PagePlace> pages);
+    // Keeps the page that is shown, lets go of all others but the next ones, and begins to load
+    // those of them that are missing, in this order. Left out are pages whose pixels need more than
+    // `mostBytesOfPage`, pages of PDF files, and files that were written within `youngAge`: a clock
+    // of coarse steps would not tell another change.
+    void expect(const PagePlace& shown, const std::vector<PagePlace>& next);
 
     // An A4 page of 300 dpi in 32-bit colour has 35 MB.
     static constexpr uint64_t mostBytesOfPage = uint64_t{48} << 20U;
@@ -63,8 +63,8 @@ private:
     Loader load_;
     std::mutex mutex_; // guards all below but the thread
     std::condition_variable changed_;
-    std::vector<PagePlace> expected_;
-    std::vector<PagePlace> leftOut_; // of those: nothing was loaded ahead of them
+    std::vector<PagePlace> kept_;
+    std::vector<PagePlace> leftOut_; // of those: they are not to be loaded ahead
     std::vector<Entry> entries_;
     std::optional<PagePlace> loading_;
     std::chrono::steady_clock::time_point startLoading_;

@@ -10,6 +10,7 @@
 #include <future>
 #include <latch>
 #include <memory>
+#include <mutex>
 #include <thread>
 
 namespace paperline {
@@ -48,6 +49,7 @@ protected:
     std::atomic<int> loadsHere_{0};
     std::atomic<int> loadsAhead_{0};
     TemporaryFolder folder_;
+    const PagePlace shown_{folder_.file("shown.png"), 0};
 };
 
 QRgb middle(const LoadedPage& page) {
@@ -66,7 +68,7 @@ constexpr QRgb blue = qRgb(0, 0, 255);
 TEST_F(PagesAheadTest, AnExpectedPageIsThereWhenItIsAskedFor) {
     const PagePlace page = write("a.png", filled(red));
     PagesAhead pages(counting());
-    pages.expect({page});
+    pages.expect(shown_, {page});
     ASSERT_TRUE(waitForLoadsAhead(1));
     const LoadedPage loaded = pages.load(page);
     ASSERT_NE(loaded.raster, nullptr);
@@ -92,7 +94,7 @@ TEST_F(PagesAheadTest, PagesAreLoadedInTheOrderGiven) {
         both.count_down();
         return loadPage(path, pageIndex);
     });
-    pages.expect({first, second});
+    pages.expect(shown_, {first, second});
     both.wait();
     EXPECT_EQ(order, (std::vector<std::string>{first.path, second.path}));
 }
@@ -101,10 +103,23 @@ TEST_F(PagesAheadTest, TheShownPageIsKeptWhileItIsExpected) {
     const PagePlace page = write("a.png", filled(red));
     PagesAhead pages(counting());
     const auto raster = pages.load(page).raster;
-    pages.expect({page});
+    pages.expect(page, {});
     EXPECT_EQ(pages.load(page).raster, raster);
     EXPECT_EQ(loadsHere_, 1);
     EXPECT_EQ(loadsAhead_, 0);
+}
+
+TEST_F(PagesAheadTest, TheShownPageIsNotLoadedAhead) {
+    const PagePlace page = write("a.png", filled(red));
+    const PagePlace next = write("b.png", filled(blue));
+    std::promise<std::string> first;
+    std::once_flag once;
+    PagesAhead pages([&](const std::string& path, int pageIndex) {
+        std::call_once(once, [&] { first.set_value(path); });
+        return loadPage(path, pageIndex);
+    });
+    pages.expect(page, {next});
+    EXPECT_EQ(first.get_future().get(), next.path);
 }
 
 TEST_F(PagesAheadTest, PagesThatAreNoLongerExpectedGo) {
@@ -112,7 +127,7 @@ TEST_F(PagesAheadTest, PagesThatAreNoLongerExpectedGo) {
     PagesAhead pages(counting());
     const std::weak_ptr<const PageRaster> raster = pages.load(page).raster;
     ASSERT_FALSE(raster.expired());
-    pages.expect({});
+    pages.expect(shown_, {});
     EXPECT_TRUE(raster.expired());
 }
 
@@ -120,7 +135,7 @@ TEST_F(PagesAheadTest, AReplacedFileIsLoadedAnew) {
     const PagePlace page = write("a.bmp", filled(red));
     const auto time = std::filesystem::last_write_time(page.path);
     PagesAhead pages(counting());
-    pages.expect({page});
+    pages.expect(shown_, {page});
     ASSERT_TRUE(waitForLoadsAhead(1));
     ASSERT_EQ(middle(pages.load(page)), red);
     // Another file of the same name, size and time.
@@ -135,7 +150,7 @@ TEST_F(PagesAheadTest, AReplacedFileIsLoadedAnew) {
 TEST_F(PagesAheadTest, AFileWrittenInPlaceIsLoadedAnew) {
     const PagePlace page = write("a.bmp", filled(red));
     PagesAhead pages(counting());
-    pages.expect({page});
+    pages.expect(shown_, {page});
     ASSERT_TRUE(waitForLoadsAhead(1));
     ASSERT_EQ(middle(pages.load(page)), red);
     const PagePlace other = write("b.bmp", filled(blue));
@@ -146,7 +161,7 @@ TEST_F(PagesAheadTest, AFileWrittenInPlaceIsLoadedAnew) {
 TEST_F(PagesAheadTest, AVanishedFileIsMissed) {
     const PagePlace page = write("a.png", filled(red));
     PagesAhead pages(counting());
-    pages.expect({page});
+    pages.expect(shown_, {page});
     ASSERT_TRUE(waitForLoadsAhead(1));
     ASSERT_NE(pages.load(page).raster, nullptr);
     std::filesystem::remove(page.path);
@@ -161,7 +176,7 @@ TEST_F(PagesAheadTest, ADamagedPageIsAskedOfItsFileAgain) {
     cutTo(page.path, 60);
     setAge(page.path, 1h);
     PagesAhead pages(counting());
-    pages.expect({page});
+    pages.expect(shown_, {page});
     ASSERT_TRUE(waitForLoadsAhead(1));
     EXPECT_NE(pages.load(page).error, PageLoadError::none);
     writeBytes(page.path, whole);
@@ -185,7 +200,8 @@ TEST_F(PagesAheadTest, LeavesOutWhatItMustNotLoad) {
         loaded.count_down();
         return loadPage(path, pageIndex);
     });
-    pages.expect({young, {folder_.file("a.pdf"), 0}, huge, {folder_.file("none.png"), 0}, plain});
+    pages.expect(shown_,
+                 {young, {folder_.file("a.pdf"), 0}, huge, {folder_.file("none.png"), 0}, plain});
     loaded.wait();
     EXPECT_EQ(order, std::vector<std::string>{plain.path});
 }
@@ -195,7 +211,7 @@ TEST_F(PagesAheadTest, ThePagesOfOneFileAreToldApart) {
     writeTiff(path, {{filled(red)}, {filled(blue)}});
     setAge(path, 1h);
     PagesAhead pages(counting());
-    pages.expect({{path, 0}, {path, 1}});
+    pages.expect(shown_, {{path, 0}, {path, 1}});
     ASSERT_TRUE(waitForLoadsAhead(2));
     EXPECT_EQ(middle(pages.load({path, 1})), blue);
     EXPECT_EQ(middle(pages.load({path, 0})), red);
@@ -223,7 +239,7 @@ TEST_F(PagesAheadTest, APageThatIsBeingLoadedIsWaitedFor) {
     const PagePlace page = write("a.png", filled(red));
     HeldLoader held;
     PagesAhead pages(held.loader());
-    pages.expect({page});
+    pages.expect(shown_, {page});
     held.begun.wait();
     std::future<LoadedPage> asked =
         std::async(std::launch::async, [&] { return pages.load(page); });
@@ -242,9 +258,9 @@ TEST_F(PagesAheadTest, APageThatIsNoLongerExpectedWhenItIsLoadedIsNotKept) {
         given.set_value(loaded.raster);
         return loaded;
     });
-    pages.expect({page});
+    pages.expect(shown_, {page});
     held.begun.wait();
-    pages.expect({});
+    pages.expect(shown_, {});
     held.mayEnd.set_value();
     const std::weak_ptr<const PageRaster> raster = given.get_future().get();
     const auto end = std::chrono::steady_clock::now() + 20s;
@@ -257,7 +273,7 @@ TEST_F(PagesAheadTest, EndsAfterThePageThatIsBeingLoaded) {
     const PagePlace page = write("a.png", filled(red));
     HeldLoader held;
     auto pages = std::make_unique<PagesAhead>(held.loader());
-    pages->expect({page});
+    pages->expect(shown_, {page});
     held.begun.wait();
     std::future<void> ended = std::async(std::launch::async, [&] { pages.reset(); });
     EXPECT_EQ(ended.wait_for(50ms), std::future_status::timeout);
