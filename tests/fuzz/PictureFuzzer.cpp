@@ -1,0 +1,30 @@
+// Pages as users' folders hold them: every reader of pictures, on any bytes.
+#include "platform/GifDecoder.h"
+#include "platform/PictureReader.h"
+#include "viewer/PictureHeader.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count) {
+    constexpr uint64_t fewPixels = 1U << 20;
+    constexpr int fewPages = 4;
+    (void)paperline::decodeGif({bytes, count}, fewPixels);
+    // The other readers ask for a file.
+    const int file = memfd_create("picture", MFD_CLOEXEC);
+    if (file < 0 || write(file, bytes, count) != static_cast<ssize_t>(count))
+        return -1;
+    const std::string path = "/proc/self/fd/" + std::to_string(file);
+    (void)paperline::readPictureSizes(path);
+    (void)paperline::picturePageCount(path);
+    for (int page = 0; page < fewPages; ++page) {
+        (void)paperline::readPictureHeader(path, page);
+        (void)paperline::readPicture(path, page, fewPixels);
+    }
+    close(file);
+    return 0;
+}
