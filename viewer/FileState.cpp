@@ -12,7 +12,9 @@ std::optional<FileState> fileState(const std::string& path) {
                      static_cast<uint64_t>(status.st_ino),
                      static_cast<int64_t>(status.st_size),
                      static_cast<int64_t>(status.st_mtim.tv_sec),
-                     static_cast<int64_t>(status.st_mtim.tv_nsec)};
+                     static_cast<int64_t>(status.st_mtim.tv_nsec),
+                     static_cast<int64_t>(status.st_ctim.tv_sec),
+                     static_cast<int64_t>(status.st_ctim.tv_nsec)};
 }
 
 } // namespace paperline

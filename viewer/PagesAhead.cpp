@@ -3,8 +3,7 @@
 #include "viewer/PageListing.h"
 
 #include <algorithm>
-#include <new>
-#include <system_error>
+#include <exception>
 #include <utility>
 
 namespace paperline {
@@ -78,7 +77,7 @@ void PagesAhead::expect(const PagePlace& shown, const std::vector<PagePlace>& ne
         if (nextMissing() && !thread_.joinable()) {
             try {
                 thread_ = std::thread([this] { work(); });
-            } catch (const std::system_error&) {
+            } catch (const std::exception&) {
                 // Pages are then loaded when they are asked for.
             }
         }
@@ -124,8 +123,8 @@ void PagesAhead::loadAhead(const PagePlace& place, std::unique_lock<std::mutex>&
     try {
         if (file && !isYoung(*file) && canLoadAhead(place))
             loaded = load_(place.path, place.pageIndex);
-    } catch (const std::bad_alloc&) {
-        // Then not now.
+    } catch (const std::exception&) {
+        // Then when it is asked for, and there.
     }
     lock.lock();
     loading_.reset();
