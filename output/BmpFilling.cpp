@@ -1,7 +1,7 @@
 #include "output/BmpFilling.h"
 
 #include <algorithm>
-#include <system_error>
+#include <exception>
 
 namespace paperline {
 
@@ -28,8 +28,8 @@ BmpFilling::BmpFilling(BmpBlock& block, uint8_t* pixels) : block_(block), pixels
         try {
             helper_ = std::thread([this] { fill(); });
             return;
-        } catch (const std::system_error&) {
-            // No thread to be had: then before the file is written.
+        } catch (const std::exception&) {
+            // No thread, or no memory for one: then before the file is written.
         }
     }
     fill();
@@ -61,7 +61,8 @@ void BmpFilling::fill() {
                            page.bytesPerRow);
         block_.copyFileRows(pixels_, row, count);
         row += count;
-        filledRows_.store(static_cast<uint32_t>(row), std::memory_order_release);
+        // In one order with the look at who waits: a weaker store could miss one who begins to.
+        filledRows_.store(static_cast<uint32_t>(row));
         filledRows_.notify_one();
     }
 }

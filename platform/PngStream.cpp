@@ -4,9 +4,9 @@
 #include <array>
 #include <atomic>
 #include <cstring>
+#include <exception>
 #include <mutex>
 #include <new>
-#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -157,7 +157,7 @@ public:
                     waitForReader();
                 } while (openNext(opener));
             });
-        } catch (const std::system_error&) {
+        } catch (const std::exception&) {
             // The reader opens them all.
         }
     }
