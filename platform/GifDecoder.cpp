@@ -87,19 +87,24 @@ std::vector<uint8_t> readCodes(GifFileType& gif, int& literalBits, size_t mostBy
     return codes;
 }
 
+PaletteColour colourOf(const GifColorType& colour) {
+    return {colour.Red, colour.Green, colour.Blue};
+}
+
 void takeColours(const GifFileType& gif, int transparent, GifPicture& picture) {
     const bool hasOwnPalette = gif.Image.ColorMap != nullptr;
     const ColorMapObject& map = hasOwnPalette ? *gif.Image.ColorMap : *gif.SColorMap;
     picture.colours.fill(white);
     const auto count = std::min(static_cast<size_t>(map.ColorCount), picture.colours.size());
     for (size_t place = 0; place < count; ++place)
-        picture.colours[place] = {
-            map.Colors[place].Red, map.Colors[place].Green, map.Colors[place].Blue};
+        picture.colours[place] = colourOf(map.Colors[place]);
     if (transparent != NO_TRANSPARENT_COLOR) {
         picture.colours[static_cast<size_t>(transparent)] = white;
         picture.behind = white;
-    } else if (!hasOwnPalette) {
-        picture.behind = picture.colours[static_cast<size_t>(gif.SBackGroundColor)];
+    } else if (gif.SColorMap != nullptr) {
+        const GifColorType* const colours = gif.SColorMap->Colors;
+        const bool meansNothing = gif.SBackGroundColor >= gif.SColorMap->ColorCount;
+        picture.behind = meansNothing ? white : colourOf(colours[gif.SBackGroundColor]);
     }
 }
 

@@ -159,6 +159,23 @@ TEST(GifDecoding, WithoutAPaletteThereAreNoColours) {
     EXPECT_FALSE(decodeGif(file, plenty).has_value());
 }
 
+// It is the screen's colour, also where the picture has a palette of its own.
+TEST(GifDecoding, BehindThePictureTheScreenShows) {
+    const Bytes own{1, 2, 3, 4, 5, 6};
+    Bytes file = tinyGif();
+    file[28] = 0x80;
+    file.insert(file.begin() + 29, own.begin(), own.end());
+    file[11] = 1; // the second colour of the screen
+    auto picture = decodeGif(file, plenty);
+    ASSERT_TRUE(picture.has_value());
+    EXPECT_EQ(picture->colours[0], (PaletteColour{1, 2, 3}));
+    EXPECT_EQ(picture->behind, (PaletteColour{255, 254, 253}));
+    file[11] = 9; // which it does not have
+    picture = decodeGif(file, plenty);
+    ASSERT_TRUE(picture.has_value());
+    EXPECT_EQ(picture->behind, (PaletteColour{255, 255, 255}));
+}
+
 TEST(GifDecoding, ExtensionsMayStandInFront) {
     const Bytes control{0x21, 0xF9, 4, 1, 0, 0, 1, 0}; // the second colour is transparent
     const Bytes comment{0x21, 0xFE, 2, 'h', 'i', 0};
