@@ -142,20 +142,24 @@ bool WorkerProcess::collect() {
 }
 
 bool WorkerProcess::waitForEnd(std::chrono::milliseconds patience) {
-    constexpr std::chrono::milliseconds step{5};
+    using Clock = std::chrono::steady_clock;
+    constexpr int stepMilliseconds = 5;
+    const Clock::time_point giveUp = Clock::now() + patience;
     // Without the descriptor, a look at every step.
     const Descriptor end(process_ > 0 ? static_cast<int>(syscall(SYS_pidfd_open, process_, 0))
                                       : -1);
-    for (std::chrono::milliseconds waited{0}; process_ > 0; waited += step) {
+    while (process_ > 0) {
         if (hasEnded()) {
             // While the leader is not collected the group's number cannot be anyone else's.
             ::kill(-process_, SIGKILL);
             return collect();
         }
-        if (waited >= patience)
+        if (Clock::now() >= giveUp)
             return false;
         pollfd entry{end.get(), POLLIN, 0};
-        poll(&entry, 1, static_cast<int>(step.count()));
+        // One that is traced may have ended for its descriptor before it can be collected.
+        if (poll(&entry, 1, stepMilliseconds) > 0 && !hasEnded())
+            poll(nullptr, 0, stepMilliseconds);
     }
     return true;
 }
