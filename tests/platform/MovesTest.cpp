@@ -15,29 +15,6 @@ using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 using namespace testing_support;
 
-dev_t deviceOf(const std::string& path) {
-    struct stat status = {};
-    EXPECT_EQ(::stat(path.c_str(), &status), 0) << path;
-    return status.st_dev;
-}
-
-// A folder on another file system than the test folder's: a mounted one or, without the right to
-// mount, the shared memory's.
-class OtherFileSystem {
-public:
-    explicit OtherFileSystem(dev_t notThis) {
-        if (deviceOf(disk_.path()) == notThis)
-            shared_.emplace("/dev/shm");
-        EXPECT_NE(deviceOf(path()), notThis) << "no second file system";
-    }
-    const std::string& path() const { return shared_ ? shared_->path() : disk_.path(); }
-    std::string operator/(const std::string& name) const { return path() + "/" + name; }
-
-private:
-    SmallDisk disk_{1024};
-    std::optional<TestFolder> shared_;
-};
-
 TEST(Moving, RenamesWithinAFileSystem) {
     const TestFolder folder;
     ASSERT_TRUE(put(folder / "from", "content"));

@@ -1,6 +1,7 @@
-// What the tests of platform/ share: environment, another user's file, a small disk.
+// What the tests of platform/ share: environment, another user's file.
 #pragma once
 
+#include "tests/support/OtherFileSystem.h"
 #include "tests/support/TestFolder.h"
 
 #include "platform/Files.h"
@@ -81,10 +82,6 @@ inline void inChild(const std::function<void()>& body) {
     EXPECT_EQ(WEXITSTATUS(status), 0) << "see the failures above";
 }
 
-inline bool shell(const std::string& command) {
-    return std::system((command + " >/dev/null 2>&1").c_str()) == 0;
-}
-
 inline void writeMap(const char* file, const std::string& text) {
     ASSERT_TRUE(put(file, text)) << file;
 }
@@ -107,38 +104,5 @@ inline void asAnotherUsers(const std::string& path, const std::function<void()>&
         body();
     });
 }
-
-// A file system with little room, mounted by root or sudo; without either the process's own limit
-// of a file's size stands in for it.
-class SmallDisk {
-public:
-    explicit SmallDisk(unsigned kilobytes) {
-        const std::string size = "size=" + std::to_string(kilobytes) + "k,mode=0777";
-        mounted_ = ::mount("tmpfs", folder_.path().c_str(), "tmpfs", 0, size.c_str()) == 0 ||
-                   shell("sudo -n mount -t tmpfs -o " + size + " tmpfs '" + folder_.path() + "'");
-        if (mounted_)
-            return;
-        ::getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit limit{rlim_t{kilobytes} * 1024, before_.rlim_max};
-        ::setrlimit(RLIMIT_FSIZE, &limit);
-        ::signal(SIGXFSZ, SIG_IGN);
-    }
-    ~SmallDisk() {
-        if (!mounted_)
-            ::setrlimit(RLIMIT_FSIZE, &before_);
-        else if (::umount2(folder_.path().c_str(), MNT_DETACH) != 0)
-            shell("sudo -n umount -l '" + folder_.path() + "'");
-    }
-    SmallDisk(const SmallDisk&) = delete;
-    SmallDisk& operator=(const SmallDisk&) = delete;
-
-    std::string operator/(const std::string& name) const { return folder_ / name; }
-    const std::string& path() const { return folder_.path(); }
-
-private:
-    TestFolder folder_;
-    bool mounted_ = false;
-    rlimit before_{};
-};
 
 } // namespace paperline::testing_support
