@@ -46,7 +46,7 @@ public:
     uint64_t widthPixels() const { return png_get_image_width(png_, info_); }
     uint64_t heightPixels() const { return png_get_image_height(png_, info_); }
 
-    // The rows of a large page of our own writer, which are read twice as fast as by the library.
+    // The rows of a large page as our own writer makes it, read twice as fast as by the library.
     // Null for every other page.
     std::unique_ptr<PngRowReader> openRows() const {
         const int colour = png_get_color_type(png_, info_);

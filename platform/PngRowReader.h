@@ -43,8 +43,8 @@ private:
     std::vector<uint8_t> above_;
 };
 
-// The rows of a large page of our own writer. Null for any other file, and one of more than
-// `maximumPixels`. Borrows the bytes.
+// The rows of a large page as our own writer makes it. Null for any other file, and one of more
+// than `maximumPixels`. Borrows the bytes.
 std::unique_ptr<PngRowReader> openPngRows(std::span<const uint8_t> bytes, uint64_t maximumPixels);
 
 } // namespace paperline
