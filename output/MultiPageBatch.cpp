@@ -87,7 +87,7 @@ void setJoinedPagesAside(const std::vector<std::string>& pagesLeftOut) {
     const std::string staging = scratchPath(stagingFolderName);
     const std::string aside = scratchPath(joinedPagesName);
     removePath(aside);
-    if (pagesLeftOut.empty() && moveFile(staging, aside)) {
+    if (pagesLeftOut.empty() && moveScratchFile(staging, aside)) {
         if (!createPrivateFolder(staging))
             traceText("temporary folder not made", staging);
         return;
