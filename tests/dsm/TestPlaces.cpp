@@ -3,16 +3,11 @@
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
-#include <stdexcept>
 
 namespace paperline::test {
 namespace fs = std::filesystem;
 
 TestPlaces::TestPlaces() {
-    std::string name = (fs::temp_directory_path() / "dsm-test-XXXXXX").string();
-    if (::mkdtemp(name.data()) == nullptr)
-        throw std::runtime_error("no folder for the test");
-    folder_ = name;
     ::setenv("PAPERLINE_ROOT", (folder_ / "root").c_str(), 1);
     ::setenv("HOME", (folder_ / "home").c_str(), 1);
     ::setenv("XDG_DATA_HOME", (folder_ / "data").c_str(), 1);
@@ -21,11 +16,6 @@ TestPlaces::TestPlaces() {
     ::unsetenv("PAPERLINE_DSM");
     fs::create_directories(managerFile().parent_path());
     fs::copy_file(TEST_MANAGER_FILE, managerFile());
-}
-
-TestPlaces::~TestPlaces() {
-    std::error_code ignored;
-    fs::remove_all(folder_, ignored);
 }
 
 fs::path TestPlaces::systemBundles() const {

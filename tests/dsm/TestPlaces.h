@@ -1,6 +1,8 @@
 // Folders of a test: its own system root, user data folder and bundle, and the manager's log.
 #pragma once
 
+#include "tests/support/TestFolder.h"
+
 #include <filesystem>
 #include <string>
 
@@ -11,7 +13,6 @@ namespace paperline::test {
 class TestPlaces {
 public:
     TestPlaces();
-    ~TestPlaces();
     TestPlaces(const TestPlaces&) = delete;
     TestPlaces& operator=(const TestPlaces&) = delete;
 
@@ -31,7 +32,8 @@ public:
     std::string log() const; // what the manager has logged so far
 
 private:
-    std::filesystem::path folder_;
+    const testing_support::TestFolder temporary_;
+    const std::filesystem::path folder_ = temporary_.path();
 };
 
 void writeText(const std::filesystem::path& file, const std::string& text); // and its folders

@@ -1,4 +1,4 @@
-// Settings and bundles' descriptions. What is read must be written, and read again as the same.
+// Settings and bundles' descriptions. What is written can be read again.
 #include "platform/PropertyList.h"
 
 #include <cstddef>

@@ -1,12 +1,12 @@
 // A folder of one test.
 #pragma once
 
-#include "platform/Files.h"
-
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <string>
+#include <system_error>
 
 namespace paperline::testing_support {
 
@@ -20,7 +20,10 @@ public:
         if (::mkdtemp(path_.data()) == nullptr)
             ADD_FAILURE() << "no test folder at " << path_;
     }
-    ~TestFolder() { removePath(path_); }
+    ~TestFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
     TestFolder(const TestFolder&) = delete;
     TestFolder& operator=(const TestFolder&) = delete;
 

@@ -1,6 +1,7 @@
 // Bundles' configuration and the option lines of users and of one scan.
 #include "sources/framework/OptionLines.h"
 #include "sources/framework/SourceConfiguration.h"
+#include "tests/support/TestFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -15,13 +16,10 @@ namespace {
 class Configuration : public testing::Test {
 protected:
     Configuration() {
-        folder = testing::TempDir() + "paperline-conf-XXXXXX";
-        EXPECT_NE(mkdtemp(folder.data()), nullptr);
         setenv("XDG_DATA_HOME", folder.c_str(), 1);
         unsetenv("PAPERLINE_SOURCE_OPTIONS");
     }
     ~Configuration() override {
-        std::filesystem::remove_all(folder);
         unsetenv("XDG_DATA_HOME");
         unsetenv("PAPERLINE_SOURCE_OPTIONS");
     }
@@ -32,7 +30,8 @@ protected:
     std::string bundle() const { return folder + "/A.ds"; }
     std::string conf() const { return bundle() + "/Versions/A/Resources/source.conf"; }
 
-    std::string folder;
+    const testing_support::TestFolder temporary;
+    const std::string folder = temporary.path();
 };
 
 using Settings = std::vector<OptionSetting>;

@@ -1,5 +1,6 @@
 // Image information and the three ways a page goes to the application.
 #include "tests/sources/framework/SourceFixture.h"
+#include "tests/support/TestFolder.h"
 
 #include <cstdlib>
 #include <fstream>
@@ -163,9 +164,8 @@ TEST_F(DataSourceTransfer, NativeTransferWithoutMemory) {
 }
 
 TEST_F(DataSourceTransfer, FileTransferWritesTheNamedFile) {
-    std::string folder = testing::TempDir() + "paperline-file-XXXXXX";
-    ASSERT_NE(mkdtemp(folder.data()), nullptr);
-    const std::string path = folder + "/page.tif";
+    const testing_support::TestFolder folder;
+    const std::string path = folder / "page.tif";
     reachTransferReady({ScriptedPage::of(5, 3, 24)});
     abi::SetupFileXfer setup{};
     std::memcpy(setup.FileName, path.c_str(), path.size());
@@ -183,7 +183,7 @@ TEST_F(DataSourceTransfer, FileTransferWritesTheNamedFile) {
     ASSERT_EQ(content.size(), header->size() + 45);
     EXPECT_EQ(std::memcmp(content.data() + header->size(), feed->current.pixels.data(), 45), 0);
     EXPECT_EQ(unlink(path.c_str()), 0);
-    EXPECT_EQ(rmdir(folder.c_str()), 0);
+    EXPECT_EQ(rmdir(folder.path().c_str()), 0);
 }
 
 TEST_F(DataSourceTransfer, AFileThatCannotBeWrittenFailsAndThePageStays) {

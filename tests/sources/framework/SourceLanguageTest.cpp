@@ -1,6 +1,7 @@
 #include "sources/framework/SourceLanguage.h"
 
 #include "tests/sources/framework/SourceFixture.h"
+#include "tests/support/TestFolder.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -77,7 +78,6 @@ TEST(LocalizedConditionText, IsTheApplicationsSentence) {
 class SourceLanguage : public SourceFixture {
 protected:
     SourceLanguage() {
-        EXPECT_NE(mkdtemp(bundle.data()), nullptr);
         std::filesystem::create_directories(bundle + "/Versions/A");
         SourceConfiguration configuration;
         configuration.bundlePath = bundle;
@@ -88,8 +88,6 @@ protected:
         feed->text = "Sheet 7 is askew";
         source = std::make_unique<DataSource>(configuration, std::move(owned));
     }
-    ~SourceLanguage() override { std::filesystem::remove_all(bundle); }
-
     void setLanguage(int32_t language) const {
         std::ofstream(bundle + "/Versions/A/cvscan.plist") << plist(
             profile("<key>Language</key><integer>" + std::to_string(language) + "</integer>"));
@@ -102,7 +100,8 @@ protected:
         ScriptedManager::release(status.UTF8string);
         return text;
     }
-    std::string bundle = "/tmp/paperline-source-XXXXXX";
+    const testing_support::TestFolder temporary;
+    const std::string bundle = temporary.path();
 };
 
 TEST_F(SourceLanguage, FollowsTheBundlesFileWhileTheSourceIsOpen) {

@@ -1,4 +1,5 @@
 // Discovery by the worker program as users run it, with SANE's test backends and broken ones.
+#include "tests/support/TestFolder.h"
 #include "twain/abi/StandardRecords.h"
 #include "twain/abi/TwainConstants.h"
 
@@ -32,15 +33,12 @@ std::string contentOf(const fs::path& path) {
 class Discovery : public testing::Test {
 protected:
     void SetUp() override {
-        root = (fs::temp_directory_path() / "paperline-discovery-XXXXXX").string();
-        ASSERT_NE(mkdtemp(root.data()), nullptr);
         fs::create_directory(root + "/sane");
         bundles = root + "/data/TWAIN Data Sources";
         configure("test", 2);
         std::ofstream(root + "/sane/pnm.conf");
         std::ofstream(root + "/sane/hanging.conf");
     }
-    void TearDown() override { fs::remove_all(root); }
 
     void configure(const std::string& backends, int testDevices) const {
         std::ofstream(root + "/sane/dll.conf") << backends << "\n";
@@ -83,7 +81,9 @@ protected:
         return bundles + "/" + product + ".ds/Versions/A/" + file;
     }
 
-    std::string root, bundles, output, errors;
+    const testing_support::TestFolder temporary;
+    const std::string root = temporary.path();
+    std::string bundles, output, errors;
     const std::string first = "Noname frontend-tester";
     const std::string second = "Noname frontend-tester 2";
 };

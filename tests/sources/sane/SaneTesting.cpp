@@ -137,18 +137,14 @@ void KeepingSink::finish(int32_t heightPixels) {
     pages.push_back(std::move(page_));
 }
 
-SaneConfiguration::SaneConfiguration(const std::string& backend, const std::string& lines)
-    : folder_((std::filesystem::temp_directory_path() / "paperline-sane-XXXXXX").string()) {
-    if (mkdtemp(folder_.data()) == nullptr)
-        std::abort();
-    std::ofstream(folder_ + "/dll.conf") << backend << "\n";
-    std::ofstream(folder_ + "/" + backend + ".conf") << lines;
-    setenv("SANE_CONFIG_DIR", folder_.c_str(), 1);
+SaneConfiguration::SaneConfiguration(const std::string& backend, const std::string& lines) {
+    std::ofstream(folder_ / "dll.conf") << backend << "\n";
+    std::ofstream(folder_ / (backend + ".conf")) << lines;
+    setenv("SANE_CONFIG_DIR", folder_.path().c_str(), 1);
 }
 
 SaneConfiguration::~SaneConfiguration() {
     unsetenv("SANE_CONFIG_DIR");
-    std::filesystem::remove_all(folder_);
 }
 
 std::vector<KeptPage>
@@ -161,17 +157,13 @@ scanimagePages(const std::string& device, const OptionValues& options, bool batc
     if (!batch)
         return parsePnm(outputOfScanimage(words));
     // scanimage --batch writes a file for each page, counted from 1.
-    std::string folder =
-        (std::filesystem::temp_directory_path() / "paperline-batch-XXXXXX").string();
-    if (mkdtemp(folder.data()) == nullptr)
-        return {};
-    (void)outputOfScanimage(words + " --batch=" + quoted(folder + "/%d.pnm"));
+    const testing_support::TestFolder folder;
+    (void)outputOfScanimage(words + " --batch=" + quoted(folder / "%d.pnm"));
     std::vector<KeptPage> pages;
-    for (int i = 1; std::filesystem::exists(folder + "/" + std::to_string(i) + ".pnm"); ++i)
+    for (int i = 1; std::filesystem::exists(folder / (std::to_string(i) + ".pnm")); ++i)
         for (KeptPage& page :
-             parsePnm(finished("cat " + quoted(folder + "/" + std::to_string(i) + ".pnm")).output))
+             parsePnm(finished("cat " + quoted(folder / (std::to_string(i) + ".pnm"))).output))
             pages.push_back(std::move(page));
-    std::filesystem::remove_all(folder);
     return pages;
 }
 

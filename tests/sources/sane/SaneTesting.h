@@ -3,6 +3,7 @@
 #pragma once
 
 #include "sources/worker/ScanDevice.h"
+#include "tests/support/TestFolder.h"
 
 #include <cstdint>
 #include <string>
@@ -42,10 +43,10 @@ public:
     ~SaneConfiguration();
     SaneConfiguration(const SaneConfiguration&) = delete;
     SaneConfiguration& operator=(const SaneConfiguration&) = delete;
-    const std::string& folder() const { return folder_; }
+    const std::string& folder() const { return folder_.path(); }
 
 private:
-    std::string folder_;
+    testing_support::TestFolder folder_;
 };
 
 // The test backend with a scan area up to 300 mm and an A4 sheet chosen.

@@ -33,9 +33,6 @@ uint16_t callback(abi::Identity*, abi::Identity*, uint32_t, uint16_t, uint16_t m
 } // namespace
 
 ManagerScan::ManagerScan() {
-    std::string name = testing::TempDir() + "paperline-scan-XXXXXX";
-    EXPECT_NE(mkdtemp(name.data()), nullptr);
-    folder_ = name;
     setenv("PAPERLINE_ROOT", (folder_ / "root").c_str(), 1);
     setenv("XDG_DATA_HOME", (folder_ / "data").c_str(), 1);
     setenv("HOME", (folder_ / "home").c_str(), 1);
@@ -55,7 +52,6 @@ ManagerScan::~ManagerScan() {
             EXPECT_GE(::open(file.path().c_str(), O_RDONLY | O_CLOEXEC), 0);
         }
     }
-    std::filesystem::remove_all(folder_);
 }
 
 bool ManagerScan::openManager(const std::filesystem::path& buildTree) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "sources/framework/ScanTypes.h"
+#include "tests/support/TestFolder.h"
 #include "twain/abi/StandardRecords.h"
 
 #include <cstdint>
@@ -54,7 +55,8 @@ private:
     void readStrips(ScannedPage& page);
     void readBatch(ScanResult& result);
 
-    std::filesystem::path folder_;
+    const testing_support::TestFolder temporary_;
+    const std::filesystem::path folder_ = temporary_.path();
     twain::abi::EntryFunction entry_ = nullptr;
     twain::abi::Identity application_{};
     twain::abi::Identity source_{};
