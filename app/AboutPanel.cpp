@@ -1,13 +1,13 @@
 // The About command.
-#include "app/AppDelegate.h"
+#include "controller/AppDelegate.h"
 
-#include "app/BrandProfile.h"
-#include "app/CvOutputLog.h"
 #include "app/Version.h"
-#include "platform/DatePatterns.h"
-#include "platform/Host.h"
-#include "platform/MainLoop.h"
-#include "platform/PropertyList.h"
+#include "base/BrandProfile.h"
+#include "base/CvOutputLog.h"
+#include "platform/desktop/MainLoop.h"
+#include "platform/host/DatePatterns.h"
+#include "platform/host/Host.h"
+#include "platform/plist/PropertyList.h"
 
 #include <QDialog>
 #include <QDialogButtonBox>

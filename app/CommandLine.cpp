@@ -1,7 +1,7 @@
 #include "app/CommandLine.h"
 
-#include "output/FileFormats.h"
-#include "platform/Utf.h"
+#include "base/FileFormats.h"
+#include "platform/host/Utf.h"
 
 #include <charconv>
 

@@ -1,10 +1,10 @@
 #include "app/LaunchTexts.h"
 
-#include "app/BrandProfile.h"
 #include "app/SettingsFile.h"
-#include "platform/Host.h"
-#include "platform/PropertyList.h"
-#include "ui/LanguageBundle.h"
+#include "base/BrandProfile.h"
+#include "base/LanguageBundle.h"
+#include "platform/host/Host.h"
+#include "platform/plist/PropertyList.h"
 #include "ui/LanguageTable.h"
 
 #include <vector>

@@ -1,15 +1,17 @@
 // Operations of AppDelegate from process start to the main window, and from its closing to the end.
-#include "app/AppDelegate.h"
+#include "controller/AppDelegate.h"
 
-#include "app/BrandProfile.h"
-#include "app/CvOutputLog.h"
+#include "base/BrandProfile.h"
+#include "base/CvOutputLog.h"
 #include "output/PageNaming.h"
+#include "output/ScratchNames.h"
 #include "output/StagedPages.h"
-#include "platform/Alert.h"
-#include "platform/Files.h"
-#include "platform/Host.h"
-#include "platform/MainLoop.h"
-#include "platform/Places.h"
+#include "platform/desktop/Alert.h"
+#include "platform/desktop/MainLoop.h"
+#include "platform/files/Files.h"
+#include "platform/files/PathText.h"
+#include "platform/host/Host.h"
+#include "platform/places/Places.h"
 #include "viewer/ImageView.h"
 
 #include <QApplication>

@@ -1,7 +1,8 @@
 #include "app/SettingsFile.h"
 
-#include "platform/Files.h"
-#include "platform/Places.h"
+#include "platform/files/Files.h"
+#include "platform/files/PathText.h"
+#include "platform/places/Places.h"
 
 namespace paperline {
 namespace {

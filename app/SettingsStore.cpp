@@ -1,14 +1,15 @@
 // Operations of AppDelegate that read and write the settings file.
-#include "app/AppDelegate.h"
+#include "controller/AppDelegate.h"
 
-#include "app/BrandProfile.h"
-#include "app/CvOutputLog.h"
 #include "app/SettingsFile.h"
-#include "output/FileFormats.h"
-#include "platform/Alert.h"
-#include "platform/Files.h"
-#include "platform/Host.h"
-#include "platform/SystemLog.h"
+#include "base/BrandProfile.h"
+#include "base/CvOutputLog.h"
+#include "base/FileFormats.h"
+#include "platform/desktop/Alert.h"
+#include "platform/files/Files.h"
+#include "platform/files/PathText.h"
+#include "platform/host/Host.h"
+#include "platform/process/SystemLog.h"
 #include "ui/LanguageTable.h"
 #include "ui/SaveFolderTextField.h"
 

@@ -1,8 +1,8 @@
 #include "app/SourceDescription.h"
 
 #include "app/CommandLine.h"
-#include "platform/Places.h"
-#include "platform/SystemLog.h"
+#include "platform/places/Places.h"
+#include "platform/process/SystemLog.h"
 
 #include <QByteArray>
 #include <QProcess>

@@ -1,8 +1,9 @@
 #include "app/SourceDiscovery.h"
 
-#include "platform/Files.h"
-#include "platform/Places.h"
-#include "platform/ProcessLife.h"
+#include "platform/files/Files.h"
+#include "platform/files/PathText.h"
+#include "platform/places/Places.h"
+#include "platform/process/ProcessLife.h"
 
 #include <QDeadlineTimer>
 #include <QProcess>

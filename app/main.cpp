@@ -1,12 +1,12 @@
 // Process entry: the window, or one of the commands.
-#include "app/AppDelegate.h"
 #include "app/CommandLine.h"
 #include "app/ScanCommand.h"
 #include "app/SourceDiscovery.h"
 #include "app/Version.h"
 #include "app/WindowSession.h"
-#include "platform/Places.h"
-#include "platform/SystemLog.h"
+#include "controller/AppDelegate.h"
+#include "platform/places/Places.h"
+#include "platform/process/SystemLog.h"
 
 #include <QApplication>
 

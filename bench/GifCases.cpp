@@ -3,9 +3,10 @@
 #include "bench/EncoderComparison.h"
 #include "bench/Likeness.h"
 #include "bench/Process.h"
+#include "codecs/pictures/PictureReader.h"
+#include "codecs/pixels/DecodedImage.h"
 #include "output/PageCodecs.h"
-#include "platform/Files.h"
-#include "platform/PictureReader.h"
+#include "platform/files/FileContent.h"
 
 #include <algorithm>
 

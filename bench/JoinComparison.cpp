@@ -1,7 +1,8 @@
 #include "bench/JoinComparison.h"
 
 #include "output/PageCodecs.h"
-#include "platform/Files.h"
+#include "platform/files/FileContent.h"
+#include "platform/files/Files.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,7 +1,7 @@
 // How alike two pictures look.
 #pragma once
 
-#include "platform/BitmapImageRep.h"
+#include "codecs/pixels/BitmapImageRep.h"
 
 namespace paperline::bench {
 

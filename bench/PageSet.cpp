@@ -1,8 +1,10 @@
 #include "bench/PageSet.h"
 
 #include "bench/SheetScan.h"
-#include "platform/Files.h"
-#include "platform/PictureReader.h"
+#include "codecs/pictures/PictureReader.h"
+#include "codecs/pixels/DecodedImage.h"
+#include "platform/files/FileContent.h"
+#include "platform/files/Files.h"
 
 #include <array>
 #include <cstdio>

@@ -1,7 +1,7 @@
 // The pages that every comparison uses: drawn when first asked for, and kept as PNM files.
 #pragma once
 
-#include "platform/BitmapImageRep.h"
+#include "codecs/pixels/BitmapImageRep.h"
 
 #include <memory>
 #include <string>

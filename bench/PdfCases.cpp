@@ -1,7 +1,9 @@
 // PDF files of JPEG pages against img2pdf, which keeps the pictures' bytes as well.
 #include "bench/JoinComparison.h"
 #include "bench/Process.h"
-#include "platform/Files.h"
+#include "platform/files/FileContent.h"
+#include "platform/files/Files.h"
+#include "platform/files/PathText.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,11 +1,11 @@
 // Whole scans by the program, from the software scanner to files, against what their parts take:
 // the encoder, and a copy of the page.
+#include "base/FileFormats.h"
 #include "bench/Cases.h"
 #include "bench/Process.h"
-#include "output/BmpFile.h"
-#include "output/FileFormats.h"
+#include "codecs/bmp/BmpFile.h"
 #include "output/PageCodecs.h"
-#include "platform/Files.h"
+#include "platform/files/FileContent.h"
 
 #include <cctype>
 #include <cstring>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "bench/SheetLayout.h"
-#include "platform/BitmapImageRep.h"
+#include "codecs/pixels/BitmapImageRep.h"
 
 #include <memory>
 

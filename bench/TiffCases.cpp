@@ -4,7 +4,7 @@
 #include "bench/JoinComparison.h"
 #include "bench/Process.h"
 #include "output/PageCodecs.h"
-#include "platform/Files.h"
+#include "platform/files/Files.h"
 
 #include <algorithm>
 

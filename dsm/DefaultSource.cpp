@@ -1,6 +1,6 @@
 #include "dsm/DefaultSource.h"
 
-#include "twain/abi/DataSourceFolders.h"
+#include "platform/places/DataSourceFolders.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

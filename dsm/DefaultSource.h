@@ -1,7 +1,7 @@
 // The default source that a user chose, kept from one program run to the next.
 #pragma once
 
-#include "twain/abi/StandardRecords.h"
+#include "twain/records/StandardRecords.h"
 
 #include <string>
 

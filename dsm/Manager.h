@@ -6,7 +6,7 @@
 #pragma once
 
 #include "dsm/SourceLibrary.h"
-#include "twain/abi/StandardRecords.h"
+#include "twain/records/StandardRecords.h"
 
 #include <cstddef>
 #include <cstdint>

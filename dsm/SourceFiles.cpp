@@ -2,7 +2,7 @@
 
 #include "dsm/InfoPlist.h"
 #include "dsm/Log.h"
-#include "twain/abi/DataSourceFolders.h"
+#include "platform/places/DataSourceFolders.h"
 
 #include <dirent.h>
 #include <dlfcn.h>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "dsm/SourceFiles.h"
-#include "twain/abi/StandardRecords.h"
+#include "twain/records/StandardRecords.h"
 
 #include <atomic>
 #include <memory>

@@ -1,8 +1,8 @@
 // Draws a page scaled into the middle of a transparent area.
 #pragma once
 
-#include "platform/BitmapImageRep.h"
-#include "platform/Geometry.h"
+#include "codecs/pixels/BitmapImageRep.h"
+#include "codecs/pixels/Geometry.h"
 
 #include <memory>
 

@@ -1,10 +1,11 @@
 // Joins the staged TIFF pages of a batch into one file in the temporary root.
-#include "app/AppDelegate.h"
-#include "app/CvOutputLog.h"
+#include "base/CvOutputLog.h"
+#include "controller/AppDelegate.h"
 #include "output/PageJoining.h"
 #include "output/PageNaming.h"
-#include "platform/Files.h"
-#include "platform/Places.h"
+#include "output/ScratchNames.h"
+#include "platform/files/Files.h"
+#include "platform/places/Places.h"
 
 #include <memory>
 #include <optional>

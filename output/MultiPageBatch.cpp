@@ -1,15 +1,18 @@
 // What happens around the joining of a multi-page file: its final name, its report, and the pages
 // of a file that did not come to be.
-#include "app/AppDelegate.h"
-#include "app/BrandProfile.h"
-#include "app/CvOutputLog.h"
-#include "output/FileFormats.h"
+#include "base/BrandProfile.h"
+#include "base/CvOutputLog.h"
+#include "base/FileFormats.h"
+#include "controller/AppDelegate.h"
 #include "output/PageNaming.h"
+#include "output/ScratchNames.h"
 #include "output/StagedPages.h"
-#include "platform/DatePatterns.h"
-#include "platform/Files.h"
-#include "platform/Host.h"
-#include "platform/Places.h"
+#include "platform/files/FileContent.h"
+#include "platform/files/Files.h"
+#include "platform/files/PathText.h"
+#include "platform/host/DatePatterns.h"
+#include "platform/host/Host.h"
+#include "platform/places/Places.h"
 
 #include <algorithm>
 #include <string_view>

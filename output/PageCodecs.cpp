@@ -1,13 +1,13 @@
 #include "output/PageCodecs.h"
 
+#include "codecs/gif/GifCodec.h"
+#include "codecs/jpeg/JpegCodec.h"
+#include "codecs/jpeg/JpegMetadata.h"
+#include "codecs/pictures/PictureReader.h"
+#include "codecs/png/PngWriter.h"
+#include "codecs/tiff/TiffMetadata.h"
 #include "output/PdfCodecs.h"
 #include "output/TiffCodecs.h"
-#include "platform/GifCodec.h"
-#include "platform/JpegCodec.h"
-#include "platform/JpegMetadata.h"
-#include "platform/PictureReader.h"
-#include "platform/PngWriter.h"
-#include "platform/TiffMetadata.h"
 
 #include <algorithm>
 #include <cmath>

@@ -3,9 +3,9 @@
 // written.
 #pragma once
 
+#include "codecs/pixels/BitmapImageRep.h"
+#include "codecs/pixels/Geometry.h"
 #include "output/Resolution.h"
-#include "platform/BitmapImageRep.h"
-#include "platform/Geometry.h"
 
 #include <cstdint>
 #include <functional>

@@ -1,6 +1,6 @@
 #include "output/PageEncoder.h"
 
-#include "output/FileFormats.h"
+#include "base/FileFormats.h"
 
 #include <optional>
 #include <utility>

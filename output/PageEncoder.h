@@ -14,7 +14,7 @@ struct EncodedPage {
     std::string failure; // why there are no bytes; empty on success
 };
 
-// A 1, 8 or 24-bit page as `imageType` (output/FileFormats.h) at the given density.
+// A 1, 8 or 24-bit page as `imageType` (base/FileFormats.h) at the given density.
 [[nodiscard]] EncodedPage encodePage(const PageCodecs& codecs,
                                      const BitmapImageRep& page,
                                      int32_t imageType,

@@ -15,16 +15,6 @@ struct NameSearch {
     std::function<void(const std::string& base)> announce; // told every candidate; may be empty
 };
 
-// Fixed scratch names. They go through platform/Places before they reach the disk.
-inline constexpr const char* scratchVolume = "/tmp";
-inline constexpr const char* scratchRootName = "/tmp/CorvaneTempImage";
-inline constexpr const char* stagingFolderName = "/tmp/CorvaneTempImage/MultiImage";
-inline constexpr const char* listStagingFolderName = "/tmp/CorvaneTempImage/MultiImage_Scale";
-inline constexpr const char* joinedPdfName = "/tmp/CorvaneTempImage/TmpImage.pdf";
-inline constexpr const char* joinedTiffName = "/tmp/CorvaneTempImage/TmpImage.tif";
-inline constexpr const char* previewName = "/tmp/CPL_image.bmp";
-inline constexpr const char* thumbnailName = "/tmp/1.jpg";
-
 struct PageNamePattern {
     std::string folder;
     std::string prefix;

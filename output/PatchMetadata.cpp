@@ -1,12 +1,12 @@
 // Puts the scanner's maker and model into files that are already written, for the brands that ask
 // for it.
-#include "app/AppDelegate.h"
-#include "app/BrandProfile.h"
-#include "app/CvOutputLog.h"
+#include "base/BrandProfile.h"
+#include "base/CvOutputLog.h"
+#include "controller/AppDelegate.h"
 #include "output/PageCodecs.h"
 #include "output/ProducerPatch.h"
-#include "platform/FilePieces.h"
-#include "platform/SystemLog.h"
+#include "platform/files/FilePieces.h"
+#include "platform/process/SystemLog.h"
 
 #include <algorithm>
 #include <optional>

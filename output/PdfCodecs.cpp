@@ -1,7 +1,7 @@
 #include "output/PdfCodecs.h"
 
-#include "platform/Host.h"
-#include "platform/PdfFiles.h"
+#include "codecs/pdf/PdfFiles.h"
+#include "platform/host/Host.h"
 
 #include <utility>
 

@@ -1,9 +1,9 @@
 // PDF operations of the controller that the scanning flow does not call.
-#include "app/AppDelegate.h"
-#include "app/CvOutputLog.h"
+#include "base/CvOutputLog.h"
+#include "controller/AppDelegate.h"
 #include "output/PageCodecs.h"
 #include "output/Resolution.h"
-#include "platform/Files.h"
+#include "platform/files/FileContent.h"
 
 #include <QGuiApplication>
 

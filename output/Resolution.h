@@ -1,7 +1,7 @@
 // Resolutions as devices report them and as files record them.
 #pragma once
 
-#include "platform/Geometry.h"
+#include "codecs/pixels/Geometry.h"
 
 #include <cstdint>
 

@@ -1,10 +1,11 @@
 // The BMP writer's operation.
-#include "app/AppDelegate.h"
-#include "app/CvOutputLog.h"
-#include "output/BmpFile.h"
-#include "output/BmpFilling.h"
-#include "platform/Files.h"
-#include "platform/Places.h"
+#include "base/CvOutputLog.h"
+#include "codecs/bmp/BmpFile.h"
+#include "codecs/bmp/BmpFilling.h"
+#include "controller/AppDelegate.h"
+#include "output/ScratchNames.h"
+#include "platform/files/FileContent.h"
+#include "platform/places/Places.h"
 
 #include <algorithm>
 #include <optional>

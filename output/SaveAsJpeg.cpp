@@ -1,9 +1,10 @@
 // The image writer's operations: JPEG, PNG, GIF and TIFF pages, final and staged.
-#include "app/AppDelegate.h"
-#include "app/CvOutputLog.h"
+#include "base/CvOutputLog.h"
+#include "controller/AppDelegate.h"
 #include "output/PageEncoder.h"
-#include "platform/Places.h"
-#include "platform/SystemLog.h"
+#include "output/ScratchNames.h"
+#include "platform/places/Places.h"
+#include "platform/process/SystemLog.h"
 
 namespace paperline {
 

@@ -1,10 +1,12 @@
 // Assembles PDF documents from staged JPEG pages.
-#include "app/AppDelegate.h"
-#include "app/CvOutputLog.h"
+#include "base/CvOutputLog.h"
+#include "controller/AppDelegate.h"
 #include "output/PageJoining.h"
 #include "output/PageNaming.h"
-#include "platform/Files.h"
-#include "platform/Places.h"
+#include "output/ScratchNames.h"
+#include "platform/files/FileContent.h"
+#include "platform/files/Files.h"
+#include "platform/places/Places.h"
 
 #include <functional>
 #include <memory>

@@ -1,6 +1,6 @@
 // Operations of the controller that scale images.
-#include "app/AppDelegate.h"
-#include "app/CvOutputLog.h"
+#include "base/CvOutputLog.h"
+#include "controller/AppDelegate.h"
 #include "output/ImageScaling.h"
 
 #include <memory>

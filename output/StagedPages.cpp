@@ -1,6 +1,8 @@
 #include "output/StagedPages.h"
 
-#include "platform/Files.h"
+#include "platform/files/FileContent.h"
+#include "platform/files/Files.h"
+#include "platform/files/PathText.h"
 
 namespace paperline {
 

@@ -1,7 +1,10 @@
 #include "output/TiffCodecs.h"
 
-#include "platform/TiffJoiner.h"
-#include "platform/TiffWriter.h"
+#include "codecs/pictures/PictureReader.h"
+#include "codecs/tiff/TiffJoiner.h"
+#include "codecs/tiff/TiffWriter.h"
+
+#include <limits>
 
 namespace paperline {
 
@@ -10,7 +13,9 @@ namespace {
 class TiffPageJoiner : public PageJoiner {
 public:
     TiffPageJoiner(const std::string& outputPath, TiffJoining joining)
-        : joiner_(outputPath, joining) {}
+        : joiner_(outputPath, joining, [](const std::string& path) {
+              return readPicture(path, 0, std::numeric_limits<uint32_t>::max());
+          }) {}
 
     bool isOpen() const { return joiner_.isOpen(); }
     Added add(const std::string& pageFile) override {

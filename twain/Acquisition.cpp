@@ -1,10 +1,11 @@
 // Operations of AppDelegate that turn the commands into an enabled data source and route its
 // messages.
-#include "app/AppDelegate.h"
+#include "controller/AppDelegate.h"
 
-#include "app/CvOutputLog.h"
-#include "platform/Files.h"
-#include "platform/Host.h"
+#include "base/CvOutputLog.h"
+#include "platform/files/Files.h"
+#include "platform/files/PathText.h"
+#include "platform/host/Host.h"
 #include "twain/PageTransfer.h"
 #include "twain/SessionNumber.h"
 #include "twain/TWAINHandler.h"

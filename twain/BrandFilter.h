@@ -1,7 +1,7 @@
 // Which data sources a brand offers.
 #pragma once
 
-#include "twain/TwainInfo.h"
+#include "controller/TwainInfo.h"
 
 #include <string>
 

@@ -1,6 +1,6 @@
 #include "twain/CapabilityContainer.h"
 
-#include "twain/abi/TwainConstants.h"
+#include "twain/records/TwainConstants.h"
 
 #include <array>
 #include <cstdlib>

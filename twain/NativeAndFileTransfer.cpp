@@ -1,15 +1,16 @@
 // Operations of AppDelegate that exercise the other transfer mechanisms: pages are fetched, decoded
 // and dropped; and the measuring run.
-#include "app/AppDelegate.h"
+#include "controller/AppDelegate.h"
 
-#include "app/CvOutputLog.h"
-#include "platform/DataSourceManager.h"
-#include "platform/Files.h"
-#include "platform/MainLoop.h"
-#include "platform/PictureReader.h"
-#include "platform/Places.h"
+#include "base/CvOutputLog.h"
+#include "codecs/pictures/PictureReader.h"
+#include "platform/desktop/MainLoop.h"
+#include "platform/files/FileContent.h"
+#include "platform/files/Files.h"
+#include "platform/places/Places.h"
 #include "twain/PageTransfer.h"
 #include "twain/TWAINHandler.h"
+#include "twain/manager/DataSourceManager.h"
 
 #include <algorithm>
 #include <limits>

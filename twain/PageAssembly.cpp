@@ -1,6 +1,6 @@
 #include "twain/PageAssembly.h"
 
-#include "twain/abi/TwainConstants.h"
+#include "twain/records/TwainConstants.h"
 
 #include <algorithm>
 #include <array>

@@ -2,8 +2,8 @@
 // information, its buffers, and its rows from strips. Every number of the source is hostile.
 #pragma once
 
-#include "platform/BitmapImageRep.h"
-#include "twain/TwainTypes.h"
+#include "codecs/pixels/BitmapImageRep.h"
+#include "twain/records/TwainTypes.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
 #include "twain/PageTransfer.h"
 
 #include "twain/SessionNumber.h"
-#include "twain/abi/TwainConstants.h"
+#include "twain/records/TwainConstants.h"
 
 namespace paperline {
 

@@ -1,9 +1,9 @@
 // Operation of AppDelegate that keeps the data source's own language in step with the
 // application's.
-#include "app/AppDelegate.h"
+#include "controller/AppDelegate.h"
 
-#include "app/CvOutputLog.h"
-#include "platform/PropertyList.h"
+#include "base/CvOutputLog.h"
+#include "platform/plist/PropertyList.h"
 #include "ui/LanguageTable.h"
 
 #include <algorithm>

@@ -1,13 +1,14 @@
 // Operations of AppDelegate that connect to the data source manager, list the sources and choose
 // one.
-#include "app/AppDelegate.h"
+#include "controller/AppDelegate.h"
 
-#include "app/BrandProfile.h"
-#include "app/CvOutputLog.h"
-#include "platform/Files.h"
-#include "platform/MainLoop.h"
-#include "platform/Places.h"
-#include "platform/PropertyList.h"
+#include "base/BrandProfile.h"
+#include "base/CvOutputLog.h"
+#include "platform/desktop/MainLoop.h"
+#include "platform/files/Files.h"
+#include "platform/files/PathText.h"
+#include "platform/places/Places.h"
+#include "platform/plist/PropertyList.h"
 #include "twain/BrandFilter.h"
 #include "twain/PageTransfer.h"
 #include "twain/SessionNumber.h"

@@ -1,6 +1,6 @@
 #include "twain/TWAINHandler.h"
 
-#include "twain/abi/TwainConstants.h"
+#include "twain/records/TwainConstants.h"
 
 namespace paperline {
 

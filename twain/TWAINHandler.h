@@ -5,8 +5,8 @@
 // manager's return code as it came (0 to 0xffff), or -1 when the manager could not be opened first.
 #pragma once
 
-#include "platform/DataSourceManager.h"
-#include "twain/TwainTypes.h"
+#include "twain/manager/DataSourceManager.h"
+#include "twain/records/TwainTypes.h"
 
 #include <cstdint>
 

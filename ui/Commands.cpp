@@ -1,10 +1,10 @@
 // Operations of AppDelegate behind the toolbar and the File menu.
-#include "app/AppDelegate.h"
+#include "controller/AppDelegate.h"
 
-#include "app/BrandProfile.h"
-#include "app/CvOutputLog.h"
-#include "output/FileFormats.h"
-#include "platform/MainLoop.h"
+#include "base/BrandProfile.h"
+#include "base/CvOutputLog.h"
+#include "base/FileFormats.h"
+#include "platform/desktop/MainLoop.h"
 #include "ui/MainWindow.h"
 #include "ui/SaveFolderTextField.h"
 #include "ui/ThemedIcon.h"

@@ -1,11 +1,12 @@
 // Operations of AppDelegate around the save folder, and the "Others" options.
-#include "app/AppDelegate.h"
+#include "controller/AppDelegate.h"
 
-#include "app/CvOutputLog.h"
-#include "platform/Desktop.h"
-#include "platform/Files.h"
-#include "platform/Host.h"
-#include "platform/MainLoop.h"
+#include "base/CvOutputLog.h"
+#include "platform/desktop/Desktop.h"
+#include "platform/desktop/MainLoop.h"
+#include "platform/files/Files.h"
+#include "platform/files/PathText.h"
+#include "platform/host/Host.h"
 #include "ui/MenuText.h"
 #include "ui/SaveFolderChoice.h"
 #include "ui/SaveFolderTextField.h"

@@ -1,10 +1,10 @@
 // Makes the windows of AppDelegate and joins every control to its command.
-#include "app/AppDelegate.h"
+#include "controller/AppDelegate.h"
 
-#include "app/BrandProfile.h"
-#include "output/FileFormats.h"
-#include "platform/MainLoop.h"
-#include "platform/Places.h"
+#include "base/BrandProfile.h"
+#include "base/FileFormats.h"
+#include "platform/desktop/MainLoop.h"
+#include "platform/places/Places.h"
 #include "ui/MainWindow.h"
 #include "ui/SelectSourceWindow.h"
 #include "ui/SourceListModel.h"

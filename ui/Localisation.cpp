@@ -1,9 +1,9 @@
 // Operations of AppDelegate that find, load and switch the interface language.
-#include "app/AppDelegate.h"
+#include "controller/AppDelegate.h"
 
-#include "app/BrandProfile.h"
-#include "app/CvOutputLog.h"
-#include "platform/Host.h"
+#include "base/BrandProfile.h"
+#include "base/CvOutputLog.h"
+#include "platform/host/Host.h"
 #include "ui/LanguageTable.h"
 #include "ui/MenuText.h"
 #include "ui/PlatformTexts.h"

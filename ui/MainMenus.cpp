@@ -1,6 +1,6 @@
 #include "ui/MainMenus.h"
 
-#include "ui/InterfaceOutlets.h"
+#include "controller/InterfaceOutlets.h"
 
 #include <QAction>
 #include <QKeySequence>

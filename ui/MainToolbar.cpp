@@ -1,7 +1,7 @@
 #include "ui/MainToolbar.h"
 
+#include "controller/InterfaceOutlets.h"
 #include "ui/Colours.h"
-#include "ui/InterfaceOutlets.h"
 #include "ui/SaveFolderTextField.h"
 #include "ui/ThemedIcon.h"
 

@@ -1,7 +1,7 @@
 #include "ui/MainWindow.h"
 
+#include "controller/InterfaceOutlets.h"
 #include "ui/EmptyState.h"
-#include "ui/InterfaceOutlets.h"
 #include "ui/MainMenus.h"
 #include "ui/MainToolbar.h"
 #include "ui/PaneFocusRing.h"

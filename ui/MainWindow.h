@@ -3,7 +3,7 @@
 // signals.
 #pragma once
 
-#include "ui/LanguageBundle.h"
+#include "base/LanguageBundle.h"
 
 #include <QMainWindow>
 

@@ -1,9 +1,9 @@
 // Operations of AppDelegate that show the modal messages of other subsystems.
-#include "app/AppDelegate.h"
+#include "controller/AppDelegate.h"
 
-#include "app/CvOutputLog.h"
-#include "platform/Alert.h"
-#include "platform/MainLoop.h"
+#include "base/CvOutputLog.h"
+#include "platform/desktop/Alert.h"
+#include "platform/desktop/MainLoop.h"
 
 namespace paperline {
 namespace {

@@ -2,14 +2,15 @@
 // interface language.
 #pragma once
 
-#include "ui/LanguageBundle.h"
+#include "base/LanguageBundle.h"
 
 #include <memory>
 #include <string>
 
 namespace paperline {
 
-// OK, Cancel and Close come from the bundle; everything else from the library's catalogue for the locale
+// OK, Cancel and Close come from the bundle; everything else from the library's catalogue for the
+// locale
 // ("de_DE"), where that is installed. Takes the place of the language set before.
 void setPlatformTexts(std::shared_ptr<const LanguageBundle> bundle, const std::string& locale);
 

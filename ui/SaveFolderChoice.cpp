@@ -1,6 +1,6 @@
 #include "ui/SaveFolderChoice.h"
 
-#include "platform/Files.h"
+#include "platform/files/PathText.h"
 
 namespace paperline {
 

@@ -1,6 +1,6 @@
 #include "ui/SelectSourceWindow.h"
 
-#include "ui/InterfaceOutlets.h"
+#include "controller/InterfaceOutlets.h"
 #include "ui/SourceListModel.h"
 
 #include <QDialogButtonBox>

@@ -1,9 +1,9 @@
 // Operations of AppDelegate that say in the status line what is going on. They repaint at once,
 // because the main thread may be about to scan or to write.
-#include "app/AppDelegate.h"
+#include "controller/AppDelegate.h"
 
-#include "platform/Files.h"
-#include "platform/MainLoop.h"
+#include "platform/desktop/MainLoop.h"
+#include "platform/files/PathText.h"
 #include "ui/BidirectionalText.h"
 #include "ui/MainWindow.h"
 

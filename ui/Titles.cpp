@@ -1,8 +1,8 @@
 // Operations of AppDelegate that title the toolbar and the menus in the current language.
-#include "app/AppDelegate.h"
+#include "controller/AppDelegate.h"
 
-#include "app/BrandProfile.h"
-#include "app/CvOutputLog.h"
+#include "base/BrandProfile.h"
+#include "base/CvOutputLog.h"
 #include "ui/MainWindow.h"
 #include "ui/MenuText.h"
 

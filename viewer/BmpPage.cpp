@@ -1,7 +1,7 @@
 #include "viewer/BmpPage.h"
 
-#include "platform/Descriptor.h"
-#include "platform/SideBySide.h"
+#include "platform/files/Descriptor.h"
+#include "platform/process/ParallelFor.h"
 #include "viewer/ColourRows.h"
 #include "viewer/PageLoader.h"
 
@@ -105,7 +105,7 @@ QImage readColourBmp(const std::string& path) {
     auto* pixels = reinterpret_cast<QRgb*>(image.bits());
     std::atomic<bool> whole{true};
     const auto bands = static_cast<size_t>((rows->heightPixels - 1) / rowsOfBand + 1);
-    doSideBySide(bands, processorCount(), [&](size_t band, unsigned) {
+    parallelFor(bands, processorCount(), [&](size_t band, unsigned) {
         if (whole && !readBand(file.number(), *rows, static_cast<int>(band) * rowsOfBand, pixels))
             whole = false;
     });

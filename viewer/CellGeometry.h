@@ -1,8 +1,8 @@
 // Where one row of the page list draws its thumbnail and caption. Points, y growing downward.
 #pragma once
 
-#include "platform/Geometry.h"
-#include "viewer/PageProperties.h"
+#include "codecs/pixels/Geometry.h"
+#include "codecs/pixels/PageProperties.h"
 
 #include <cstdint>
 

@@ -1,6 +1,6 @@
 #include "viewer/ColourRows.h"
 
-#include "platform/PageMemory.h"
+#include "codecs/pixels/PageMemory.h"
 
 #include <new>
 

@@ -2,8 +2,8 @@
 // gives.
 #pragma once
 
-#include "platform/Geometry.h"
-#include "viewer/CellInfo.h"
+#include "codecs/pixels/Geometry.h"
+#include "controller/CellInfo.h"
 #include "viewer/ViewTrace.h"
 
 #include <QImage>

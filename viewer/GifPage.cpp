@@ -1,8 +1,8 @@
 #include "viewer/GifPage.h"
 
-#include "platform/Files.h"
-#include "platform/GifDecoder.h"
-#include "platform/SideBySide.h"
+#include "codecs/gif/GifDecoder.h"
+#include "platform/files/FileContent.h"
+#include "platform/process/ParallelFor.h"
 #include "viewer/ColourRows.h"
 #include "viewer/PageLoader.h"
 
@@ -42,7 +42,7 @@ void putRows(const GifPicture& picture, QImage& image, Pixel (*made)(const Palet
         });
     };
     const auto bands = static_cast<size_t>((picture.screenHeight - 1) / rowsOfBand + 1);
-    doSideBySide(bands, processorCount(), [&](size_t band, unsigned) {
+    parallelFor(bands, processorCount(), [&](size_t band, unsigned) {
         const int first = static_cast<int>(band) * rowsOfBand;
         for (int y = first; y < std::min(first + rowsOfBand, picture.screenHeight); ++y)
             putRow(y);

@@ -1,7 +1,7 @@
 // The page list's rows for Qt's table view.
 #pragma once
 
-#include "viewer/CellInfo.h"
+#include "controller/CellInfo.h"
 
 #include <QAbstractTableModel>
 

@@ -1,6 +1,6 @@
 // What the page list and the two tables of the source selection show, and what a selection does.
-#include "app/AppDelegate.h"
-#include "app/CvOutputLog.h"
+#include "base/CvOutputLog.h"
+#include "controller/AppDelegate.h"
 #include "viewer/CustomCell.h"
 #include "viewer/ImageView.h"
 #include "viewer/PageListModel.h"

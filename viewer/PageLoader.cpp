@@ -1,11 +1,12 @@
 #include "viewer/PageLoader.h"
 
-#include "platform/PictureReader.h"
+#include "codecs/pictures/PictureHeader.h"
+#include "codecs/pictures/PictureReader.h"
+#include "codecs/pixels/DecodedImage.h"
 #include "viewer/BmpPage.h"
 #include "viewer/GifPage.h"
 #include "viewer/PageListing.h"
 #include "viewer/PdfPages.h"
-#include "viewer/PictureHeader.h"
 #include "viewer/PixelConversion.h"
 #include "viewer/PngPage.h"
 

@@ -1,7 +1,7 @@
 // Loads page pictures and their properties from saved files.
 #pragma once
 
-#include "viewer/PageProperties.h"
+#include "codecs/pixels/PageProperties.h"
 #include "viewer/PdfPages.h"
 
 #include <QImage>

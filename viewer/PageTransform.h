@@ -9,8 +9,8 @@
 //   +--------------------+
 #pragma once
 
-#include "platform/Geometry.h"
-#include "viewer/PageProperties.h"
+#include "codecs/pixels/Geometry.h"
+#include "codecs/pixels/PageProperties.h"
 
 #include <optional>
 

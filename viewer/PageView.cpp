@@ -1,8 +1,8 @@
 // Shows the selected page fitted or at actual size.
-#include "app/AppDelegate.h"
-#include "app/CvOutputLog.h"
-#include "platform/MainLoop.h"
-#include "platform/SystemLog.h"
+#include "base/CvOutputLog.h"
+#include "controller/AppDelegate.h"
+#include "platform/desktop/MainLoop.h"
+#include "platform/process/SystemLog.h"
 #include "viewer/ImageView.h"
 #include "viewer/PageListing.h"
 

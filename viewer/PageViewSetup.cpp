@@ -1,6 +1,6 @@
 // Joins the window's page list and page view to the controller.
-#include "app/AppDelegate.h"
-#include "app/CvOutputLog.h"
+#include "base/CvOutputLog.h"
+#include "controller/AppDelegate.h"
 #include "viewer/CustomCell.h"
 #include "viewer/ImageView.h"
 #include "viewer/PageListModel.h"

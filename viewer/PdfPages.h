@@ -1,7 +1,7 @@
 // Pages of a PDF file: their boxes and their pictures.
 #pragma once
 
-#include "viewer/PageProperties.h"
+#include "codecs/pixels/PageProperties.h"
 
 #include <QImage>
 

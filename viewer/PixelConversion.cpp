@@ -1,6 +1,6 @@
 #include "viewer/PixelConversion.h"
 
-#include "platform/SideBySide.h"
+#include "platform/process/ParallelFor.h"
 #include "viewer/ColourRows.h"
 
 #include <QPainter>
@@ -32,7 +32,7 @@ QImage colourImage(const BitmapImageRep& page) {
     auto* pixels = reinterpret_cast<QRgb*>(image.bits());
     const auto width = static_cast<size_t>(page.pixelsWide());
     const auto bands = static_cast<size_t>((page.pixelsHigh() - 1) / rowsOfBand + 1);
-    doSideBySide(bands, processorCount(), [&](size_t band, unsigned) {
+    parallelFor(bands, processorCount(), [&](size_t band, unsigned) {
         const int first = static_cast<int>(band) * rowsOfBand;
         for (int y = first; y < std::min(first + rowsOfBand, page.pixelsHigh()); ++y)
             putColourRow(page.row(y),

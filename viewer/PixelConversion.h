@@ -1,7 +1,7 @@
 // Between the platform's page buffers and Qt's pictures.
 #pragma once
 
-#include "platform/Image.h"
+#include "codecs/pixels/Image.h"
 
 #include <QImage>
 

@@ -1,7 +1,7 @@
 #include "viewer/PngPage.h"
 
-#include "platform/Files.h"
-#include "platform/PngRowReader.h"
+#include "codecs/png/PngRowReader.h"
+#include "platform/files/FileContent.h"
 #include "viewer/ColourRows.h"
 #include "viewer/PageLoader.h"
 

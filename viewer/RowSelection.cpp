@@ -1,6 +1,6 @@
 #include "viewer/RowSelection.h"
 
-#include "app/AppDelegate.h"
+#include "controller/AppDelegate.h"
 
 #include <QItemSelectionModel>
 #include <QTableView>

@@ -1,7 +1,7 @@
 #include "platform/qt/AlertWindow.h"
 
-#include "platform/MainLoop.h"
-#include "platform/SystemLog.h"
+#include "platform/desktop/MainLoop.h"
+#include "platform/process/SystemLog.h"
 
 #include <QApplication>
 #include <QMessageBox>

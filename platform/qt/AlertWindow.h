@@ -1,7 +1,7 @@
 // Alerts as modal windows.
 #pragma once
 
-#include "platform/Alert.h"
+#include "platform/desktop/Alert.h"
 
 namespace paperline {
 

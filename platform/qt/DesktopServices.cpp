@@ -1,7 +1,8 @@
 #include "platform/qt/DesktopServices.h"
 
-#include "platform/Files.h"
-#include "platform/MainLoop.h"
+#include "platform/desktop/MainLoop.h"
+#include "platform/files/Files.h"
+#include "platform/files/PathText.h"
 
 #include <QApplication>
 #include <QDBusMessage>

@@ -1,7 +1,7 @@
 // The desktop session's services through Qt and D-Bus.
 #pragma once
 
-#include "platform/Desktop.h"
+#include "platform/desktop/Desktop.h"
 
 #include <QDBusConnection>
 

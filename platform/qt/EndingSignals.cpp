@@ -1,6 +1,6 @@
 #include "platform/qt/EndingSignals.h"
 
-#include "platform/MainLoop.h"
+#include "platform/desktop/MainLoop.h"
 
 #include <QSocketNotifier>
 

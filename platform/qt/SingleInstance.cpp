@@ -1,6 +1,7 @@
 #include "platform/qt/SingleInstance.h"
 
-#include "platform/Files.h"
+#include "platform/files/Files.h"
+#include "platform/files/PathText.h"
 
 #include <QLocalSocket>
 #include <QThread>

@@ -1,10 +1,10 @@
 // What an application agrees with the source before a transfer: capabilities, layout, buffers,
 // file.
+#include "platform/places/DataSourceFolders.h"
 #include "sources/framework/DataSource.h"
 #include "sources/framework/FixedPoint.h"
 #include "sources/framework/StatusCodes.h"
 #include "sources/framework/TiffPage.h"
-#include "twain/abi/DataSourceFolders.h"
 
 #include <algorithm>
 #include <cmath>

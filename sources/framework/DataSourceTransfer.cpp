@@ -1,8 +1,8 @@
 // A page on its way to the application.
 #include "sources/framework/DataSource.h"
 #include "sources/framework/FixedPoint.h"
-#include "sources/framework/PageFile.h"
 #include "sources/framework/TiffPage.h"
+#include "sources/framework/TransferFile.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,7 +1,7 @@
 // TW_FIX32 numbers, and the units that lengths and resolutions are given in.
 #pragma once
 
-#include "twain/abi/StandardRecords.h"
+#include "twain/records/StandardRecords.h"
 
 #include <cstdint>
 

@@ -1,7 +1,7 @@
 // The way back to the data source manager: its entry, learnt by DAT_ENTRYPOINT, and its memory.
 #pragma once
 
-#include "twain/abi/StandardRecords.h"
+#include "twain/records/StandardRecords.h"
 
 #include <cstdint>
 

@@ -1,7 +1,7 @@
 #include "sources/framework/OptionLines.h"
 
+#include "platform/places/DataSourceFolders.h"
 #include "sources/framework/SmallFile.h"
-#include "twain/abi/DataSourceFolders.h"
 
 #include <algorithm>
 #include <cstdlib>

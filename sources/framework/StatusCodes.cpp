@@ -1,6 +1,6 @@
 #include "sources/framework/StatusCodes.h"
 
-#include "twain/abi/TwainConstants.h"
+#include "twain/records/TwainConstants.h"
 
 namespace paperline::sources {
 

@@ -1,7 +1,7 @@
 // One data source as its bundle's entry sees it.
 #pragma once
 
-#include "twain/abi/StandardRecords.h"
+#include "twain/records/StandardRecords.h"
 
 #include <cstdint>
 

@@ -1,6 +1,6 @@
 #include "sources/sane/BundlePlan.h"
 
-#include "platform/Utf.h"
+#include "platform/host/Utf.h"
 #include "sources/sane/OptionText.h"
 
 #include <algorithm>

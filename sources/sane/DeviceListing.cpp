@@ -1,6 +1,7 @@
 #include "sources/sane/DeviceListing.h"
 
-#include "platform/Files.h"
+#include "platform/files/FileContent.h"
+#include "platform/files/Files.h"
 #include "sources/worker/WorkerProcess.h"
 
 #include <algorithm>

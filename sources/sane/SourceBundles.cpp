@@ -1,7 +1,9 @@
 #include "sources/sane/SourceBundles.h"
 
-#include "platform/Files.h"
-#include "platform/PropertyList.h"
+#include "platform/files/FileContent.h"
+#include "platform/files/Files.h"
+#include "platform/files/PathText.h"
+#include "platform/plist/PropertyList.h"
 #include "sources/worker/OptionSettings.h"
 
 #include <cstdio>

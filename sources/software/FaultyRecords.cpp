@@ -1,6 +1,6 @@
 #include "sources/software/FaultyRecords.h"
 
-#include "twain/abi/StandardRecords.h"
+#include "twain/records/StandardRecords.h"
 
 #include <algorithm>
 #include <array>

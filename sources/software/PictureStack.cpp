@@ -1,6 +1,7 @@
 #include "sources/software/PictureStack.h"
 
-#include "platform/Files.h"
+#include "platform/files/Files.h"
+#include "platform/files/PathText.h"
 
 #include <algorithm>
 #include <span>

@@ -3,7 +3,7 @@
 
 #include "sources/software/PixelPacking.h"
 
-#include "platform/PictureReader.h"
+#include "codecs/pictures/PictureReader.h"
 #include "sources/framework/ScanTypes.h"
 #include "sources/worker/ScanDevice.h"
 

@@ -1,11 +1,11 @@
 // The About command, and the small operations around it that no flow of the program calls.
-#include "app/AppDelegate.h"
-#include "app/BrandProfile.h"
-#include "platform/Alert.h"
-#include "platform/Files.h"
-#include "platform/Host.h"
-#include "platform/Places.h"
-#include "platform/PropertyList.h"
+#include "base/BrandProfile.h"
+#include "controller/AppDelegate.h"
+#include "platform/desktop/Alert.h"
+#include "platform/files/Files.h"
+#include "platform/host/Host.h"
+#include "platform/places/Places.h"
+#include "platform/plist/PropertyList.h"
 #include "tests/support/TestFolder.h"
 
 #include <QApplication>

@@ -3,10 +3,10 @@
 #include "tests/app/LaunchFixture.h"
 #include "tests/app/TraceReading.h"
 
-#include "app/CvOutputLog.h"
-#include "output/FileFormats.h"
-#include "platform/Files.h"
-#include "platform/Places.h"
+#include "base/CvOutputLog.h"
+#include "base/FileFormats.h"
+#include "platform/files/Files.h"
+#include "platform/places/Places.h"
 
 #include <gmock/gmock.h>
 

@@ -1,11 +1,12 @@
 #include "tests/app/LaunchFixture.h"
 
-#include "app/BrandProfile.h"
-#include "platform/Desktop.h"
-#include "platform/Files.h"
-#include "platform/Host.h"
-#include "platform/MainLoop.h"
-#include "platform/Places.h"
+#include "base/BrandProfile.h"
+#include "platform/desktop/Desktop.h"
+#include "platform/desktop/MainLoop.h"
+#include "platform/files/FileContent.h"
+#include "platform/files/Files.h"
+#include "platform/host/Host.h"
+#include "platform/places/Places.h"
 #include "tests/support/MainLoopTesting.h"
 #include "twain/TWAINHandler.h"
 

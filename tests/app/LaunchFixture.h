@@ -4,8 +4,8 @@
 #pragma once
 
 #include "ScriptedDsm.h"
-#include "app/AppDelegate.h"
-#include "platform/Alert.h"
+#include "controller/AppDelegate.h"
+#include "platform/desktop/Alert.h"
 #include "tests/support/TestFolder.h"
 
 #include <gtest/gtest.h>

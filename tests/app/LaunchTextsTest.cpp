@@ -1,8 +1,8 @@
 #include "app/LaunchTexts.h"
 
-#include "platform/Files.h"
-#include "platform/Host.h"
-#include "platform/PropertyList.h"
+#include "platform/files/Files.h"
+#include "platform/host/Host.h"
+#include "platform/plist/PropertyList.h"
 #include "tests/support/TestFolder.h"
 
 #include <gtest/gtest.h>

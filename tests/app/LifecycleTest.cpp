@@ -1,10 +1,11 @@
 // From process start to the main window, and to the end, whatever sources there are.
 #include "tests/app/LaunchFixture.h"
 
-#include "app/BrandProfile.h"
-#include "platform/Files.h"
-#include "platform/MainLoop.h"
-#include "platform/Places.h"
+#include "base/BrandProfile.h"
+#include "platform/desktop/MainLoop.h"
+#include "platform/files/Files.h"
+#include "platform/files/PathText.h"
+#include "platform/places/Places.h"
 #include "twain/TWAINHandler.h"
 #include "ui/MenuText.h"
 #include "ui/SaveFolderTextField.h"

@@ -1,6 +1,6 @@
 #include "tests/app/TraceReading.h"
 
-#include "platform/Files.h"
+#include "platform/files/FileContent.h"
 
 #include <gtest/gtest.h>
 

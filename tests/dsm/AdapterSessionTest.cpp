@@ -1,9 +1,9 @@
 // The application's entry with real managers and sources: ours and another maker's.
-#include "platform/DataSourceManager.h"
+#include "twain/manager/DataSourceManager.h"
 
 #include "TestPlaces.h"
-#include "platform/MainLoop.h"
-#include "platform/Places.h"
+#include "platform/desktop/MainLoop.h"
+#include "platform/places/Places.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

@@ -1,11 +1,11 @@
 // What crosses between the application's entry and a manager, seen from the manager's side.
 // A plus in front of a packed field hands it over by value: it may lie where no reference can.
-#include "platform/DataSourceManager.h"
+#include "twain/manager/DataSourceManager.h"
 
 #include "RecordingManager.h"
 #include "TestPlaces.h"
-#include "platform/Places.h"
-#include "twain/abi/StandardRecords.h"
+#include "platform/places/Places.h"
+#include "twain/records/StandardRecords.h"
 
 #include <gmock/gmock.h>
 

@@ -1,6 +1,6 @@
 // The application's handler, its entry, a manager and a source, all real.
 #include "TestPlaces.h"
-#include "platform/Places.h"
+#include "platform/places/Places.h"
 #include "twain/TWAINHandler.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // The records of both layouts, byte by byte.
-#include "platform/TwainRecords.h"
+#include "twain/manager/TwainRecords.h"
 
 #include <gtest/gtest.h>
 

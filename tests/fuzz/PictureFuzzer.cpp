@@ -1,9 +1,9 @@
 // Pages as users' folders hold them: the readers of pictures, on any bytes. What reads the chunks
 // of large PNG pages side by side begins beyond the size that a fuzzer reaches; its tests damage
 // them.
-#include "platform/GifDecoder.h"
-#include "platform/PictureReader.h"
-#include "viewer/PictureHeader.h"
+#include "codecs/gif/GifDecoder.h"
+#include "codecs/pictures/PictureHeader.h"
+#include "codecs/pictures/PictureReader.h"
 
 #include <cstddef>
 #include <cstdint>

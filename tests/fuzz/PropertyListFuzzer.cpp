@@ -1,5 +1,5 @@
 // Settings and bundles' descriptions. What is written can be read again.
-#include "platform/PropertyList.h"
+#include "platform/plist/PropertyList.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,5 +1,5 @@
 // Texts of a language folder, which anybody may edit.
-#include "ui/StringsFile.h"
+#include "base/StringsFile.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,6 +1,6 @@
 // The program with its window under any brand: paperline-brands NUMBER.
-#include "app/AppDelegate.h"
 #include "app/WindowSession.h"
+#include "controller/AppDelegate.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -11,7 +11,7 @@ import sys
 import unicodedata
 
 SOURCE = "en.lproj"
-CODE_FOLDERS = ("app", "ui", "viewer", "output", "twain", "platform")
+CODE_FOLDERS = ("app", "base", "codecs", "controller", "output", "platform", "twain", "ui", "viewer")
 ENTRY = re.compile(r'^"((?:[^"\\]|\\.)*)" = "((?:[^"\\]|\\.)*)";(?: (/\*.*\*/))?$')
 COMMENT = re.compile(r"^/\*.*\*/$")
 TABLE_ROW = re.compile(r'\{"([A-Za-z-]+\.lproj)",')

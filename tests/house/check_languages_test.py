@@ -86,7 +86,7 @@ def main():
     wrong = []
     with tempfile.TemporaryDirectory() as folder:
         tree = pathlib.Path(folder)
-        for name in ("app", "ui", "viewer", "output", "twain", "platform", "resources"):
+        for name in ("app", "base", "codecs", "controller", "output", "platform", "twain", "ui", "viewer", "resources"):
             shutil.copytree(ROOT / name, tree / name, ignore=shutil.ignore_patterns("*.png", "*.svg"))
         if exit_code(tree) != 0:
             wrong.append("the tree as it is: " + "\n".join(check(tree)))

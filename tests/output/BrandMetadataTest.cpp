@@ -2,8 +2,10 @@
 #include "OutputFixture.h"
 
 #include "ToolOutput.h"
-#include "platform/PdfDocument.h"
-#include "platform/PictureReader.h"
+#include "codecs/pdf/PdfDocument.h"
+#include "codecs/pictures/PictureReader.h"
+#include "platform/files/FileContent.h"
+#include "platform/files/Files.h"
 
 #include <cstdio>
 #include <map>

@@ -1,6 +1,10 @@
 // Names, counter, formats and the list of saved paths, through the controller's own operation.
 #include "OutputFixture.h"
 
+#include "output/ScratchNames.h"
+#include "platform/files/FileContent.h"
+#include "platform/files/Files.h"
+
 #include <gmock/gmock.h>
 
 #include <unistd.h>

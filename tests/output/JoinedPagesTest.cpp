@@ -1,6 +1,9 @@
 // What becomes of staged pages when their file is there: of those in it, and of those left out.
 #include "MultiPageFixture.h"
 
+#include "output/ScratchNames.h"
+#include "platform/files/Files.h"
+
 #include <gmock/gmock.h>
 
 namespace paperline {

@@ -3,6 +3,9 @@
 #include "OutputFixture.h"
 
 #include "ToolOutput.h"
+#include "output/ScratchNames.h"
+#include "platform/files/FileContent.h"
+#include "platform/files/Files.h"
 #include "tests/support/OtherFileSystem.h"
 
 #include <gmock/gmock.h>

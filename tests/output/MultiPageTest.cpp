@@ -1,6 +1,9 @@
 // Staging, joining and placing multi-page files, with joiners that list what they were given.
 #include "MultiPageFixture.h"
 
+#include "output/ScratchNames.h"
+#include "platform/files/Files.h"
+
 #include <gmock/gmock.h>
 
 #include <unistd.h>

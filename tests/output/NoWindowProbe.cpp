@@ -1,5 +1,5 @@
 // Saves an image as PDF in a program that never connected to a window server.
-#include "app/AppDelegate.h"
+#include "controller/AppDelegate.h"
 
 int main(int argc, char** argv) {
     if (argc != 2)

@@ -1,15 +1,18 @@
 // A controller with a save folder, staging folders, a scripted host and recorded messages.
 #pragma once
 
-#include "app/AppDelegate.h"
-#include "app/BrandProfile.h"
-#include "output/FileFormats.h"
+#include "base/BrandProfile.h"
+#include "base/FileFormats.h"
+#include "controller/AppDelegate.h"
 #include "output/PageCodecs.h"
 #include "output/PageNaming.h"
-#include "platform/Alert.h"
-#include "platform/Files.h"
-#include "platform/Host.h"
-#include "platform/Places.h"
+#include "output/ScratchNames.h"
+#include "platform/desktop/Alert.h"
+#include "platform/files/FileContent.h"
+#include "platform/files/Files.h"
+#include "platform/files/PathText.h"
+#include "platform/host/Host.h"
+#include "platform/places/Places.h"
 #include "tests/support/TestFolder.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,9 @@
-#include "output/PageFile.h"
+#include "platform/files/PageFile.h"
 
 #include "output/PageNaming.h"
-#include "platform/Files.h"
+
+#include "platform/files/FileContent.h"
+#include "platform/files/Files.h"
 #include "tests/support/TestFolder.h"
 
 #include <gtest/gtest.h>
@@ -163,16 +165,6 @@ TEST_F(PageFile, TwoProcessesInOneFolderLoseNothing) {
     EXPECT_EQ(contents.size(), 2U * pages);
     EXPECT_EQ(folderEntries(folder_).size(), 2U * pages);
     EXPECT_TRUE(fileExists(path("Image_00400.jpg")));
-}
-
-TEST(ScratchFiles, AreThePreviewTheThumbnailAndWhatLiesBelowTheTemporaryRoot) {
-    const ScratchPlaces place = [](const std::string& name) { return "/x" + name; };
-    EXPECT_TRUE(isScratchFile("/x/tmp/CPL_image.bmp", place));
-    EXPECT_TRUE(isScratchFile("/x/tmp/1.jpg", place));
-    EXPECT_TRUE(isScratchFile("/x/tmp/CorvaneTempImage/MultiImage/Image_00001.jpg", place));
-    EXPECT_FALSE(isScratchFile("/tmp/1.jpg", place));
-    EXPECT_FALSE(isScratchFile("/x/tmp/CorvaneTempImage", place));
-    EXPECT_FALSE(isScratchFile("/x/tmp/Image_00001.jpg", place));
 }
 
 } // namespace

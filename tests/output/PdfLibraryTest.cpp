@@ -1,6 +1,8 @@
 // The PDF operations without a caller, with real files, read by tools that are not ours.
 #include "OutputFixture.h"
 #include "ToolOutput.h"
+#include "output/ScratchNames.h"
+#include "platform/files/Files.h"
 
 namespace paperline {
 namespace {

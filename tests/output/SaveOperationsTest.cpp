@@ -2,7 +2,11 @@
 // metadata.
 #include "OutputFixture.h"
 
-#include "output/BmpFile.h"
+#include "codecs/bmp/BmpFile.h"
+#include "output/ScratchNames.h"
+#include "platform/files/FileContent.h"
+#include "platform/files/Files.h"
+#include "platform/files/PathText.h"
 
 #include <gmock/gmock.h>
 

@@ -1,7 +1,8 @@
 #include "output/StagedPages.h"
 
-#include "platform/Files.h"
-#include "tests/platform/TestFolder.h"
+#include "platform/files/FileContent.h"
+#include "platform/files/Files.h"
+#include "tests/support/FileTesting.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -2,7 +2,9 @@
 // the console.
 #include "OutputFixture.h"
 
-#include "app/CvOutputLog.h"
+#include "base/CvOutputLog.h"
+#include "output/ScratchNames.h"
+#include "platform/files/Files.h"
 #include "tests/app/TraceReading.h"
 
 #include <gmock/gmock.h>

@@ -1,5 +1,5 @@
 // Prints the bundle path that a program finds at the place it was copied to.
-#include "platform/Places.h"
+#include "platform/places/Places.h"
 
 #include <cstdio>
 

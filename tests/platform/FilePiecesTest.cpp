@@ -1,6 +1,7 @@
-#include "platform/FilePieces.h"
+#include "platform/files/FilePieces.h"
 
-#include "TestFolder.h"
+#include "platform/files/Files.h"
+#include "tests/support/FileTesting.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,8 @@
-#include "platform/Files.h"
+#include "platform/files/Files.h"
 
-#include "TestFolder.h"
+#include "platform/files/FileContent.h"
+#include "platform/files/PathText.h"
+#include "tests/support/FileTesting.h"
 
 #include <algorithm>
 #include <fcntl.h>

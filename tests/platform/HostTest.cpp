@@ -1,6 +1,7 @@
-#include "platform/Host.h"
+#include "platform/host/Host.h"
 
-#include "TestFolder.h"
+#include "platform/host/LocaleNames.h"
+#include "tests/support/FileTesting.h"
 
 #include <gmock/gmock.h>
 

@@ -1,8 +1,9 @@
 // Moves and full or read-only disks: what must hold when the file system does not play along.
-#include "platform/Files.h"
-#include "platform/NewFile.h"
+#include "platform/files/Files.h"
+#include "platform/files/NewFile.h"
 
-#include "TestFolder.h"
+#include "platform/files/FileContent.h"
+#include "tests/support/FileTesting.h"
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>

@@ -1,6 +1,9 @@
-#include "platform/Places.h"
+#include "platform/places/Places.h"
 
-#include "TestFolder.h"
+#include "platform/files/FileContent.h"
+#include "platform/files/Files.h"
+#include "platform/files/PathText.h"
+#include "tests/support/FileTesting.h"
 
 #include <sys/stat.h>
 

@@ -1,4 +1,4 @@
-#include "platform/ProcessLife.h"
+#include "platform/process/ProcessLife.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,7 @@
-#include "platform/ProcessScratch.h"
+#include "platform/places/ProcessScratch.h"
 
-#include "TestFolder.h"
+#include "platform/files/Files.h"
+#include "tests/support/FileTesting.h"
 
 #include <sys/stat.h>
 #include <sys/wait.h>

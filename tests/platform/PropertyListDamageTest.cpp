@@ -1,7 +1,7 @@
 // Binary lists byte by byte, and thousands of damaged files of both forms.
-#include "platform/PropertyList.h"
+#include "platform/plist/PropertyList.h"
 
-#include "TestFolder.h"
+#include "tests/support/FileTesting.h"
 
 #include <gtest/gtest.h>
 #include <random>

@@ -1,6 +1,6 @@
-#include "platform/PropertyList.h"
+#include "platform/plist/PropertyList.h"
 
-#include "TestFolder.h"
+#include "tests/support/FileTesting.h"
 
 #include <cmath>
 #include <gtest/gtest.h>

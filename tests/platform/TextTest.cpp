@@ -1,6 +1,6 @@
 // Text encodings and date patterns.
-#include "platform/DatePatterns.h"
-#include "platform/Utf.h"
+#include "platform/host/DatePatterns.h"
+#include "platform/host/Utf.h"
 
 #include <bit>
 #include <gtest/gtest.h>

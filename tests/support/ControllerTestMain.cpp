@@ -1,7 +1,7 @@
 // main of every test that constructs the controller: an application on Qt's offscreen platform and
 // places of the test's own, so that nothing of the user's is read or written.
-#include "platform/Files.h"
-#include "platform/Places.h"
+#include "platform/files/Files.h"
+#include "platform/places/Places.h"
 
 #include <QApplication>
 

@@ -1,7 +1,9 @@
 // Turning the main loop in a test, and files that a test lays out.
 #pragma once
 
-#include "platform/Files.h"
+#include "platform/files/FileContent.h"
+#include "platform/files/Files.h"
+#include "platform/files/PathText.h"
 
 #include <gtest/gtest.h>
 

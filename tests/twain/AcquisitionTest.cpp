@@ -1,9 +1,9 @@
 #include "SessionFixture.h"
 
-#include "app/SettingsState.h"
-#include "platform/Files.h"
-#include "platform/Host.h"
-#include "platform/MainLoop.h"
+#include "controller/SettingsState.h"
+#include "platform/desktop/MainLoop.h"
+#include "platform/files/Files.h"
+#include "platform/host/Host.h"
 #include "twain/TWAINHandler.h"
 
 #include <gmock/gmock.h>

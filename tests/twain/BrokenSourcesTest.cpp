@@ -3,7 +3,7 @@
 // whole.
 #include "SessionFixture.h"
 
-#include "platform/Files.h"
+#include "platform/files/Files.h"
 #include "twain/TWAINHandler.h"
 
 #include <gmock/gmock.h>

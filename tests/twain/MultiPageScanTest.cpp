@@ -2,13 +2,15 @@
 // lists what it was given.
 #include "SessionFixture.h"
 
-#include "output/FileFormats.h"
+#include "base/FileFormats.h"
 #include "output/PageCodecs.h"
-#include "platform/Alert.h"
-#include "platform/Files.h"
-#include "platform/Host.h"
-#include "platform/MainLoop.h"
-#include "platform/Places.h"
+#include "platform/desktop/Alert.h"
+#include "platform/desktop/MainLoop.h"
+#include "platform/files/FileContent.h"
+#include "platform/files/Files.h"
+#include "platform/files/PathText.h"
+#include "platform/host/Host.h"
+#include "platform/places/Places.h"
 
 #include <gmock/gmock.h>
 

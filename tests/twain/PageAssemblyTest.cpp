@@ -1,7 +1,7 @@
 #include "twain/PageAssembly.h"
 
 #include "twain/FreeMemory.h"
-#include "twain/abi/TwainConstants.h"
+#include "twain/records/TwainConstants.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

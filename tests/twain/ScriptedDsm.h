@@ -2,8 +2,8 @@
 // the loaded library for as long as it lives; main thread, but for the calls it makes back.
 #pragma once
 
-#include "platform/DataSourceManager.h"
-#include "twain/TwainTypes.h"
+#include "twain/manager/DataSourceManager.h"
+#include "twain/records/TwainTypes.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "ScriptedDsm.h"
-#include "app/AppDelegate.h"
+#include "controller/AppDelegate.h"
 #include "tests/support/TestFolder.h"
 #include "ui/SaveFolderTextField.h"
 

@@ -1,10 +1,11 @@
 // The lines that the session writes into the debug trace.
 #include "SessionFixture.h"
 
-#include "app/BrandProfile.h"
-#include "app/CvOutputLog.h"
-#include "platform/Files.h"
-#include "platform/Host.h"
+#include "base/BrandProfile.h"
+#include "base/CvOutputLog.h"
+#include "platform/files/FileContent.h"
+#include "platform/files/Files.h"
+#include "platform/host/Host.h"
 
 #include <gmock/gmock.h>
 

@@ -1,7 +1,8 @@
 #include "SessionFixture.h"
 
-#include "platform/Files.h"
-#include "platform/PropertyList.h"
+#include "platform/files/FileContent.h"
+#include "platform/files/Files.h"
+#include "platform/plist/PropertyList.h"
 
 #include <gmock/gmock.h>
 

@@ -1,8 +1,8 @@
 #include "SessionFixture.h"
 
-#include "app/BrandProfile.h"
-#include "platform/Files.h"
-#include "platform/Places.h"
+#include "base/BrandProfile.h"
+#include "platform/files/Files.h"
+#include "platform/places/Places.h"
 #include "twain/TWAINHandler.h"
 
 #include <QDialog>

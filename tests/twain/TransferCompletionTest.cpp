@@ -1,8 +1,9 @@
 #include "SessionFixture.h"
 
-#include "platform/Alert.h"
-#include "platform/Files.h"
-#include "platform/Host.h"
+#include "platform/desktop/Alert.h"
+#include "platform/files/FileContent.h"
+#include "platform/files/Files.h"
+#include "platform/host/Host.h"
 #include "twain/TWAINHandler.h"
 
 #include <gmock/gmock.h>

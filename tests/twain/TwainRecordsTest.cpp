@@ -1,5 +1,5 @@
+#include "controller/TwainInfo.h"
 #include "twain/BrandFilter.h"
-#include "twain/TwainInfo.h"
 
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+#include "platform/files/Files.h"
 #include "tests/ui/InterfaceFixture.h"
 #include "ui/MenuText.h"
 

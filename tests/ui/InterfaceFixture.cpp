@@ -1,5 +1,7 @@
 #include "tests/ui/InterfaceFixture.h"
 
+#include "platform/files/FileContent.h"
+#include "platform/files/Files.h"
 #include "ui/MenuText.h"
 
 #include <cstdlib>

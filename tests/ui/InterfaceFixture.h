@@ -2,14 +2,13 @@
 // scanner. Alerts and the desktop are recorded.
 #pragma once
 
-#include "app/AppDelegate.h"
-#include "app/BrandProfile.h"
-#include "platform/Alert.h"
-#include "platform/Desktop.h"
-#include "platform/Files.h"
-#include "platform/Host.h"
-#include "platform/MainLoop.h"
-#include "platform/Places.h"
+#include "base/BrandProfile.h"
+#include "controller/AppDelegate.h"
+#include "platform/desktop/Alert.h"
+#include "platform/desktop/Desktop.h"
+#include "platform/desktop/MainLoop.h"
+#include "platform/host/Host.h"
+#include "platform/places/Places.h"
 #include "ui/MainWindow.h"
 #include "ui/SaveFolderTextField.h"
 

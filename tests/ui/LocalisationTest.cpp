@@ -1,4 +1,5 @@
-#include "platform/PropertyList.h"
+#include "platform/files/Files.h"
+#include "platform/plist/PropertyList.h"
 #include "tests/ui/InterfaceFixture.h"
 #include "ui/EmptyState.h"
 #include "ui/LanguageTable.h"

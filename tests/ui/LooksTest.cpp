@@ -1,7 +1,6 @@
 #include "ui/Colours.h"
 #include "ui/ThemedIcon.h"
 
-#include "platform/Files.h"
 #include "tests/support/TestFolder.h"
 
 #include <QApplication>

@@ -1,3 +1,5 @@
+#include "platform/files/FileContent.h"
+#include "platform/files/Files.h"
 #include "tests/ui/InterfaceFixture.h"
 #include "ui/LanguageTable.h"
 #include "ui/MainToolbar.h"

@@ -1,7 +1,7 @@
 // The files that the program finds below its resources.
-#include "platform/Files.h"
-#include "ui/LanguageBundle.h"
-#include "ui/StringsFile.h"
+#include "base/LanguageBundle.h"
+#include "base/StringsFile.h"
+#include "platform/files/FileContent.h"
 
 #include <QImage>
 

@@ -1,4 +1,5 @@
 // How the main window looks: room, contrast, alignment.
+#include "platform/files/Files.h"
 #include "tests/ui/InterfaceFixture.h"
 #include "ui/Colours.h"
 #include "ui/EmptyState.h"

@@ -1,6 +1,6 @@
 // What the page view still has of a page that another row was chosen after.
 #include "PageWindow.h"
-#include "platform/MainLoop.h"
+#include "platform/desktop/MainLoop.h"
 
 #include <chrono>
 #include <filesystem>

@@ -1,6 +1,6 @@
 #include "PageWindow.h"
-#include "platform/Host.h"
-#include "platform/Places.h"
+#include "platform/host/Host.h"
+#include "platform/places/Places.h"
 
 #include <gmock/gmock.h>
 

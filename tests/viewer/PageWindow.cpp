@@ -1,8 +1,8 @@
 #include "PageWindow.h"
 
-#include "platform/Alert.h"
-#include "platform/Host.h"
-#include "platform/Places.h"
+#include "platform/desktop/Alert.h"
+#include "platform/host/Host.h"
+#include "platform/places/Places.h"
 
 #include <QStringDecoder>
 

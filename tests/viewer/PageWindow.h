@@ -2,8 +2,8 @@
 #pragma once
 
 #include "ViewerTestFiles.h"
-#include "app/AppDelegate.h"
-#include "app/CvOutputLog.h"
+#include "base/CvOutputLog.h"
+#include "controller/AppDelegate.h"
 #include "viewer/ImageView.h"
 
 #include <QScrollArea>

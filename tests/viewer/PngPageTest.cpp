@@ -1,8 +1,8 @@
 #include "viewer/PngPage.h"
 
 #include "ViewerTestFiles.h"
-#include "platform/PictureReader.h"
-#include "platform/PngWriter.h"
+#include "codecs/pictures/PictureReader.h"
+#include "codecs/png/PngWriter.h"
 #include "viewer/PageLoader.h"
 #include "viewer/PixelConversion.h"
 

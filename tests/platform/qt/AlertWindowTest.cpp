@@ -1,6 +1,6 @@
 #include "platform/qt/AlertWindow.h"
 
-#include "platform/MainLoop.h"
+#include "platform/desktop/MainLoop.h"
 
 #include "QtTestSupport.h"
 

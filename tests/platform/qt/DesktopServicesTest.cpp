@@ -1,9 +1,9 @@
 #include "platform/qt/DesktopServices.h"
 
-#include "platform/MainLoop.h"
+#include "platform/desktop/MainLoop.h"
 
-#include "../TestFolder.h"
 #include "QtTestSupport.h"
+#include "tests/support/FileTesting.h"
 
 #include <QApplication>
 #include <QDBusConnection>

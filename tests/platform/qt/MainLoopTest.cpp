@@ -1,4 +1,4 @@
-#include "platform/MainLoop.h"
+#include "platform/desktop/MainLoop.h"
 
 #include "QtTestSupport.h"
 

@@ -1,5 +1,5 @@
 // main of the tests of platform/qt/: an application on Qt's offscreen platform.
-#include "platform/MainLoop.h"
+#include "platform/desktop/MainLoop.h"
 
 #include "QtTestSupport.h"
 

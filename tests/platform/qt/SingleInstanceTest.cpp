@@ -1,7 +1,8 @@
 #include "platform/qt/SingleInstance.h"
 
-#include "../TestFolder.h"
 #include "QtTestSupport.h"
+#include "platform/files/Files.h"
+#include "tests/support/FileTesting.h"
 
 #include <QLocalServer>
 #include <QLockFile>

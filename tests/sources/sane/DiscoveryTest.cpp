@@ -1,7 +1,7 @@
 // Discovery by the worker program as users run it, with SANE's test backends and broken ones.
 #include "tests/support/TestFolder.h"
-#include "twain/abi/StandardRecords.h"
-#include "twain/abi/TwainConstants.h"
+#include "twain/records/StandardRecords.h"
+#include "twain/records/TwainConstants.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -4,7 +4,7 @@
 
 #include "sources/framework/ScanTypes.h"
 #include "tests/support/TestFolder.h"
-#include "twain/abi/StandardRecords.h"
+#include "twain/records/StandardRecords.h"
 
 #include <cstdint>
 #include <filesystem>

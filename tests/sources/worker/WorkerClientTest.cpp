@@ -286,7 +286,8 @@ TEST(WorkerClient, LeavesNoProcessAndNoDescriptorBehind) {
         PageFormat format;
         while (client.nextPage(format) == ScanStatus::good) {
         }
-        // The socket and a descriptor for each page buffer, of which a slow worker may need one only.
+        // The socket and a descriptor for each page buffer, of which a slow worker may need one
+        // only.
         EXPECT_LE(openDescriptors().size(), before.size() + 3);
         EXPECT_GE(openDescriptors().size(), before.size() + 2);
         client.stop();

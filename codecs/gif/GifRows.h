@@ -1,0 +1,29 @@
+// A page's rows as places in a palette, one after the other.
+#pragma once
+
+#include "codecs/gif/ColourPalette.h"
+#include "codecs/pixels/BitmapImageRep.h"
+
+#include <cstdint>
+#include <memory>
+#include <span>
+
+namespace paperline {
+
+class GifRows {
+public:
+    GifRows() = default;
+    virtual ~GifRows() = default;
+    GifRows(const GifRows&) = delete;
+    GifRows& operator=(const GifRows&) = delete;
+
+    virtual const Palette& palette() const = 0;
+    // Rows are asked for from the top, each once. A row is good until the next is asked for, and
+    // its taker may write into it.
+    virtual std::span<uint8_t> row(int32_t y) = 0;
+};
+
+// For a 1, 8 or 24-bit page, which is borrowed. Throws std::bad_alloc.
+std::unique_ptr<GifRows> makeGifRows(const BitmapImageRep& page);
+
+} // namespace paperline

@@ -1,0 +1,282 @@
+#include "codecs/pdf/PdfFiles.h"
+
+#include "codecs/jpeg/JpegSegments.h"
+#include "codecs/pdf/PdfDocument.h"
+#include "codecs/pictures/PictureReader.h"
+#include "codecs/pixels/DecodedImage.h"
+#include "codecs/pixels/PageLayout.h"
+#include "platform/files/NewFile.h"
+
+#include <array>
+#include <fcntl.h>
+#include <span>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace paperline {
+
+namespace {
+
+constexpr double pointsPerInch = 72.0;
+constexpr uint64_t maximumPicturePixels = uint64_t{1} << 28;
+
+struct Picture {
+    PdfImage image;
+    Size pagePoints;
+};
+
+// Opened without waiting, so that a pipe under the name cannot hold the program.
+Descriptor openPicture(const std::string& path) {
+    Descriptor file = openFile(path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
+    struct stat status = {};
+    if (file.isOpen() && (::fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode)))
+        return Descriptor();
+    return file;
+}
+
+Size pagePointsOf(double widthPixels,
+                  double heightPixels,
+                  double horizontalDpi,
+                  double verticalDpi) {
+    const auto points = [](double pixels, double dpi) {
+        return dpi > 0 ? pixels * pointsPerInch / dpi : pixels;
+    };
+    return {points(widthPixels, horizontalDpi), points(heightPixels, verticalDpi)};
+}
+
+// The header of a JPEG file: most are short, some carry a camera's thumbnail or a colour profile.
+std::optional<JpegHeader> jpegHeaderOf(const std::string& path) {
+    constexpr size_t usualBytes = 16 * 1024;
+    constexpr size_t maximumBytes = 16 * 1024 * 1024;
+    const Descriptor file = openPicture(path);
+    if (!file.isOpen())
+        return std::nullopt;
+    std::vector<uint8_t> bytes;
+    for (size_t wanted = usualBytes; wanted <= maximumBytes; wanted *= 8) {
+        const size_t had = bytes.size();
+        bytes.resize(wanted);
+        const ptrdiff_t count = readUpTo(file.number(), std::span(bytes).subspan(had));
+        if (count < 0)
+            return std::nullopt;
+        bytes.resize(had + static_cast<size_t>(count));
+        if (std::optional<JpegHeader> header = readJpegHeader(bytes))
+            return header;
+        if (bytes.size() < wanted || bytes[0] != 0xFF)
+            return std::nullopt;
+    }
+    return std::nullopt;
+}
+
+Picture jpegPicture(const JpegHeader& header) {
+    Picture picture;
+    picture.image = {header.widthPixels,
+                     header.heightPixels,
+                     header.components,
+                     8,
+                     true,
+                     header.components == 4 && header.hasAdobeMarker};
+    picture.pagePoints = pagePointsOf(
+        header.widthPixels, header.heightPixels, header.horizontalDpi, header.verticalDpi);
+    return picture;
+}
+
+PdfImage imageOf(const BitmapImageRep& page) {
+    PdfImage image;
+    image.widthPixels = page.pixelsWide();
+    image.heightPixels = page.pixelsHigh();
+    image.components = page.samplesPerPixel();
+    image.bitsPerComponent = page.bitsPerSample();
+    return image;
+}
+
+std::optional<DecodedImage> decode(const std::string& path) {
+    return readPicture(path, 0, maximumPicturePixels);
+}
+
+// What was cut off has no mark at its end. Some whole files have bytes behind it.
+bool hasEndMark(const std::string& path) {
+    const Descriptor file = openPicture(path);
+    std::array<uint8_t, 2> end{};
+    return file.isOpen() &&
+           ::lseek(file.number(), -static_cast<off_t>(end.size()), SEEK_END) >= 0 &&
+           readUpTo(file.number(), end) == static_cast<ptrdiff_t>(end.size()) && end[0] == 0xFF &&
+           end[1] == 0xD9;
+}
+
+// JPEG as it is where every reader has its kind; anything else as the pixels it holds.
+std::optional<Picture> inspect(const std::string& path) {
+    const std::optional<JpegHeader> header = jpegHeaderOf(path);
+    const bool isCommonJpeg = header && header->isCommon;
+    if (isCommonJpeg && hasEndMark(path))
+        return jpegPicture(*header);
+    const std::optional<DecodedImage> decoded = decode(path);
+    if (!decoded || !decoded->image)
+        return std::nullopt;
+    if (isCommonJpeg)
+        return jpegPicture(*header);
+    Picture picture;
+    picture.image = imageOf(*decoded->image);
+    picture.pagePoints = pagePointsOf(decoded->image->pixelsWide(),
+                                      decoded->image->pixelsHigh(),
+                                      decoded->horizontalDpi,
+                                      decoded->verticalDpi);
+    return picture;
+}
+
+bool giveFile(const std::string& path, const PdfSink& sink) {
+    constexpr size_t chunkBytes = 256 * 1024;
+    const Descriptor file = openPicture(path);
+    if (!file.isOpen())
+        return false;
+    std::vector<uint8_t> chunk(chunkBytes);
+    for (;;) {
+        const ptrdiff_t count = readUpTo(file.number(), chunk);
+        if (count <= 0)
+            return count == 0;
+        if (!sink(chunk.data(), static_cast<size_t>(count)))
+            return false;
+    }
+}
+
+bool givePixels(const BitmapImageRep& page, const PdfSink& sink) {
+    const auto rowBytes =
+        static_cast<size_t>((int64_t{page.pixelsWide()} * page.bitsPerPixel() + 7) / 8);
+    for (int32_t y = 0; y < page.pixelsHigh(); ++y)
+        if (!sink(page.row(y).data(), rowBytes))
+            return false;
+    return true;
+}
+
+bool givePicture(const std::string& path, const PdfSink& sink) {
+    if (const std::optional<JpegHeader> header = jpegHeaderOf(path); header && header->isCommon)
+        return giveFile(path, sink);
+    const std::optional<DecodedImage> decoded = decode(path);
+    return decoded && decoded->image && givePixels(*decoded->image, sink);
+}
+
+std::unique_ptr<NewFile> openOutput(const std::string& path) {
+    auto file = std::make_unique<NewFile>(path, NewFile::Named{});
+    return file->isOpen() ? std::move(file) : nullptr;
+}
+
+bool writeDocument(PdfDocument& document, NewFile& file, const PdfImageData& imageData) {
+    const PdfSink sink = [&file](const uint8_t* bytes, size_t count) {
+        return writeAll(file.descriptor(), {bytes, count});
+    };
+    return document.write(imageData, sink) && file.replaceTarget();
+}
+
+// A document without pictures.
+bool noImage(size_t /*image*/, const PdfSink& /*sink*/) {
+    return false;
+}
+
+} // namespace
+
+PdfJoiner::PdfJoiner(std::unique_ptr<NewFile> file, std::unique_ptr<PdfDocument> document)
+    : file_(std::move(file)), document_(std::move(document)) {}
+PdfJoiner::~PdfJoiner() = default;
+
+std::unique_ptr<PdfJoiner> PdfJoiner::open(const std::string& outputPath, int64_t creationSeconds) {
+    std::unique_ptr<NewFile> file = openOutput(outputPath);
+    std::unique_ptr<PdfDocument> document = PdfDocument::make(creationSeconds);
+    if (!file || !document)
+        return nullptr;
+    return std::unique_ptr<PdfJoiner>(new PdfJoiner(std::move(file), std::move(document)));
+}
+
+PdfJoiner::Added PdfJoiner::add(const std::string& pictureFile) {
+    const std::optional<Picture> picture = inspect(pictureFile);
+    if (!picture)
+        return Added::unreadable;
+    if (pictures_.empty())
+        folder_ = pictureFile.substr(0, pictureFile.rfind('/') + 1);
+    if (!document_->addImagePage(
+            picture->image, picture->pagePoints.width, picture->pagePoints.height))
+        return Added::outputFailed;
+    // Page files stand in one folder: their short names need no memory of their own.
+    const bool isBesideFirst = pictureFile.starts_with(folder_) &&
+                               pictureFile.find('/', folder_.size()) == std::string::npos;
+    pictures_.push_back(isBesideFirst ? pictureFile.substr(folder_.size()) : pictureFile);
+    return Added::yes;
+}
+
+bool PdfJoiner::finish() {
+    const PdfImageData imageData = [this](size_t image, const PdfSink& sink) {
+        const std::string& name = pictures_[image];
+        return givePicture(name.find('/') == std::string::npos ? folder_ + name : name, sink);
+    };
+    return writeDocument(*document_, *file_, imageData);
+}
+
+PdfPageSource::PdfPageSource(std::unique_ptr<PdfInput> input) : input_(std::move(input)) {}
+PdfPageSource::~PdfPageSource() = default;
+
+std::unique_ptr<PdfPageSource> PdfPageSource::open(const std::string& path) {
+    if (!openPicture(path).isOpen())
+        return nullptr;
+    std::unique_ptr<PdfInput> input = PdfInput::open(path);
+    return input ? std::unique_ptr<PdfPageSource>(new PdfPageSource(std::move(input))) : nullptr;
+}
+
+int PdfPageSource::pageCount() const {
+    return input_->pageCount();
+}
+
+Rect PdfPageSource::mediaBox(int page) const {
+    const PdfBox box = input_->mediaBox(page);
+    return {box.x, box.y, box.width, box.height};
+}
+
+PdfDrawing::PdfDrawing(std::unique_ptr<NewFile> file, std::unique_ptr<PdfDocument> document)
+    : file_(std::move(file)), document_(std::move(document)) {}
+PdfDrawing::~PdfDrawing() = default;
+
+std::unique_ptr<PdfDrawing> PdfDrawing::open(const std::string& outputPath,
+                                             int64_t creationSeconds) {
+    std::unique_ptr<NewFile> file = openOutput(outputPath);
+    std::unique_ptr<PdfDocument> document = PdfDocument::make(creationSeconds);
+    if (!file || !document)
+        return nullptr;
+    return std::unique_ptr<PdfDrawing>(new PdfDrawing(std::move(file), std::move(document)));
+}
+
+void PdfDrawing::beginPage(const Rect& mediaBox) {
+    isPageOpen_ =
+        document_->addEmptyPage({mediaBox.x, mediaBox.y, mediaBox.width, mediaBox.height});
+}
+
+void PdfDrawing::drawPage(const PdfPageSource& source, int page) {
+    if (isPageOpen_)
+        (void)document_->drawOnLastPage(source.input(), page); // it stays empty
+}
+
+void PdfDrawing::endPage() {
+    isPageOpen_ = false;
+}
+
+bool PdfDrawing::close() {
+    return writeDocument(*document_, *file_, noImage);
+}
+
+std::optional<std::vector<uint8_t>>
+pdfOfPicture(const BitmapImageRep& image, Size pageSizePoints, int64_t creationSeconds) {
+    const std::unique_ptr<PdfDocument> document = PdfDocument::make(creationSeconds);
+    if (!hasPageLayout(image) || !document ||
+        !document->addImagePage(imageOf(image), pageSizePoints.width, pageSizePoints.height))
+        return std::nullopt;
+    std::vector<uint8_t> bytes;
+    const PdfSink collect = [&bytes](const uint8_t* from, size_t count) {
+        bytes.insert(bytes.end(), from, from + count);
+        return true;
+    };
+    const PdfImageData pixels = [&image](size_t, const PdfSink& sink) {
+        return givePixels(image, sink);
+    };
+    if (!document->write(pixels, collect))
+        return std::nullopt;
+    return bytes;
+}
+
+} // namespace paperline

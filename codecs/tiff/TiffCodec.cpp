@@ -1,0 +1,223 @@
+#include "codecs/tiff/TiffCodec.h"
+
+#include "codecs/tiff/TiffHandle.h"
+#include "platform/process/ParallelFor.h"
+
+#include <algorithm>
+#include <atomic>
+#include <limits>
+#include <memory>
+#include <vector>
+
+namespace paperline {
+namespace {
+
+// Enough for the largest strip of a page with so many pixels, sixteen bytes each.
+tmsize_t largestAllocation(uint64_t maximumPixels) {
+    constexpr uint64_t other = 64U << 20U; // directories, tables, profiles
+    constexpr uint64_t most = std::numeric_limits<tmsize_t>::max();
+    return static_cast<tmsize_t>(maximumPixels < (most - other) / 16 ? maximumPixels * 16 + other
+                                                                     : most);
+}
+
+struct PageTags {
+    uint32_t widthPixels = 0;
+    uint32_t heightPixels = 0;
+    uint16_t bitsPerSample = 1;
+    uint16_t samplesPerPixel = 1;
+    uint16_t photometric = 0;
+    uint16_t planes = PLANARCONFIG_CONTIG;
+    uint16_t orientation = ORIENTATION_TOPLEFT;
+
+    bool isGrey() const {
+        return photometric == PHOTOMETRIC_MINISWHITE || photometric == PHOTOMETRIC_MINISBLACK;
+    }
+    int pageBits() const {
+        if (!isGrey())
+            return 24;
+        return bitsPerSample == 1 && samplesPerPixel == 1 ? 1 : 8;
+    }
+};
+
+std::optional<PageTags> readTags(TIFF* tiff) {
+    PageTags tags;
+    if (TIFFGetField(tiff, TIFFTAG_IMAGEWIDTH, &tags.widthPixels) == 0 ||
+        TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &tags.heightPixels) == 0 ||
+        TIFFGetField(tiff, TIFFTAG_PHOTOMETRIC, &tags.photometric) == 0)
+        return std::nullopt;
+    TIFFGetFieldDefaulted(tiff, TIFFTAG_BITSPERSAMPLE, &tags.bitsPerSample);
+    TIFFGetFieldDefaulted(tiff, TIFFTAG_SAMPLESPERPIXEL, &tags.samplesPerPixel);
+    TIFFGetFieldDefaulted(tiff, TIFFTAG_PLANARCONFIG, &tags.planes);
+    TIFFGetFieldDefaulted(tiff, TIFFTAG_ORIENTATION, &tags.orientation);
+    constexpr uint32_t mostSide = std::numeric_limits<int32_t>::max() / 32;
+    if (tags.widthPixels == 0 || tags.heightPixels == 0 || tags.widthPixels > mostSide ||
+        tags.heightPixels > mostSide)
+        return std::nullopt;
+    return tags;
+}
+
+double resolutionDpi(TIFF* tiff, uint32_t tag) {
+    uint16_t unit = RESUNIT_INCH;
+    float value = 0;
+    TIFFGetFieldDefaulted(tiff, TIFFTAG_RESOLUTIONUNIT, &unit);
+    if (TIFFGetField(tiff, tag, &value) == 0 || unit == RESUNIT_NONE || !(value > 0))
+        return 0;
+    return unit == RESUNIT_CENTIMETER ? static_cast<double>(value) * 2.54
+                                      : static_cast<double>(value);
+}
+
+// Whether the file's rows are the page's, but for the polarity of grey.
+bool hasPlainRows(TIFF* tiff, const PageTags& tags) {
+    if (TIFFIsTiled(tiff) != 0)
+        return false;
+    if (tags.isGrey())
+        return tags.samplesPerPixel == 1 && (tags.bitsPerSample == 1 || tags.bitsPerSample == 8);
+    return tags.photometric == PHOTOMETRIC_RGB && tags.planes == PLANARCONFIG_CONTIG &&
+           tags.samplesPerPixel == 3 && tags.bitsPerSample == 8;
+}
+
+// Where a page is, and how much the library may take for it at once.
+struct PagePlace {
+    const std::string& path;
+    int pageIndex;
+    tmsize_t largestAllocation;
+};
+
+// The page's strips, each decoded to its place.
+class StripReader {
+public:
+    StripReader(const PagePlace& place, BitmapImageRep& page)
+        : page_(page), tiff_(openTiffFile(place.path, place.largestAllocation, errors_)) {
+        if (tiff_ && TIFFSetDirectory(tiff_.get(), static_cast<tdir_t>(place.pageIndex)) == 0)
+            tiff_.reset();
+        if (tiff_)
+            TIFFGetFieldDefaulted(tiff_.get(), TIFFTAG_ROWSPERSTRIP, &rowsPerStrip_);
+    }
+
+    bool read(uint32_t strip) {
+        const uint64_t firstRow = uint64_t{strip} * rowsPerStrip_;
+        const auto height = static_cast<uint64_t>(page_.pixelsHigh());
+        if (!tiff_ || firstRow >= height)
+            return false;
+        const uint64_t rows = std::min<uint64_t>(rowsPerStrip_, height - firstRow);
+        const auto bytes = static_cast<tmsize_t>(rows * static_cast<uint64_t>(page_.bytesPerRow()));
+        uint8_t* target = page_.row(static_cast<int32_t>(firstRow)).data();
+        return TIFFReadEncodedStrip(tiff_.get(), strip, target, bytes) == bytes &&
+               errors_.count == 0;
+    }
+
+private:
+    BitmapImageRep& page_;
+    TiffErrors errors_;
+    TiffHandle tiff_;
+    uint32_t rowsPerStrip_ = 0;
+};
+
+bool readStripsSideBySide(const PagePlace& place, uint32_t strips, BitmapImageRep& page) {
+    std::vector<std::unique_ptr<StripReader>> readers(std::min<size_t>(processorCount(), strips));
+    std::atomic<bool> whole{true};
+    parallelFor(strips, static_cast<unsigned>(readers.size()), [&](size_t strip, unsigned worker) {
+        if (!whole)
+            return;
+        if (!readers[worker])
+            readers[worker].reset(new (std::nothrow) StripReader(place, page));
+        if (!readers[worker] || !readers[worker]->read(static_cast<uint32_t>(strip)))
+            whole = false;
+    });
+    return whole;
+}
+
+bool readRowByRow(TIFF* tiff, BitmapImageRep& page) {
+    for (int32_t y = 0; y < page.pixelsHigh(); ++y)
+        if (TIFFReadScanline(tiff, page.row(y).data(), static_cast<uint32_t>(y), 0) != 1)
+            return false;
+    return true;
+}
+
+bool readPlainRows(TIFF* tiff, const PageTags& tags, const PagePlace& place, BitmapImageRep& page) {
+    constexpr size_t worthThreads = 1024 * 1024;
+    if (TIFFScanlineSize64(tiff) != static_cast<uint64_t>(page.bytesPerRow()))
+        return false;
+    const uint32_t strips = TIFFNumberOfStrips(tiff);
+    const bool together = strips > 1 && page.bitmapData().size() >= worthThreads;
+    if (!(together ? readStripsSideBySide(place, strips, page) : readRowByRow(tiff, page)))
+        return false;
+    if (tags.photometric == PHOTOMETRIC_MINISWHITE)
+        for (uint8_t& byte : page.bitmapData())
+            byte = static_cast<uint8_t>(~byte);
+    return true;
+}
+
+// Colours come multiplied with their alpha.
+uint8_t onWhite(uint32_t channel, uint32_t pixel) {
+    return static_cast<uint8_t>(std::min<uint32_t>(255, channel + 255 - TIFFGetA(pixel)));
+}
+
+void putRow(const uint32_t* pixels, std::span<uint8_t> row, int pageBits, size_t width) {
+    for (size_t x = 0; x < width; ++x) {
+        const uint32_t pixel = pixels[x];
+        const uint8_t red = onWhite(TIFFGetR(pixel), pixel);
+        if (pageBits == 24) {
+            row[3 * x] = red;
+            row[3 * x + 1] = onWhite(TIFFGetG(pixel), pixel);
+            row[3 * x + 2] = onWhite(TIFFGetB(pixel), pixel);
+        } else if (pageBits == 8) {
+            row[x] = red;
+        } else if (red >= 128) {
+            row[x / 8] = static_cast<uint8_t>(row[x / 8] | (0x80U >> (x % 8)));
+        }
+    }
+}
+
+// Everything else through the library's own conversion to 8-bit colours.
+bool readConverted(TIFF* tiff, const PageTags& tags, BitmapImageRep& page) {
+    const size_t width = tags.widthPixels;
+    const std::unique_ptr<uint32_t[]> raster(new (std::nothrow)
+                                                 uint32_t[width * tags.heightPixels]);
+    // The rows' stored order is kept: turning the page is its viewer's business.
+    if (!raster ||
+        TIFFReadRGBAImageOriented(
+            tiff, tags.widthPixels, tags.heightPixels, raster.get(), tags.orientation, 1) == 0)
+        return false;
+    for (int32_t y = 0; y < page.pixelsHigh(); ++y)
+        putRow(raster.get() + static_cast<size_t>(y) * width, page.row(y), tags.pageBits(), width);
+    return true;
+}
+
+} // namespace
+
+std::optional<DecodedImage>
+decodeTiffPage(const std::string& path, int pageIndex, uint64_t maximumPixels) {
+    TiffErrors errors;
+    const PagePlace place{path, pageIndex, largestAllocation(maximumPixels)};
+    const TiffHandle tiff = openTiffFile(path, place.largestAllocation, errors);
+    constexpr int mostPages = std::numeric_limits<uint16_t>::max();
+    if (!tiff || pageIndex < 0 || pageIndex >= mostPages ||
+        TIFFSetDirectory(tiff.get(), static_cast<tdir_t>(pageIndex)) == 0)
+        return std::nullopt;
+    const std::optional<PageTags> tags = readTags(tiff.get());
+    if (!tags || !withinPixels(tags->widthPixels, tags->heightPixels, maximumPixels))
+        return std::nullopt;
+    DecodedImage result;
+    result.image = BitmapImageRep::makePage(static_cast<int32_t>(tags->widthPixels),
+                                            static_cast<int32_t>(tags->heightPixels),
+                                            tags->pageBits());
+    if (!result.image)
+        return std::nullopt;
+    const bool whole = hasPlainRows(tiff.get(), *tags)
+                           ? readPlainRows(tiff.get(), *tags, place, *result.image)
+                           : readConverted(tiff.get(), *tags, *result.image);
+    if (!whole || errors.count > 0)
+        return std::nullopt;
+    result.horizontalDpi = resolutionDpi(tiff.get(), TIFFTAG_XRESOLUTION);
+    result.verticalDpi = resolutionDpi(tiff.get(), TIFFTAG_YRESOLUTION);
+    return result;
+}
+
+int tiffPageCount(const std::string& path) {
+    TiffErrors errors;
+    const TiffHandle tiff = openTiffFile(path, largestAllocation(0), errors);
+    return tiff ? static_cast<int>(TIFFNumberOfDirectories(tiff.get())) : 0;
+}
+
+} // namespace paperline

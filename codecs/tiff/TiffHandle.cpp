@@ -1,0 +1,201 @@
+#include "codecs/tiff/TiffHandle.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <sys/stat.h>
+#include <unistd.h>
+
+// The library calls back by C linkage rules; the va_list is left alone.
+extern "C" {
+
+static int noteTiffError(TIFF* /*tiff*/,
+                         void* errors,
+                         const char* /*module*/,
+                         const char* /*format*/,
+                         va_list /*arguments*/) {
+    ++static_cast<paperline::TiffErrors*>(errors)->count;
+    return 1;
+}
+
+static int ignoreTiffWarning(TIFF* /*tiff*/,
+                             void* /*unused*/,
+                             const char* /*module*/,
+                             const char* /*format*/,
+                             va_list /*arguments*/) {
+    return 1;
+}
+
+static int keepTiffOpen(thandle_t /*handle*/) {
+    return 0;
+}
+}
+
+namespace paperline {
+namespace {
+
+using OptionsHandle = std::unique_ptr<TIFFOpenOptions, decltype(&TIFFOpenOptionsFree)>;
+
+OptionsHandle quietOptions(TiffErrors& errors) {
+    OptionsHandle options(TIFFOpenOptionsAlloc(), &TIFFOpenOptionsFree);
+    if (options) {
+        TIFFOpenOptionsSetErrorHandlerExtR(options.get(), noteTiffError, &errors);
+        TIFFOpenOptionsSetWarningHandlerExtR(options.get(), ignoreTiffWarning, nullptr);
+    }
+    return options;
+}
+
+// The position that a seek asks for; nothing below 0.
+bool seekTo(uint64_t& position, toff_t offset, int whence, uint64_t size) {
+    const uint64_t base = whence == SEEK_SET ? 0 : whence == SEEK_CUR ? position : size;
+    // Seeks back arrive as huge offsets that wrap.
+    const uint64_t target = base + offset;
+    if (target > static_cast<uint64_t>(std::numeric_limits<int64_t>::max()))
+        return false;
+    position = target;
+    return true;
+}
+
+constexpr auto seekFailed = std::numeric_limits<toff_t>::max();
+
+tmsize_t readMemory(thandle_t handle, void* target, tmsize_t count) {
+    auto& memory = *static_cast<TiffMemory*>(handle);
+    if (memory.position >= memory.bytes.size() || count <= 0)
+        return 0;
+    const size_t taken =
+        std::min(static_cast<size_t>(count), memory.bytes.size() - memory.position);
+    std::memcpy(target, &memory.bytes[memory.position], taken);
+    memory.position += taken;
+    return static_cast<tmsize_t>(taken);
+}
+
+tmsize_t writeMemory(thandle_t handle, void* source, tmsize_t count) {
+    auto& memory = *static_cast<TiffMemory*>(handle);
+    if (count <= 0)
+        return 0;
+    const auto size = static_cast<size_t>(count);
+    const auto* bytes = static_cast<const uint8_t*>(source);
+    try {
+        if (memory.position == memory.bytes.size()) {
+            memory.bytes.insert(memory.bytes.end(), bytes, bytes + size);
+        } else {
+            memory.bytes.resize(std::max<size_t>(memory.bytes.size(), memory.position + size));
+            std::memcpy(&memory.bytes[memory.position], bytes, size);
+        }
+    } catch (const std::bad_alloc&) {
+        return -1;
+    }
+    memory.position += size;
+    return count;
+}
+
+toff_t seekMemory(thandle_t handle, toff_t offset, int whence) {
+    auto& memory = *static_cast<TiffMemory*>(handle);
+    return seekTo(memory.position, offset, whence, memory.bytes.size()) ? memory.position
+                                                                        : seekFailed;
+}
+
+toff_t sizeOfMemory(thandle_t handle) {
+    return static_cast<TiffMemory*>(handle)->bytes.size();
+}
+
+toff_t sizeOfFile(thandle_t handle) {
+    struct stat status = {};
+    const bool known = ::fstat(static_cast<TiffDescriptor*>(handle)->number, &status) == 0;
+    return known ? static_cast<toff_t>(status.st_size) : 0;
+}
+
+tmsize_t readFileAt(thandle_t handle, void* target, tmsize_t count) {
+    auto& file = *static_cast<TiffDescriptor*>(handle);
+    tmsize_t filled = 0;
+    while (filled < count) {
+        const ssize_t taken = ::pread(file.number,
+                                      static_cast<uint8_t*>(target) + filled,
+                                      static_cast<size_t>(count - filled),
+                                      static_cast<off_t>(file.position));
+        if (taken < 0 && errno == EINTR)
+            continue;
+        if (taken <= 0)
+            break;
+        filled += taken;
+        file.position += static_cast<uint64_t>(taken);
+    }
+    return filled;
+}
+
+tmsize_t writeFileAt(thandle_t handle, void* source, tmsize_t count) {
+    auto& file = *static_cast<TiffDescriptor*>(handle);
+    tmsize_t written = 0;
+    while (written < count) {
+        const ssize_t taken = ::pwrite(file.number,
+                                       static_cast<const uint8_t*>(source) + written,
+                                       static_cast<size_t>(count - written),
+                                       static_cast<off_t>(file.position));
+        if (taken < 0 && errno == EINTR)
+            continue;
+        if (taken <= 0) {
+            file.writeFailed = true;
+            return -1;
+        }
+        written += taken;
+        file.position += static_cast<uint64_t>(taken);
+    }
+    return written;
+}
+
+toff_t seekFile(thandle_t handle, toff_t offset, int whence) {
+    auto& file = *static_cast<TiffDescriptor*>(handle);
+    const uint64_t size = whence == SEEK_END ? sizeOfFile(handle) : 0;
+    return seekTo(file.position, offset, whence, size) ? file.position : seekFailed;
+}
+
+// How the library reaches what a handle stands for.
+struct Access {
+    const char* name; // in the library's messages
+    TIFFReadWriteProc read;
+    TIFFReadWriteProc write;
+    TIFFSeekProc seek;
+    TIFFSizeProc size;
+};
+
+constexpr Access memoryAccess{"memory", readMemory, writeMemory, seekMemory, sizeOfMemory};
+constexpr Access fileAccess{"file", readFileAt, writeFileAt, seekFile, sizeOfFile};
+
+TiffHandle openThrough(const Access& access, thandle_t data, const char* mode, TiffErrors& errors) {
+    const OptionsHandle options = quietOptions(errors);
+    if (!options)
+        return nullptr;
+    return TiffHandle(TIFFClientOpenExt(access.name,
+                                        mode,
+                                        data,
+                                        access.read,
+                                        access.write,
+                                        access.seek,
+                                        keepTiffOpen,
+                                        access.size,
+                                        nullptr,
+                                        nullptr,
+                                        options.get()));
+}
+
+} // namespace
+
+TiffHandle openTiffFile(const std::string& path, tmsize_t largestAllocation, TiffErrors& errors) {
+    const OptionsHandle options = quietOptions(errors);
+    if (!options)
+        return nullptr;
+    TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), largestAllocation);
+    return TiffHandle(TIFFOpenExt(path.c_str(), "rm", options.get()));
+}
+
+TiffHandle openTiffMemory(TiffMemory& memory, const char* mode, TiffErrors& errors) {
+    return openThrough(memoryAccess, &memory, mode, errors);
+}
+
+TiffHandle openTiffDescriptor(TiffDescriptor& file, const char* mode, TiffErrors& errors) {
+    return openThrough(fileAccess, &file, mode, errors);
+}
+
+} // namespace paperline

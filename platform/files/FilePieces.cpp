@@ -1,0 +1,96 @@
+#include "platform/files/FilePieces.h"
+
+#include "platform/files/NewFile.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+namespace paperline {
+namespace {
+
+constexpr size_t windowBytes = 256 * size_t{1024};
+
+// Opened without waiting, so that a pipe under the name cannot hold the program.
+Descriptor openRegular(const std::string& path, struct stat& status) {
+    Descriptor file = openFile(path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
+    if (file.isOpen() && (::fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode)))
+        return Descriptor();
+    return file;
+}
+
+bool writeAt(int descriptor, uint64_t position, std::span<const uint8_t> bytes) {
+    return ::lseek(descriptor, static_cast<off_t>(position), SEEK_SET) >= 0 &&
+           writeAll(descriptor, bytes);
+}
+
+} // namespace
+
+FilePieces::FilePieces(const std::string& path) {
+    struct stat status = {};
+    file_ = openRegular(path, status);
+}
+
+size_t FilePieces::read(uint64_t position, std::span<uint8_t> bytes) const {
+    size_t filled = 0;
+    while (filled < bytes.size() && position <= static_cast<uint64_t>(INT64_MAX) - filled) {
+        const ssize_t count = ::pread(file_.number(),
+                                      bytes.data() + filled,
+                                      bytes.size() - filled,
+                                      static_cast<off_t>(position + filled));
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0)
+            break;
+        filled += static_cast<size_t>(count);
+    }
+    return filled;
+}
+
+std::optional<uint64_t> FilePieces::find(std::string_view text) const {
+    // A window begins with the end of the one before, where the text may have begun.
+    const size_t overlap = text.size() - 1;
+    std::vector<uint8_t> window(windowBytes + overlap);
+    for (uint64_t position = 0;; position += windowBytes) {
+        const size_t count = read(position, window);
+        const std::string_view seen(reinterpret_cast<const char*>(window.data()), count);
+        const size_t found = seen.find(text);
+        if (found != std::string_view::npos)
+            return position + found;
+        if (count < window.size())
+            return std::nullopt;
+    }
+}
+
+bool replaceByChangedCopy(const std::string& path, const std::function<bool(int)>& change) {
+    struct stat status = {};
+    const Descriptor old = openRegular(path, status);
+    if (!old.isOpen())
+        return false;
+    NewFile changed(path, NewFile::Named{});
+    if (!changed.isOpen() || !copyAll(old.number(), changed.descriptor()) ||
+        !change(changed.descriptor()))
+        return false;
+    (void)::fchmod(changed.descriptor(), status.st_mode & 0777);
+    if (!syncFile(changed.descriptor()) || !changed.replaceTarget())
+        return false;
+    syncFolderOf(path);
+    return true;
+}
+
+bool replaceBytes(const std::string& path, uint64_t position, std::span<const uint8_t> bytes) {
+    return replaceByChangedCopy(path, [position, bytes](int descriptor) {
+        const off_t end = ::lseek(descriptor, 0, SEEK_END);
+        if (end < 0)
+            return false;
+        const auto size = static_cast<uint64_t>(end);
+        const uint64_t start = std::min(position, size);
+        const auto fitting = static_cast<size_t>(std::min<uint64_t>(bytes.size(), size - start));
+        return writeAt(descriptor, start, bytes.first(fitting));
+    });
+}
+
+} // namespace paperline

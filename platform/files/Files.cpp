@@ -1,0 +1,108 @@
+#include "platform/files/Files.h"
+
+#include "platform/files/Descriptor.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <filesystem>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace paperline {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string withoutTrailingSlashes(std::string path) {
+    while (path.size() > 1 && path.back() == '/')
+        path.pop_back();
+    return path;
+}
+
+// Made here or found there, the folder is judged by its descriptor: between two looks at a name
+// in a shared folder a stranger may put something else under it.
+bool isOwnPrivateFolder(const std::string& path) {
+    const Descriptor folder = openFile(path, O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
+    struct stat status = {};
+    if (!folder.isOpen() || ::fstat(folder.number(), &status) != 0)
+        return false;
+    if (status.st_uid != ::geteuid())
+        return false;
+    return (status.st_mode & 07777) == 0700 || ::fchmod(folder.number(), 0700) == 0;
+}
+
+} // namespace
+
+bool fileExists(const std::string& path) {
+    struct stat status = {};
+    return ::stat(path.c_str(), &status) == 0;
+}
+
+bool folderExists(const std::string& path) {
+    struct stat status = {};
+    return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+bool isWritable(const std::string& path) {
+    const int wanted = folderExists(path) ? W_OK | X_OK : W_OK;
+    return ::faccessat(AT_FDCWD, path.c_str(), wanted, AT_EACCESS) == 0;
+}
+
+bool ownedByUserOrRoot(const std::string& path) {
+    struct stat status = {};
+    if (::lstat(withoutTrailingSlashes(path).c_str(), &status) != 0 || S_ISLNK(status.st_mode))
+        return false;
+    return status.st_uid == ::geteuid() || status.st_uid == 0;
+}
+
+bool createFolder(const std::string& path) {
+    return ::mkdir(path.c_str(), 0777) == 0;
+}
+
+bool createFolderWithParents(const std::string& path) {
+    for (size_t slash = path.find('/', 1); slash != std::string::npos;
+         slash = path.find('/', slash + 1)) {
+        // A parent that cannot be made shows at the last step, unless it is there already.
+        (void)::mkdir(path.substr(0, slash).c_str(), 0777);
+    }
+    return ::mkdir(path.c_str(), 0777) == 0 || folderExists(path);
+}
+
+bool createPrivateFolder(const std::string& path) {
+    const std::string name = withoutTrailingSlashes(path);
+    if (::mkdir(name.c_str(), 0700) != 0 && errno != EEXIST)
+        return false;
+    return isOwnPrivateFolder(name);
+}
+
+bool removePath(const std::string& path) {
+    if (path.empty())
+        return false;
+    std::error_code error;
+    // The library opens every level by descriptor and does not follow links.
+    fs::remove_all(withoutTrailingSlashes(path), error);
+    return !error;
+}
+
+std::vector<std::string> folderEntries(const std::string& folder) {
+    std::vector<std::string> names;
+    std::error_code error;
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error))
+        names.push_back(entry->path().filename().string());
+    return names;
+}
+
+std::vector<std::string> deepFolderEntries(const std::string& folder) {
+    const std::string top = withoutTrailingSlashes(folder);
+    const size_t prefixLength = top == "/" ? 1 : top.size() + 1;
+    std::vector<std::string> names;
+    std::error_code error;
+    const auto options = fs::directory_options::skip_permission_denied;
+    for (fs::recursive_directory_iterator entry(top, options, error), end; !error && entry != end;
+         entry.increment(error))
+        names.push_back(entry->path().string().substr(prefixLength));
+    return names;
+}
+
+} // namespace paperline

@@ -1,0 +1,42 @@
+#include "platform/files/PageFile.h"
+
+#include "platform/files/FileContent.h"
+#include "platform/files/Files.h"
+
+namespace paperline {
+
+namespace {
+
+PageWrite writeScratchFile(const std::string& path, std::span<const uint8_t> bytes) {
+    if (writeFile(path, bytes))
+        return {PageWriteResult::complete, path};
+    return {fileExists(path) ? PageWriteResult::incomplete : PageWriteResult::notOpened, path};
+}
+
+} // namespace
+
+PageWrite writePageFile(const PageWriteTarget& target,
+                        std::span<const uint8_t> bytes,
+                        const WholeFileCreator& createWhole) {
+    if (target.isScratch)
+        return writeScratchFile(target.path, bytes);
+    std::string path = target.path;
+    while (true) {
+        switch (createWhole(path, bytes)) {
+        case CreateResult::created:
+            return {PageWriteResult::complete, path};
+        case CreateResult::notOpened:
+            return {PageWriteResult::notOpened, path};
+        case CreateResult::failed:
+            return {PageWriteResult::incomplete, path};
+        case CreateResult::alreadyThere:
+            break;
+        }
+        const std::string next = target.nextPath ? target.nextPath() : std::string();
+        if (next.empty() || next == path)
+            return {PageWriteResult::notOpened, path};
+        path = next;
+    }
+}
+
+} // namespace paperline

@@ -1,0 +1,37 @@
+#include "platform/process/ParallelFor.h"
+
+#include <algorithm>
+#include <atomic>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+namespace paperline {
+
+unsigned processorCount() {
+    return std::max(1U, std::thread::hardware_concurrency());
+}
+
+void parallelFor(size_t parts,
+                 unsigned workers,
+                 const std::function<void(size_t part, unsigned worker)>& work) {
+    std::atomic<size_t> next{0};
+    const auto takeParts = [&](unsigned worker) {
+        for (size_t part = next++; part < parts; part = next++)
+            work(part, worker);
+    };
+    std::vector<std::thread> helpers;
+    const size_t wanted = std::min<size_t>(workers, parts);
+    helpers.reserve(wanted);
+    try {
+        for (unsigned worker = 1; worker < wanted; ++worker)
+            helpers.emplace_back(takeParts, worker);
+    } catch (const std::system_error&) {
+        // The workers that are there take the parts of those that are not.
+    }
+    takeParts(0);
+    for (std::thread& helper : helpers)
+        helper.join();
+}
+
+} // namespace paperline
