@@ -204,7 +204,7 @@ def compare(name, arguments, workers):
         original.add(samples, samples, blocks, samples.size)
     print(f"\n{name}: {arguments.sheets} sheets, {original.letters} letters\n")
     print("| quality | sampling | letters wrong % | words wrong % | fuzz | kB |\n|---|---|---|---|---|---|")
-    print(f"| not coded | | {original.row(arguments.sheets)} |", flush=True)
+    print(f"| uncompressed | | {original.row(arguments.sheets)} |", flush=True)
     samplings = [name for name in SAMPLINGS if name in arguments.samplings] if kind == "colour" else ["grey"]
 
     def measure(job):
