@@ -10,6 +10,7 @@
 #include "output/StagedPages.h"
 #include "platform/desktop/Alert.h"
 #include "platform/desktop/MainLoop.h"
+#include "platform/files/Descriptor.h"
 #include "platform/files/PathText.h"
 #include "platform/host/DatePatterns.h"
 #include "platform/host/Host.h"
@@ -32,7 +33,6 @@
 #include <unistd.h>
 
 #include <atomic>
-#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -44,24 +44,14 @@ namespace {
 // A call that is under way when the command is told to end may take so long to come to its end.
 constexpr std::chrono::seconds patienceAfterSignal{3};
 
-// Writes result lines, whole and at once, past every buffer.
+// Writes result lines, unbuffered and each as a whole.
 class Results {
 public:
     explicit Results(int descriptor) : descriptor_(descriptor) {}
 
     void line(std::string text) {
         text += '\n';
-        std::string_view rest = text;
-        while (!rest.empty()) {
-            const ssize_t written = write(descriptor_, rest.data(), rest.size());
-            if (written < 0 && errno == EINTR)
-                continue;
-            if (written <= 0) {
-                failed_ = true;
-                return;
-            }
-            rest.remove_prefix(static_cast<size_t>(written));
-        }
+        failed_ = !writeAll(descriptor_, text) || failed_;
     }
     bool failed() const { return failed_; }
 

@@ -8,8 +8,6 @@
 #include "platform/places/Places.h"
 #include "platform/process/SystemLog.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
@@ -18,6 +16,8 @@
 #include <cstdlib>
 #include <ctime>
 #include <memory>
+#include <optional>
+#include <utility>
 
 namespace paperline {
 
@@ -33,41 +33,20 @@ constexpr int busyWaitAttempts = 20;
 struct FileCloser {
     void operator()(FILE* file) const noexcept { std::fclose(file); }
 };
+using File = std::unique_ptr<FILE, FileCloser>;
 
-// A switch file or log that a stranger put into the shared folder is not ours to obey or to write.
-bool isTrustedFile(int descriptor) {
-    struct stat status {};
-    return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) &&
-           (status.st_uid == geteuid() || status.st_uid == 0);
+// The folder is shared by all users: other users' files are neither read nor written.
+std::optional<RegularFile> openTrusted(const std::string& path, int flags) {
+    std::optional<RegularFile> file = openRegularFile(path, flags | O_NOFOLLOW);
+    const bool isTrusted = file && (file->status.st_uid == geteuid() || file->status.st_uid == 0);
+    return isTrusted ? std::move(file) : std::nullopt;
 }
 
-std::unique_ptr<FILE, FileCloser> openSwitchFile(const std::string& path) {
-    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
-    if (descriptor < 0)
-        return nullptr;
-    if (!isTrustedFile(descriptor)) {
-        close(descriptor);
-        return nullptr;
-    }
-    return std::unique_ptr<FILE, FileCloser>(fdopen(descriptor, "r"));
-}
-
-// The descriptor at the log's end, created when missing; -1 when it cannot be had.
-int openLogAtEnd(const std::string& path) {
-    constexpr int flags = O_WRONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
-    int descriptor = open(path.c_str(), flags);
-    if (descriptor < 0) {
-        // The creating write of the empty text carries a byte-order mark of its own.
-        if (!fileExists(path) && writeFileAtomically(path, utf16WithMark("")))
-            descriptor = open(path.c_str(), flags);
-        if (descriptor < 0)
-            return -1;
-    }
-    if (!isTrustedFile(descriptor) || lseek(descriptor, 0, SEEK_END) < 0) {
-        close(descriptor);
-        return -1;
-    }
-    return descriptor;
+// A new log begins with a byte-order mark, in addition to that of its first entry.
+std::optional<RegularFile> openLogAtEnd(const std::string& path) {
+    if (!fileExists(path) && !writeFileAtomically(path, utf16WithMark("")))
+        return std::nullopt;
+    return openTrusted(path, O_WRONLY | O_APPEND);
 }
 
 std::string timeOfDay(double secondsSinceEpoch) {
@@ -101,7 +80,8 @@ std::string markAndSubject(std::string_view marker, int32_t number, std::string_
 void CvOutputLog::setDebugLevelAndCreateLogFile() {
     debugLevel = 0;
     const std::string path = systemPlace(switchFile);
-    const std::unique_ptr<FILE, FileCloser> file = openSwitchFile(path);
+    std::optional<RegularFile> opened = openTrusted(path, O_RDONLY);
+    const File file(opened ? fdopen(opened->descriptor.release(), "r") : nullptr);
     if (!file)
         return;
 
@@ -148,7 +128,7 @@ void CvOutputLog::writeTextEntry(std::string_view subject,
 }
 
 void CvOutputLog::append(const std::string& entry) {
-    // Best effort by design: after the bounded wait the entry is written all the same.
+    // Entries of several threads may mix: after a bounded wait the entry is written all the same.
     for (int attempt = 0; logWritting && attempt < busyWaitAttempts; ++attempt)
         usleep(busyWaitMicroseconds);
     logWritting = true;
@@ -157,11 +137,9 @@ void CvOutputLog::append(const std::string& entry) {
         systemLog(entry);
     const std::vector<uint8_t> line =
         utf16WithMark(timeOfDay(host().secondsSinceEpoch()) + " ==> " + entry + "\n");
-    if (const int descriptor = openLogAtEnd(logPath); descriptor >= 0) {
-        // A failed write drops the entry: the log never reports an error.
-        [[maybe_unused]] const ssize_t written = write(descriptor, line.data(), line.size());
-        close(descriptor);
-    }
+    // An entry that cannot be written is dropped: the log never reports an error.
+    if (const std::optional<RegularFile> log = openLogAtEnd(logPath))
+        (void)writeAll(log->descriptor.number(), line);
     logWritting = false;
 }
 

@@ -39,12 +39,9 @@ int32_t writeBlock(AppDelegate& controller,
     const AwaitBytes awaitBytes = [&filling, headerLength](size_t end) {
         filling.await(end - std::min<size_t>(end, headerLength));
     };
-    controller.lastPageWrite =
-        writePageFile({fileName, false, controller.nextPagePath},
-                      block.fileBytes(header, headerLength),
-                      [&awaitBytes](const std::string& path, std::span<const uint8_t> bytes) {
-                          return createFileWhileFilling(path, bytes, awaitBytes);
-                      });
+    controller.lastPageWrite = writePageFile({fileName, false, controller.nextPagePath},
+                                             block.fileBytes(header, headerLength),
+                                             awaitBytes);
     return controller.lastPageWrite.result == PageWriteResult::notOpened ? reportBmpOpenError() : 1;
 }
 

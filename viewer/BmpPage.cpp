@@ -8,30 +8,12 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <cerrno>
-#include <fcntl.h>
 #include <new>
 #include <optional>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <vector>
 
 namespace paperline {
 namespace {
-
-bool readAt(int file, uint64_t position, std::span<uint8_t> target) {
-    while (!target.empty()) {
-        const ssize_t count =
-            ::pread(file, target.data(), target.size(), static_cast<off_t>(position));
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count <= 0)
-            return false;
-        target = target.subspan(static_cast<size_t>(count));
-        position += static_cast<uint64_t>(count);
-    }
-    return true;
-}
 
 struct RowPlaces {
     int widthPixels = 0;
@@ -40,10 +22,9 @@ struct RowPlaces {
     uint64_t rowBytes = 0;
 };
 
-std::optional<RowPlaces> rowPlaces(int file) {
+std::optional<RowPlaces> rowPlaces(const RegularFile& file) {
     std::array<uint8_t, 54> header{};
-    struct stat status = {};
-    if (::fstat(file, &status) != 0 || !S_ISREG(status.st_mode) || !readAt(file, 0, header))
+    if (readAt(file.descriptor.number(), 0, header) != header.size())
         return std::nullopt;
     const auto number = [&header](size_t at, size_t count) {
         uint32_t value = 0;
@@ -67,7 +48,7 @@ std::optional<RowPlaces> rowPlaces(int file) {
                          (uint64_t{width} * 3 + 3) / 4 * 4};
     const bool isWhole =
         rows.firstByte >= header.size() &&
-        rows.firstByte + rows.rowBytes * height <= static_cast<uint64_t>(status.st_size);
+        rows.firstByte + rows.rowBytes * height <= static_cast<uint64_t>(file.status.st_size);
     return isWhole ? std::optional(rows) : std::nullopt;
 }
 
@@ -81,7 +62,8 @@ bool readBand(int file, const RowPlaces& rows, int first, QRgb* pixels) {
     } catch (const std::bad_alloc&) {
         return false;
     }
-    if (!readAt(file, rows.firstByte + static_cast<uint64_t>(first) * rows.rowBytes, bytes))
+    const uint64_t position = rows.firstByte + static_cast<uint64_t>(first) * rows.rowBytes;
+    if (readAt(file, position, bytes) != bytes.size())
         return false;
     for (int row = 0; row < count; ++row) {
         const auto y = static_cast<size_t>(rows.heightPixels - 1 - first - row);
@@ -95,8 +77,8 @@ bool readBand(int file, const RowPlaces& rows, int first, QRgb* pixels) {
 } // namespace
 
 QImage readColourBmp(const std::string& path) {
-    const Descriptor file = openFile(path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
-    const std::optional<RowPlaces> rows = file.isOpen() ? rowPlaces(file.number()) : std::nullopt;
+    const std::optional<RegularFile> file = openRegularFile(path);
+    const std::optional<RowPlaces> rows = file ? rowPlaces(*file) : std::nullopt;
     if (!rows)
         return {};
     QImage image = newColourImage(rows->widthPixels, rows->heightPixels);
@@ -106,7 +88,8 @@ QImage readColourBmp(const std::string& path) {
     std::atomic<bool> whole{true};
     const auto bands = static_cast<size_t>((rows->heightPixels - 1) / rowsOfBand + 1);
     parallelFor(bands, processorCount(), [&](size_t band, unsigned) {
-        if (whole && !readBand(file.number(), *rows, static_cast<int>(band) * rowsOfBand, pixels))
+        const int first = static_cast<int>(band) * rowsOfBand;
+        if (whole && !readBand(file->descriptor.number(), *rows, first, pixels))
             whole = false;
     });
     return whole ? image : QImage();

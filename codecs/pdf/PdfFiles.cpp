@@ -8,10 +8,7 @@
 #include "platform/files/NewFile.h"
 
 #include <array>
-#include <fcntl.h>
 #include <span>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <utility>
 
 namespace paperline {
@@ -25,15 +22,6 @@ struct Picture {
     PdfImage image;
     Size pagePoints;
 };
-
-// Opened without waiting, so that a pipe under the name cannot hold the program.
-Descriptor openPicture(const std::string& path) {
-    Descriptor file = openFile(path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
-    struct stat status = {};
-    if (file.isOpen() && (::fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode)))
-        return Descriptor();
-    return file;
-}
 
 Size pagePointsOf(double widthPixels,
                   double heightPixels,
@@ -49,17 +37,18 @@ Size pagePointsOf(double widthPixels,
 std::optional<JpegHeader> jpegHeaderOf(const std::string& path) {
     constexpr size_t usualBytes = 16 * 1024;
     constexpr size_t maximumBytes = 16 * 1024 * 1024;
-    const Descriptor file = openPicture(path);
-    if (!file.isOpen())
+    const std::optional<RegularFile> file = openRegularFile(path);
+    if (!file)
         return std::nullopt;
     std::vector<uint8_t> bytes;
     for (size_t wanted = usualBytes; wanted <= maximumBytes; wanted *= 8) {
         const size_t had = bytes.size();
         bytes.resize(wanted);
-        const ptrdiff_t count = readUpTo(file.number(), std::span(bytes).subspan(had));
-        if (count < 0)
+        const std::optional<size_t> count =
+            readUpTo(file->descriptor.number(), std::span(bytes).subspan(had));
+        if (!count)
             return std::nullopt;
-        bytes.resize(had + static_cast<size_t>(count));
+        bytes.resize(had + *count);
         if (std::optional<JpegHeader> header = readJpegHeader(bytes))
             return header;
         if (bytes.size() < wanted || bytes[0] != 0xFF)
@@ -96,11 +85,12 @@ std::optional<DecodedImage> decode(const std::string& path) {
 
 // What was cut off has no mark at its end. Some whole files have bytes behind it.
 bool hasEndMark(const std::string& path) {
-    const Descriptor file = openPicture(path);
+    const std::optional<RegularFile> file = openRegularFile(path);
     std::array<uint8_t, 2> end{};
-    return file.isOpen() &&
-           ::lseek(file.number(), -static_cast<off_t>(end.size()), SEEK_END) >= 0 &&
-           readUpTo(file.number(), end) == static_cast<ptrdiff_t>(end.size()) && end[0] == 0xFF &&
+    if (!file || file->status.st_size < static_cast<off_t>(end.size()))
+        return false;
+    const uint64_t position = static_cast<uint64_t>(file->status.st_size) - end.size();
+    return readAt(file->descriptor.number(), position, end) == end.size() && end[0] == 0xFF &&
            end[1] == 0xD9;
 }
 
@@ -126,15 +116,15 @@ std::optional<Picture> inspect(const std::string& path) {
 
 bool giveFile(const std::string& path, const PdfSink& sink) {
     constexpr size_t chunkBytes = 256 * 1024;
-    const Descriptor file = openPicture(path);
-    if (!file.isOpen())
+    const std::optional<RegularFile> file = openRegularFile(path);
+    if (!file)
         return false;
     std::vector<uint8_t> chunk(chunkBytes);
     for (;;) {
-        const ptrdiff_t count = readUpTo(file.number(), chunk);
-        if (count <= 0)
-            return count == 0;
-        if (!sink(chunk.data(), static_cast<size_t>(count)))
+        const std::optional<size_t> count = readUpTo(file->descriptor.number(), chunk);
+        if (!count || *count == 0)
+            return count.has_value();
+        if (!sink(chunk.data(), *count))
             return false;
     }
 }
@@ -214,7 +204,7 @@ PdfPageSource::PdfPageSource(std::unique_ptr<PdfInput> input) : input_(std::move
 PdfPageSource::~PdfPageSource() = default;
 
 std::unique_ptr<PdfPageSource> PdfPageSource::open(const std::string& path) {
-    if (!openPicture(path).isOpen())
+    if (!openRegularFile(path))
         return nullptr;
     std::unique_ptr<PdfInput> input = PdfInput::open(path);
     return input ? std::unique_ptr<PdfPageSource>(new PdfPageSource(std::move(input))) : nullptr;

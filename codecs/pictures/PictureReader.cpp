@@ -4,13 +4,10 @@
 #include "codecs/png/PngCodec.h"
 #include "codecs/pnm/PnmDecoder.h"
 #include "codecs/tiff/TiffCodec.h"
-#include "platform/files/Descriptor.h"
 #include "platform/files/FileContent.h"
 
 #include <algorithm>
-#include <fcntl.h>
 #include <string_view>
-#include <sys/stat.h>
 
 namespace paperline {
 namespace {
@@ -32,15 +29,13 @@ Kind kindOfContent(std::string_view start) {
     return Kind::none;
 }
 
-// The first bytes of a regular file; none when there are none to be read.
+// The first bytes of a regular file; none when it cannot be read.
 std::vector<uint8_t> startOfFile(const std::string& path, size_t count) {
-    const Descriptor file = openFile(path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
-    struct stat status = {};
-    if (!file.isOpen() || ::fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode))
+    const std::optional<RegularFile> file = openRegularFile(path);
+    if (!file)
         return {};
-    std::vector<uint8_t> bytes(std::min(count, static_cast<size_t>(status.st_size)));
-    const ptrdiff_t filled = readUpTo(file.number(), bytes);
-    bytes.resize(filled > 0 ? static_cast<size_t>(filled) : 0);
+    std::vector<uint8_t> bytes(std::min(count, static_cast<size_t>(file->status.st_size)));
+    bytes.resize(readUpTo(file->descriptor.number(), bytes).value_or(0));
     return bytes;
 }
 

@@ -2,25 +2,14 @@
 
 #include <algorithm>
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 namespace paperline {
 
-HeaderBytes::~HeaderBytes() {
-    if (file_ >= 0)
-        close(file_);
-}
-
 bool HeaderBytes::open(const std::string& path) {
-    file_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (file_ < 0)
+    std::optional<RegularFile> file = openRegularFile(path);
+    if (!file)
         return false;
-    struct stat status {};
-    if (fstat(file_, &status) != 0 || !S_ISREG(status.st_mode) || status.st_size < 0)
-        return false;
-    length_ = static_cast<uint64_t>(status.st_size);
+    length_ = static_cast<uint64_t>(file->status.st_size);
+    file_ = std::move(file->descriptor);
     return true;
 }
 
@@ -35,19 +24,15 @@ bool HeaderBytes::read(uint64_t offset, std::span<uint8_t> target) {
     if (offset > length_ || target.size() > length_ - offset)
         return false;
     const uint64_t from = start_ + offset;
-    if (from > INT64_MAX)
-        return false;
     const bool cached = from >= cachedFrom_ && from - cachedFrom_ <= cachedCount_ &&
                         target.size() <= cachedCount_ - (from - cachedFrom_);
     if (!cached && target.size() <= cache_.size()) {
-        const ssize_t got = pread(file_, cache_.data(), cache_.size(), static_cast<off_t>(from));
         cachedFrom_ = from;
-        cachedCount_ = got > 0 ? static_cast<size_t>(got) : 0;
+        cachedCount_ = readAt(file_.number(), from, cache_);
         if (cachedCount_ < target.size())
             return false;
     } else if (!cached) {
-        const ssize_t got = pread(file_, target.data(), target.size(), static_cast<off_t>(from));
-        return got >= 0 && static_cast<size_t>(got) == target.size();
+        return readAt(file_.number(), from, target) == target.size();
     }
     std::copy_n(
         cache_.begin() + static_cast<ptrdiff_t>(from - cachedFrom_), target.size(), target.begin());

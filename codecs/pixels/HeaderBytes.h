@@ -1,6 +1,8 @@
 // Bytes of a picture file at any offset, without reading the file whole.
 #pragma once
 
+#include "platform/files/Descriptor.h"
+
 #include <array>
 #include <cstdint>
 #include <optional>
@@ -11,12 +13,7 @@ namespace paperline {
 
 class HeaderBytes {
 public:
-    HeaderBytes() = default;
-    ~HeaderBytes();
-    HeaderBytes(const HeaderBytes&) = delete;
-    HeaderBytes& operator=(const HeaderBytes&) = delete;
-
-    // False: not there, not readable, or no regular file (a pipe would block).
+    // False: no regular file that can be read.
     [[nodiscard]] bool open(const std::string& path);
 
     // Offsets count from `start` from now on and end after `length` bytes.
@@ -31,7 +28,7 @@ public:
     std::optional<uint32_t> numberAt32(uint64_t offset, bool bigEndian);
 
 private:
-    int file_ = -1;
+    Descriptor file_;
     uint64_t start_ = 0;
     uint64_t length_ = 0;
     uint64_t cachedFrom_ = 0; // of the file, not of the window

@@ -1,12 +1,10 @@
 #include "codecs/tiff/TiffHandle.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 #include <limits>
 #include <new>
 #include <sys/stat.h>
-#include <unistd.h>
 
 // The library calls back by C linkage rules; the va_list is left alone.
 extern "C" {
@@ -109,40 +107,25 @@ toff_t sizeOfFile(thandle_t handle) {
 
 tmsize_t readFileAt(thandle_t handle, void* target, tmsize_t count) {
     auto& file = *static_cast<TiffDescriptor*>(handle);
-    tmsize_t filled = 0;
-    while (filled < count) {
-        const ssize_t taken = ::pread(file.number,
-                                      static_cast<uint8_t*>(target) + filled,
-                                      static_cast<size_t>(count - filled),
-                                      static_cast<off_t>(file.position));
-        if (taken < 0 && errno == EINTR)
-            continue;
-        if (taken <= 0)
-            break;
-        filled += taken;
-        file.position += static_cast<uint64_t>(taken);
-    }
-    return filled;
+    if (count <= 0)
+        return 0;
+    const size_t filled = readAt(
+        file.number, file.position, {static_cast<uint8_t*>(target), static_cast<size_t>(count)});
+    file.position += filled;
+    return static_cast<tmsize_t>(filled);
 }
 
 tmsize_t writeFileAt(thandle_t handle, void* source, tmsize_t count) {
     auto& file = *static_cast<TiffDescriptor*>(handle);
-    tmsize_t written = 0;
-    while (written < count) {
-        const ssize_t taken = ::pwrite(file.number,
-                                       static_cast<const uint8_t*>(source) + written,
-                                       static_cast<size_t>(count - written),
-                                       static_cast<off_t>(file.position));
-        if (taken < 0 && errno == EINTR)
-            continue;
-        if (taken <= 0) {
-            file.writeFailed = true;
-            return -1;
-        }
-        written += taken;
-        file.position += static_cast<uint64_t>(taken);
+    if (count <= 0)
+        return 0;
+    const auto size = static_cast<size_t>(count);
+    if (!writeAllAt(file.number, file.position, {static_cast<const uint8_t*>(source), size})) {
+        file.writeFailed = true;
+        return -1;
     }
-    return written;
+    file.position += size;
+    return count;
 }
 
 toff_t seekFile(thandle_t handle, toff_t offset, int whence) {

@@ -5,9 +5,7 @@
 #include "codecs/tiff/TiffWriter.h"
 #include "platform/files/NewFile.h"
 
-#include <fcntl.h>
 #include <optional>
-#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
@@ -23,18 +21,16 @@ constexpr uint64_t directoryBytes = 64 * 1024;
 // A TIFF file on disk opened for reading, with its first page current.
 class PageSource {
 public:
-    explicit PageSource(const std::string& path)
-        : file_(openFile(path, O_RDONLY | O_NONBLOCK | O_NOCTTY)) {
-        struct stat status = {};
-        if (!file_.isOpen() || ::fstat(file_.number(), &status) != 0 || !S_ISREG(status.st_mode))
+    explicit PageSource(const std::string& path) : file_(openRegularFile(path)) {
+        if (!file_)
             return;
-        access_.number = file_.number();
+        access_.number = file_->descriptor.number();
         tiff_ = openTiffDescriptor(access_, "rm", errors_);
     }
     TIFF* tiff() const { return tiff_.get(); } // null: no TIFF file
 
 private:
-    Descriptor file_;
+    std::optional<RegularFile> file_;
     TiffErrors errors_;
     TiffDescriptor access_;
     TiffHandle tiff_;

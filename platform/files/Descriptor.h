@@ -1,10 +1,14 @@
-// A file descriptor that closes itself, and transfers that survive signals and short counts.
+// File descriptors that close themselves, opening them, and reading and writing whole buffers.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <fcntl.h>
+#include <optional>
 #include <span>
 #include <string>
+#include <string_view>
+#include <sys/stat.h>
 #include <utility>
 
 namespace paperline {
@@ -33,18 +37,31 @@ private:
     int number_ = -1;
 };
 
-// open(2) with O_CLOEXEC, again when a signal interrupts it; errno tells why it is not open.
+// open(2) with O_CLOEXEC, repeated when a signal interrupts it. Sets errno on failure.
 [[nodiscard]] Descriptor openFile(const std::string& path, int flags, unsigned mode = 0);
 
-// A larger write makes the kernel look for large runs of free memory. On a virtual machine these
-// are the ones that its host has taken back and has to give again, which is four times slower.
+struct RegularFile {
+    Descriptor descriptor;
+    struct stat status;
+};
+// Opens a regular file that exists; nothing for folders, pipes and devices. Never blocks, as
+// opening a pipe would. Add O_NOFOLLOW to the flags to refuse a symbolic link.
+[[nodiscard]] std::optional<RegularFile> openRegularFile(const std::string& path,
+                                                         int flags = O_RDONLY);
+
+// The kernel looks for contiguous memory as large as the write. In a virtual machine whose memory
+// was reclaimed by its host, larger writes are four times slower.
 inline constexpr size_t writePieceBytes = 256 * 1024;
 
-// All the bytes, in pieces, or false with errno set.
+// These repeat short transfers and those that a signal interrupts, and set errno on failure.
 [[nodiscard]] bool writeAll(int descriptor, std::span<const uint8_t> bytes);
-// Fills as much of `bytes` as the file holds; the count, or -1 with errno set.
-[[nodiscard]] ptrdiff_t readUpTo(int descriptor, std::span<uint8_t> bytes);
-// From the one to the other until the end of the file.
+[[nodiscard]] bool writeAll(int descriptor, std::string_view text);
+[[nodiscard]] bool writeAllAt(int descriptor, uint64_t position, std::span<const uint8_t> bytes);
+// The number of bytes read: fewer than asked for at the end of the file.
+[[nodiscard]] std::optional<size_t> readUpTo(int descriptor, std::span<uint8_t> bytes);
+// The same from a position. An error counts as the end of the file.
+[[nodiscard]] size_t readAt(int descriptor, uint64_t position, std::span<uint8_t> bytes);
+// Copies the rest of a file.
 [[nodiscard]] bool copyAll(int from, int to);
 [[nodiscard]] bool syncFile(int descriptor);
 

@@ -14,15 +14,7 @@
 namespace paperline {
 namespace {
 
-// Opened without waiting, so that a pipe under the name cannot hold the program.
-Descriptor openRegularFile(const std::string& path, int extraFlags, struct stat& status) {
-    Descriptor file = openFile(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | extraFlags);
-    if (file.isOpen() && (::fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode)))
-        return Descriptor();
-    return file;
-}
-
-// Sticky and writable by all, as /tmp is: names in it may be laid out by strangers.
+// Sticky and writable by all, as /tmp is.
 bool liesInSharedFolder(const std::string& path) {
     const std::string folder = folderOfPath(path);
     struct stat status = {};
@@ -33,16 +25,43 @@ bool liesInSharedFolder(const std::string& path) {
 
 // A copy beside the target, put under its name when it is whole. `sync` makes it durable first.
 bool copyContent(const std::string& from, const std::string& to, int openFlags, bool sync) {
-    struct stat status = {};
-    const Descriptor source = openRegularFile(from, openFlags, status);
-    if (!source.isOpen())
+    const std::optional<RegularFile> source = openRegularFile(from, openFlags);
+    if (!source)
         return false;
-    NewFile target(to, status.st_mode & 0777);
-    if (!target.isOpen() || !copyAll(source.number(), target.descriptor()))
+    NewFile target(to, source->status.st_mode & 0777);
+    if (!target.isOpen() || !copyAll(source->descriptor.number(), target.descriptor()))
         return false;
     if (sync && !syncFile(target.descriptor()))
         return false;
     return target.publish() == 0;
+}
+
+template <typename Bytes>
+std::optional<Bytes> readContent(const std::string& path, uint64_t maximumBytes) {
+    const std::optional<RegularFile> file = openRegularFile(path);
+    if (!file || static_cast<uint64_t>(file->status.st_size) > maximumBytes)
+        return std::nullopt;
+    Bytes bytes;
+    try {
+        // One byte more than the size: the file may have grown, and files in /proc have size 0.
+        size_t capacity = static_cast<size_t>(file->status.st_size) + 1;
+        for (size_t filled = 0;;) {
+            bytes.resize(capacity);
+            auto* target = reinterpret_cast<uint8_t*>(bytes.data());
+            const std::optional<size_t> count =
+                readUpTo(file->descriptor.number(), {target + filled, capacity - filled});
+            if (!count || filled + *count > maximumBytes)
+                return std::nullopt;
+            filled += *count;
+            if (filled < capacity) {
+                bytes.resize(filled);
+                return bytes;
+            }
+            capacity += std::max<size_t>(capacity / 2, 4096);
+        }
+    } catch (const std::bad_alloc&) {
+        return std::nullopt;
+    }
 }
 
 bool somethingIsThere(const std::string& path) {
@@ -58,14 +77,15 @@ bool isRegularFile(const std::string& path) {
 bool moveContent(const std::string& from, const std::string& to, bool sync) {
     if (somethingIsThere(to))
         return false;
-    struct stat status = {};
-    // Bytes first, then the name: a crash must not leave an empty file where a whole one was told.
-    const Descriptor source = sync ? openRegularFile(from, O_NOFOLLOW, status) : Descriptor();
-    if (source.isOpen() && !syncFile(source.number()))
-        return false;
+    // Sync the bytes before the name: a crash must not leave an empty file under it.
+    if (sync) {
+        const std::optional<RegularFile> source = openRegularFile(from, O_RDONLY | O_NOFOLLOW);
+        if (source && !syncFile(source->descriptor.number()))
+            return false;
+    }
     const int failure = renameWithoutReplacing(from, to);
     if (failure == EXDEV) {
-        if (!copyContent(from, to, O_NOFOLLOW, sync))
+        if (!copyContent(from, to, O_RDONLY | O_NOFOLLOW, sync))
             return false;
         if (::unlink(from.c_str()) != 0) {
             ::unlink(to.c_str());
@@ -90,40 +110,19 @@ Descriptor openForWriting(const std::string& path) {
         return Descriptor();
     if (shared && (status.st_uid != ::geteuid() || !S_ISREG(status.st_mode) || status.st_nlink > 1))
         return Descriptor();
-    // Emptying even an empty file makes ext4 send the new content to the disk when it is closed,
-    // and a scratch file that is removed before long need not go there.
+    // After truncation ext4 flushes the new content on close, even if the file was empty. Scratch
+    // files, which are removed soon, need not reach the disk.
     if (S_ISREG(status.st_mode) && status.st_size > 0 && ::ftruncate(file.number(), 0) != 0)
         return Descriptor();
     return file;
 }
 
 std::optional<std::vector<uint8_t>> readFile(const std::string& path, uint64_t maximumBytes) {
-    struct stat status = {};
-    const Descriptor file = openRegularFile(path, 0, status);
-    if (!file.isOpen() || static_cast<uint64_t>(status.st_size) > maximumBytes)
-        return std::nullopt;
-    std::vector<uint8_t> bytes;
-    try {
-        // One byte more than announced: the file may have grown, and /proc announces nothing.
-        size_t capacity = static_cast<size_t>(status.st_size) + 1;
-        for (size_t filled = 0;;) {
-            bytes.resize(capacity);
-            const ptrdiff_t count =
-                readUpTo(file.number(), std::span<uint8_t>(bytes).subspan(filled));
-            if (count < 0)
-                return std::nullopt;
-            filled += static_cast<size_t>(count);
-            if (filled > maximumBytes)
-                return std::nullopt;
-            if (filled < capacity) {
-                bytes.resize(filled);
-                return bytes;
-            }
-            capacity += std::max<size_t>(capacity / 2, 4096);
-        }
-    } catch (const std::bad_alloc&) {
-        return std::nullopt;
-    }
+    return readContent<std::vector<uint8_t>>(path, maximumBytes);
+}
+
+std::optional<std::string> readTextFile(const std::string& path, uint64_t maximumBytes) {
+    return readContent<std::string>(path, maximumBytes);
 }
 
 bool writeFile(const std::string& path, std::span<const uint8_t> bytes) {
@@ -138,7 +137,7 @@ bool writeFileAtomically(const std::string& path, std::span<const uint8_t> bytes
     NewFile file(path, NewFile::Named{});
     if (!file.isOpen() || !writeAll(file.descriptor(), bytes))
         return false;
-    // Who made the settings private keeps them so.
+    // An existing file keeps its permissions.
     struct stat status = {};
     if (::lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode))
         (void)::fchmod(file.descriptor(), status.st_mode & 0777);
@@ -148,13 +147,9 @@ bool writeFileAtomically(const std::string& path, std::span<const uint8_t> bytes
     return true;
 }
 
-CreateResult createFileWhole(const std::string& path, std::span<const uint8_t> bytes) {
-    return createFileWhileFilling(path, bytes, [](size_t) {});
-}
-
-CreateResult createFileWhileFilling(const std::string& path,
-                                    std::span<const uint8_t> bytes,
-                                    const AwaitBytes& awaitBytes) {
+CreateResult createFileWhole(const std::string& path,
+                             std::span<const uint8_t> bytes,
+                             const AwaitBytes& awaitBytes) {
     if (somethingIsThere(path))
         return CreateResult::alreadyThere;
     NewFile file(path);
@@ -162,7 +157,8 @@ CreateResult createFileWhileFilling(const std::string& path,
         return CreateResult::notOpened;
     for (size_t begin = 0; begin < bytes.size(); begin += writePieceBytes) {
         const size_t end = std::min(bytes.size(), begin + writePieceBytes);
-        awaitBytes(end);
+        if (awaitBytes)
+            awaitBytes(end);
         if (!writeAll(file.descriptor(), bytes.subspan(begin, end - begin)))
             return CreateResult::failed;
     }
@@ -179,7 +175,7 @@ CreateResult createFileWhileFilling(const std::string& path,
 }
 
 bool copyFile(const std::string& from, const std::string& to) {
-    return !somethingIsThere(to) && copyContent(from, to, 0, false);
+    return !somethingIsThere(to) && copyContent(from, to, O_RDONLY, false);
 }
 
 bool linkOrCopyFile(const std::string& from, const std::string& to) {

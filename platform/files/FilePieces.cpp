@@ -3,9 +3,6 @@
 #include "platform/files/NewFile.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
@@ -14,40 +11,15 @@ namespace {
 
 constexpr size_t windowBytes = 256 * size_t{1024};
 
-// Opened without waiting, so that a pipe under the name cannot hold the program.
-Descriptor openRegular(const std::string& path, struct stat& status) {
-    Descriptor file = openFile(path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
-    if (file.isOpen() && (::fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode)))
-        return Descriptor();
-    return file;
-}
-
-bool writeAt(int descriptor, uint64_t position, std::span<const uint8_t> bytes) {
-    return ::lseek(descriptor, static_cast<off_t>(position), SEEK_SET) >= 0 &&
-           writeAll(descriptor, bytes);
-}
-
 } // namespace
 
 FilePieces::FilePieces(const std::string& path) {
-    struct stat status = {};
-    file_ = openRegular(path, status);
+    if (std::optional<RegularFile> file = openRegularFile(path))
+        file_ = std::move(file->descriptor);
 }
 
 size_t FilePieces::read(uint64_t position, std::span<uint8_t> bytes) const {
-    size_t filled = 0;
-    while (filled < bytes.size() && position <= static_cast<uint64_t>(INT64_MAX) - filled) {
-        const ssize_t count = ::pread(file_.number(),
-                                      bytes.data() + filled,
-                                      bytes.size() - filled,
-                                      static_cast<off_t>(position + filled));
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count <= 0)
-            break;
-        filled += static_cast<size_t>(count);
-    }
-    return filled;
+    return readAt(file_.number(), position, bytes);
 }
 
 std::optional<uint64_t> FilePieces::find(std::string_view text) const {
@@ -66,15 +38,14 @@ std::optional<uint64_t> FilePieces::find(std::string_view text) const {
 }
 
 bool replaceByChangedCopy(const std::string& path, const std::function<bool(int)>& change) {
-    struct stat status = {};
-    const Descriptor old = openRegular(path, status);
-    if (!old.isOpen())
+    const std::optional<RegularFile> old = openRegularFile(path);
+    if (!old)
         return false;
     NewFile changed(path, NewFile::Named{});
-    if (!changed.isOpen() || !copyAll(old.number(), changed.descriptor()) ||
+    if (!changed.isOpen() || !copyAll(old->descriptor.number(), changed.descriptor()) ||
         !change(changed.descriptor()))
         return false;
-    (void)::fchmod(changed.descriptor(), status.st_mode & 0777);
+    (void)::fchmod(changed.descriptor(), old->status.st_mode & 0777);
     if (!syncFile(changed.descriptor()) || !changed.replaceTarget())
         return false;
     syncFolderOf(path);
@@ -89,7 +60,7 @@ bool replaceBytes(const std::string& path, uint64_t position, std::span<const ui
         const auto size = static_cast<uint64_t>(end);
         const uint64_t start = std::min(position, size);
         const auto fitting = static_cast<size_t>(std::min<uint64_t>(bytes.size(), size - start));
-        return writeAt(descriptor, start, bytes.first(fitting));
+        return writeAllAt(descriptor, start, bytes.first(fitting));
     });
 }
 

@@ -1,6 +1,5 @@
 #include "platform/files/PageFile.h"
 
-#include "platform/files/FileContent.h"
 #include "platform/files/Files.h"
 
 namespace paperline {
@@ -17,12 +16,12 @@ PageWrite writeScratchFile(const std::string& path, std::span<const uint8_t> byt
 
 PageWrite writePageFile(const PageWriteTarget& target,
                         std::span<const uint8_t> bytes,
-                        const WholeFileCreator& createWhole) {
+                        const AwaitBytes& awaitBytes) {
     if (target.isScratch)
         return writeScratchFile(target.path, bytes);
     std::string path = target.path;
     while (true) {
-        switch (createWhole(path, bytes)) {
+        switch (createFileWhole(path, bytes, awaitBytes)) {
         case CreateResult::created:
             return {PageWriteResult::complete, path};
         case CreateResult::notOpened:

@@ -1,5 +1,4 @@
-// Puts finished bytes under a page's name. Files of the user's are created whole and never over
-// another one; scratch files are simply written.
+// Writes the file of a page.
 #pragma once
 
 #include "platform/files/FileContent.h"
@@ -13,31 +12,27 @@ namespace paperline {
 
 enum class PageWriteResult {
     complete,   // every byte is in the file
-    notOpened,  // no file could be made under that name
-    incomplete, // the content did not fit; a user's file leaves nothing behind
+    notOpened,  // no file could be created under that name
+    incomplete, // the disk is full or fails; only a scratch file may remain, cut off
 };
 
 struct PageWrite {
     PageWriteResult result = PageWriteResult::notOpened;
-    std::string path; // where the bytes went: another name than asked for after a collision
+    std::string path; // of the file written; after a collision not the path asked for
 };
 
-// Called when the name was taken between search and write; gives the next free one, or nothing
-// when there is none.
+// The next free name, after another program took the last one; empty when there is none.
 using NextPagePath = std::function<std::string()>;
 
 struct PageWriteTarget {
     std::string path;
-    bool isScratch = false;
-    NextPagePath nextPath; // without it a taken name counts as not opened
+    bool isScratch = false; // overwritten in place; other files appear whole and replace none
+    NextPagePath nextPath;  // without it a taken name counts as not opened
 };
 
-// Creates a file whole; the default asks platform/Files. Tests hand in another.
-using WholeFileCreator =
-    std::function<CreateResult(const std::string& path, std::span<const uint8_t> bytes)>;
-
+// `awaitBytes` as for createFileWhole; scratch files do without it.
 [[nodiscard]] PageWrite writePageFile(const PageWriteTarget& target,
                                       std::span<const uint8_t> bytes,
-                                      const WholeFileCreator& createWhole = createFileWhole);
+                                      const AwaitBytes& awaitBytes = {});
 
 } // namespace paperline

@@ -4,6 +4,7 @@
 
 #include "platform/files/FileContent.h"
 #include "platform/files/Files.h"
+#include "tests/support/OtherFileSystem.h"
 #include "tests/support/TestFolder.h"
 
 #include <gtest/gtest.h>
@@ -81,12 +82,11 @@ TEST_F(PageFile, AVanishedFolderIsNotOpened) {
               PageWriteResult::notOpened);
 }
 
-TEST_F(PageFile, AFullDiskLeavesNothingUnderTheName) {
-    const auto full = [](const std::string&, std::span<const uint8_t>) {
-        return CreateResult::failed;
-    };
-    EXPECT_EQ(writePageFile({path("a.jpg"), false, {}}, page, full).result,
+TEST(FullDiskPage, IsIncompleteAndLeavesNothingUnderItsName) {
+    const testing_support::SmallDisk disk(64);
+    EXPECT_EQ(writePageFile({disk / "a.jpg", false, {}}, Bytes(200 * 1024)).result,
               PageWriteResult::incomplete);
+    EXPECT_TRUE(folderEntries(disk.path()).empty());
 }
 
 // Runs in a child with a limit on file sizes, which makes writes fail as a full disk does.

@@ -305,11 +305,10 @@ TEST(WholeFile, TakesBytesThatAreStillBeingMade) {
         for (; made < end; ++made)
             bytes[made] = static_cast<uint8_t>(made % 251 + 1);
     };
-    EXPECT_EQ(createFileWhileFilling(folder / "page", bytes, awaitBytes), CreateResult::created);
+    EXPECT_EQ(createFileWhole(folder / "page", bytes, awaitBytes), CreateResult::created);
     EXPECT_EQ(made, bytes.size());
     EXPECT_EQ(readFile(folder / "page"), bytes);
-    EXPECT_EQ(createFileWhileFilling(folder / "page", bytes, awaitBytes),
-              CreateResult::alreadyThere);
+    EXPECT_EQ(createFileWhole(folder / "page", bytes, awaitBytes), CreateResult::alreadyThere);
 }
 
 TEST(WholeFile, FollowsTheUmask) {
