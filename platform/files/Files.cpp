@@ -59,13 +59,12 @@ bool createFolder(const std::string& path) {
     return ::mkdir(path.c_str(), 0777) == 0;
 }
 
-bool createFolderWithParents(const std::string& path) {
+bool createFolderWithParents(const std::string& path, unsigned mode) {
+    // If a parent cannot be created, neither can the folder itself.
     for (size_t slash = path.find('/', 1); slash != std::string::npos;
-         slash = path.find('/', slash + 1)) {
-        // A parent that cannot be made shows at the last step, unless it is there already.
-        (void)::mkdir(path.substr(0, slash).c_str(), 0777);
-    }
-    return ::mkdir(path.c_str(), 0777) == 0 || folderExists(path);
+         slash = path.find('/', slash + 1))
+        (void)::mkdir(path.substr(0, slash).c_str(), mode);
+    return ::mkdir(path.c_str(), mode) == 0 || folderExists(path);
 }
 
 bool createPrivateFolder(const std::string& path) {

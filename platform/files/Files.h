@@ -12,8 +12,8 @@ bool folderExists(const std::string& path);
 bool isWritable(const std::string& path); // this user may write it (folder: may add entries)
 
 [[nodiscard]] bool createFolder(const std::string& path); // one level, mode 0777 less umask
-[[nodiscard]] bool
-createFolderWithParents(const std::string& path); // true when it is there afterwards
+// True when the folder exists afterwards. `mode` is reduced by the umask.
+[[nodiscard]] bool createFolderWithParents(const std::string& path, unsigned mode = 0777);
 // A scratch folder: mode 0700, made here or already this user's own; never through a link.
 [[nodiscard]] bool createPrivateFolder(const std::string& path);
 

@@ -1,8 +1,8 @@
 // A page on its way to the application.
+#include "platform/files/Descriptor.h"
 #include "sources/framework/DataSource.h"
 #include "sources/framework/FixedPoint.h"
 #include "sources/framework/TiffPage.h"
-#include "sources/framework/TransferFile.h"
 
 #include <algorithm>
 #include <cstring>
@@ -14,6 +14,16 @@ using namespace twain;
 namespace {
 
 constexpr uint32_t mostExtendedInfos = 4096; // the standard names fewer than a hundred
+
+// Creates or replaces a file, but not through a link.
+bool writePageFile(const std::string& path,
+                   std::span<const uint8_t> header,
+                   std::span<const uint8_t> pixels) {
+    Descriptor file = openFile(path, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW, 0666);
+    const bool written =
+        file.isOpen() && writeAll(file.number(), header) && writeAll(file.number(), pixels);
+    return file.close() && written;
+}
 
 } // namespace
 

@@ -1,7 +1,7 @@
 #include "sources/framework/OptionLines.h"
 
+#include "platform/files/FileContent.h"
 #include "platform/places/DataSourceFolders.h"
-#include "sources/framework/SmallFile.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -47,7 +47,7 @@ std::string storedOptionsPath(const std::string& product) {
 }
 
 std::vector<OptionSetting> storedOptions(const std::string& product) {
-    const auto text = readSmallFile(storedOptionsPath(product));
+    const auto text = readTextFile(storedOptionsPath(product), maximumConfigurationBytes);
     return text ? parseOptionSettings(*text) : std::vector<OptionSetting>{};
 }
 

@@ -1,12 +1,15 @@
-// Device options as people and programs write them down: one NAME=VALUE a line, blank lines and
-// lines that start with '#' left out.
+// Configuration files of data sources: one NAME=VALUE a line; blank lines and lines that start with
+// '#' are ignored.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace paperline::sources {
+
+inline constexpr uint64_t maximumConfigurationBytes = 1 << 20; // larger files are not read
 
 struct OptionSetting {
     std::string name;
@@ -22,7 +25,7 @@ std::vector<OptionSetting> parseOptionSettings(std::string_view lines);
 // product or a home.
 std::string storedOptionsPath(const std::string& product);
 
-// What that file says; empty when there is none or it is larger than 1 MiB.
+// The settings in that file; empty when it cannot be read.
 std::vector<OptionSetting> storedOptions(const std::string& product);
 
 // Options of this scan only, from the environment variable PAPERLINE_SOURCE_OPTIONS.

@@ -1,7 +1,7 @@
 #include "sources/framework/SourceConfiguration.h"
 
+#include "platform/files/FileContent.h"
 #include "sources/framework/OptionLines.h"
-#include "sources/framework/SmallFile.h"
 
 #include <map>
 
@@ -18,7 +18,8 @@ std::string fromBundle(const std::string& bundlePath, const std::string& path) {
 } // namespace
 
 std::optional<SourceConfiguration> readSourceConfiguration(const std::string& bundlePath) {
-    const auto text = readSmallFile(bundlePath + "/Versions/A/Resources/source.conf");
+    const auto text =
+        readTextFile(bundlePath + "/Versions/A/Resources/source.conf", maximumConfigurationBytes);
     if (!text)
         return std::nullopt;
     std::map<std::string, std::string> values;

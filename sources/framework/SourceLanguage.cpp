@@ -1,6 +1,7 @@
 #include "sources/framework/SourceLanguage.h"
 
-#include "sources/framework/SmallFile.h"
+#include "platform/files/FileContent.h"
+#include "sources/framework/OptionLines.h"
 
 #include <charconv>
 
@@ -71,7 +72,8 @@ int32_t languageOfPropertyList(std::string_view xml) {
 }
 
 int32_t languageOfBundle(const std::string& bundlePath) {
-    const auto text = readSmallFile(bundlePath + "/Versions/A/cvscan.plist");
+    const auto text =
+        readTextFile(bundlePath + "/Versions/A/cvscan.plist", maximumConfigurationBytes);
     return text ? languageOfPropertyList(*text) : 0;
 }
 

@@ -38,10 +38,10 @@ std::vector<std::string> configurationFolders() {
 
 void addBackends(std::vector<std::string>& names, const std::string& path) {
     constexpr uint64_t maximumBytes = 1 << 20;
-    const auto bytes = readFile(path, maximumBytes);
-    if (!bytes)
+    const auto text = readTextFile(path, maximumBytes);
+    if (!text)
         return;
-    for (std::string& name : backendLines(std::string(bytes->begin(), bytes->end())))
+    for (std::string& name : backendLines(*text))
         if (std::find(names.begin(), names.end(), name) == names.end())
             names.push_back(std::move(name));
 }

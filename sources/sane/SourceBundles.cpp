@@ -9,7 +9,6 @@
 #include <cstdio>
 #include <optional>
 
-#include <fcntl.h>
 #include <limits.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -23,7 +22,6 @@ constexpr const char* executableName = "SaneSource";
 constexpr const char* workerName = "paperline-sane-worker";
 // Entries with this start are bundles on their way in or out; other programs do not see them.
 constexpr const char* passingPrefix = ".paperline-discovery-";
-constexpr uint64_t maximumConfigurationBytes = 1 << 20;
 constexpr int lockAttempts = 300; // of a tenth of a second
 
 std::vector<uint8_t> bytesOf(const std::string& text) {
@@ -55,12 +53,13 @@ bool bringUpToDate(const std::string& path, const std::vector<uint8_t>& bytes) {
 // What a bundle's configuration says, if a discovery wrote it: a copy under another name is its
 // owner's.
 std::optional<KnownBundle> readBundle(const std::string& folder, const std::string& name) {
-    const auto bytes = readFile(configurationPath(folder + "/" + name), maximumConfigurationBytes);
-    if (!bytes)
+    const auto text =
+        readTextFile(configurationPath(folder + "/" + name), maximumConfigurationBytes);
+    if (!text)
         return std::nullopt;
     KnownBundle bundle{name, {}, {}};
     std::string worker;
-    for (OptionSetting& line : parseOptionSettings(std::string(bytes->begin(), bytes->end()))) {
+    for (OptionSetting& line : parseOptionSettings(*text)) {
         if (line.name == "worker")
             worker = lastPathComponent(line.value);
         else if (line.name == "product")
@@ -105,10 +104,10 @@ bool SourceBundles::open(const std::string& folder) {
 }
 
 bool SourceBundles::lock(const std::string& path) {
-    lock_ = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
-    if (lock_ < 0)
+    lock_ = openFile(path, O_RDWR | O_CREAT | O_NOFOLLOW, 0600);
+    if (!lock_.isOpen())
         return false;
-    for (int attempt = 0; flock(lock_, LOCK_EX | LOCK_NB) != 0; ++attempt) {
+    for (int attempt = 0; flock(lock_.number(), LOCK_EX | LOCK_NB) != 0; ++attempt) {
         if (attempt == lockAttempts)
             return false;
         usleep(100000);
@@ -118,11 +117,6 @@ bool SourceBundles::lock(const std::string& path) {
 
 bool SourceBundles::publish() {
     return folder_ == target_ || rename(folder_.c_str(), target_.c_str()) == 0;
-}
-
-SourceBundles::~SourceBundles() {
-    if (lock_ >= 0)
-        ::close(lock_);
 }
 
 void SourceBundles::removeLeftovers() const {

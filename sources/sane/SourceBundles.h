@@ -1,6 +1,7 @@
 // Bundles of SANE devices on disk. Each appears, changes and goes whole.
 #pragma once
 
+#include "platform/files/Descriptor.h"
 #include "sources/sane/BundlePlan.h"
 
 #include <set>
@@ -28,10 +29,6 @@ public:
     // that is not there yet appears with publish, so that whoever waits for it finds it filled.
     [[nodiscard]] bool open(const std::string& folder);
     [[nodiscard]] bool publish();
-    ~SourceBundles();
-    SourceBundles() = default;
-    SourceBundles(const SourceBundles&) = delete;
-    SourceBundles& operator=(const SourceBundles&) = delete;
 
     // Those that a discovery made, and the names of all other entries.
     std::vector<KnownBundle> known() const { return known_; }
@@ -52,7 +49,7 @@ private:
 
     std::string folder_; // where the bundles are written
     std::string target_; // where they belong
-    int lock_ = -1;
+    Descriptor lock_;    // held while the folder is changed
     std::vector<KnownBundle> known_;
     std::set<std::string> otherEntries_;
 };

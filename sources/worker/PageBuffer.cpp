@@ -16,9 +16,9 @@ constexpr int64_t firstRowsOfUnknownHeight = 1024;
 
 Descriptor makeSharedMemory(const char* name, int64_t bytes) {
     Descriptor memory(memfd_create(name, MFD_CLOEXEC | MFD_ALLOW_SEALING));
-    if (!memory.isOpen() || ftruncate(memory.get(), bytes) != 0 ||
-        fcntl(memory.get(), F_ADD_SEALS, F_SEAL_SHRINK) != 0)
-        memory.reset();
+    if (!memory.isOpen() || ftruncate(memory.number(), bytes) != 0 ||
+        fcntl(memory.number(), F_ADD_SEALS, F_SEAL_SHRINK) != 0)
+        return {};
     return memory;
 }
 
@@ -75,14 +75,14 @@ bool PageBuffer::reserve(int64_t bytes) {
         memory_ = makeSharedMemory("paperline-page", bytes);
         if (!memory_.isOpen())
             return false;
-    } else if (ftruncate(memory_.get(), bytes) != 0) {
+    } else if (ftruncate(memory_.number(), bytes) != 0) {
         return false;
     }
     void* place = start_ == nullptr ? mmap(nullptr,
                                            static_cast<size_t>(bytes),
                                            PROT_READ | PROT_WRITE,
                                            MAP_SHARED,
-                                           memory_.get(),
+                                           memory_.number(),
                                            0)
                                     : mremap(start_,
                                              static_cast<size_t>(mappedBytes_),

@@ -27,7 +27,7 @@ public:
     void clear() { whole_ = false; }
     bool isWhole() const { return whole_; }
     const PageFormat& format() const { return format_; } // with the true height once whole
-    int descriptor() const { return memory_.get(); }
+    int descriptor() const { return memory_.number(); }
 
 private:
     [[nodiscard]] bool reserve(int64_t bytes);

@@ -8,7 +8,6 @@
 
 #include <poll.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 namespace paperline::sources {
 
@@ -46,7 +45,7 @@ bool takeDescriptor(msghdr& header, Descriptor& descriptor) {
             int number = -1;
             std::memcpy(&number, CMSG_DATA(part) + i * sizeof number, sizeof number);
             asExpected = asExpected && !descriptor.isOpen();
-            descriptor.reset(number);
+            descriptor = Descriptor(number);
         }
     }
     return asExpected;
@@ -175,12 +174,6 @@ int64_t pageByteCount(const PageFormat& format) {
     const int64_t bytesPerRow = format.bytesPerRow();
     return bytesPerRow > maximumPageBytes / format.heightPixels ? 0
                                                                 : bytesPerRow * format.heightPixels;
-}
-
-void Descriptor::reset(int number) {
-    if (number_ >= 0)
-        ::close(number_);
-    number_ = number;
 }
 
 SocketResult sendMessage(int socket,

@@ -10,6 +10,7 @@
 //   page (with the buffer's memfd the first time it is used), batchEnd
 #pragma once
 
+#include "platform/files/Descriptor.h"
 #include "sources/framework/ScanTypes.h"
 
 #include <chrono>
@@ -104,33 +105,6 @@ ScanStatus reportedStatus(uint32_t number);
 
 // Bytes of a page with whole, positive sizes of a kind we hand on; 0 for any other.
 int64_t pageByteCount(const PageFormat& format);
-
-// A descriptor that closes itself.
-class Descriptor {
-public:
-    Descriptor() = default;
-    explicit Descriptor(int number) : number_(number) {}
-    Descriptor(Descriptor&& other) noexcept : number_(other.release()) {}
-    Descriptor& operator=(Descriptor&& other) noexcept {
-        reset(other.release());
-        return *this;
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() { reset(); }
-
-    int get() const { return number_; }
-    bool isOpen() const { return number_ >= 0; }
-    int release() {
-        const int number = number_;
-        number_ = -1;
-        return number;
-    }
-    void reset(int number = -1);
-
-private:
-    int number_ = -1;
-};
 
 enum class SocketResult { done, timeout, closed, damaged };
 

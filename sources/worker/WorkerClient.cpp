@@ -57,11 +57,11 @@ ScanStatus WorkerClient::greet() {
     MessageReader reader(message.body);
     const auto version = reader.number<uint32_t>();
     if (message.type != MessageType::hello || !reader.whole() || version != workerProtocolVersion ||
-        !isSealedMemory(message.descriptor.get()) ||
-        sizeOf(message.descriptor.get()) < static_cast<int64_t>(sizeof(WorkerPulse)))
+        !isSealedMemory(message.descriptor.number()) ||
+        sizeOf(message.descriptor.number()) < static_cast<int64_t>(sizeof(WorkerPulse)))
         return failNonsense();
     void* place =
-        mmap(nullptr, sizeof(WorkerPulse), PROT_READ, MAP_SHARED, message.descriptor.get(), 0);
+        mmap(nullptr, sizeof(WorkerPulse), PROT_READ, MAP_SHARED, message.descriptor.number(), 0);
     if (place == MAP_FAILED)
         return fail(ScanStatus::noMemory, "There is no memory for the scanner's worker.");
     pulse_ = static_cast<const WorkerPulse*>(place);
@@ -306,11 +306,11 @@ ScanStatus WorkerClient::takePage(ReceivedMessage& message) {
         return failNonsense();
     Buffer& buffer = buffers_[page.buffer];
     if (message.descriptor.isOpen()) {
-        if (buffer.memory.isOpen() || !isSealedMemory(message.descriptor.get()))
+        if (buffer.memory.isOpen() || !isSealedMemory(message.descriptor.number()))
             return failNonsense();
         buffer.memory = std::move(message.descriptor);
     }
-    if (buffer.held || !buffer.memory.isOpen() || sizeOf(buffer.memory.get()) < bytes)
+    if (buffer.held || !buffer.memory.isOpen() || sizeOf(buffer.memory.number()) < bytes)
         return failNonsense();
     if (!mapPage(buffer, bytes))
         return fail(ScanStatus::noMemory, "There is no memory for the page.");
@@ -330,7 +330,7 @@ bool WorkerClient::mapPage(Buffer& buffer, int64_t bytes) {
                        static_cast<size_t>(bytes),
                        PROT_READ,
                        MAP_SHARED | MAP_POPULATE,
-                       buffer.memory.get(),
+                       buffer.memory.number(),
                        0);
     if (place == MAP_FAILED)
         return false;

@@ -67,8 +67,8 @@ bool makeSocketPair(Descriptor& ours, Descriptor& theirs) {
     if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, pair.data()) != 0)
         return false;
     const Descriptor first(pair[0]), second(pair[1]);
-    ours.reset(fcntl(first.get(), F_DUPFD_CLOEXEC, workerSocketDescriptor + 1));
-    theirs.reset(fcntl(second.get(), F_DUPFD_CLOEXEC, workerSocketDescriptor + 1));
+    ours = Descriptor(fcntl(first.number(), F_DUPFD_CLOEXEC, workerSocketDescriptor + 1));
+    theirs = Descriptor(fcntl(second.number(), F_DUPFD_CLOEXEC, workerSocketDescriptor + 1));
     return ours.isOpen() && theirs.isOpen();
 }
 
@@ -100,7 +100,7 @@ bool WorkerProcess::start(const std::string& program,
         return false;
     }
     SpawnSettings settings;
-    setDescriptors(settings.actions, theirs.get());
+    setDescriptors(settings.actions, theirs.number());
     setAttributes(settings.attributes);
     std::vector<char*> words{const_cast<char*>(program.c_str())};
     for (const std::string& argument : arguments)
@@ -111,7 +111,7 @@ bool WorkerProcess::start(const std::string& program,
         &process, program.c_str(), &settings.actions, &settings.attributes, words.data(), environ);
     if (failure != 0) {
         error = program + ": " + std::strerror(failure);
-        socket_.reset();
+        socket_.close();
         return false;
     }
     process_ = process;
@@ -156,7 +156,7 @@ bool WorkerProcess::waitForEnd(std::chrono::milliseconds patience) {
         }
         if (Clock::now() >= giveUp)
             return false;
-        pollfd entry{end.get(), POLLIN, 0};
+        pollfd entry{end.number(), POLLIN, 0};
         // One that is traced may have ended for its descriptor before it can be collected.
         if (poll(&entry, 1, stepMilliseconds) > 0 && !hasEnded())
             poll(nullptr, 0, stepMilliseconds);
@@ -165,7 +165,7 @@ bool WorkerProcess::waitForEnd(std::chrono::milliseconds patience) {
 }
 
 void WorkerProcess::kill() {
-    socket_.reset();
+    socket_.close();
     if (process_ <= 0)
         return;
     ::kill(-process_, SIGKILL);

@@ -28,7 +28,7 @@ public:
                              const std::vector<std::string>& arguments,
                              std::string& error);
     bool isStarted() const { return process_ > 0; }
-    int socket() const { return socket_.get(); }
+    int socket() const { return socket_.number(); }
     pid_t id() const { return process_; }
 
     // The process has ended (its last messages may still wait in the socket).

@@ -109,13 +109,7 @@ int describe(ScanDevice& device, const WorkerArguments& arguments, int output) {
         text += oneField(option.value) + '\t' + oneField(option.unit) + '\t';
         text += oneField(allowedValues(option)) + '\t' + oneField(option.title) + '\n';
     }
-    for (size_t written = 0; written < text.size();) {
-        const ssize_t count = write(output, text.data() + written, text.size() - written);
-        if (count < 0)
-            return 1;
-        written += static_cast<size_t>(count);
-    }
-    return 0;
+    return writeAll(output, text) ? 0 : 1;
 }
 
 } // namespace

@@ -314,13 +314,13 @@ bool Server::sendHello() {
     if (!pulseMemory_.isOpen())
         return false;
     void* place =
-        mmap(nullptr, sizeof *pulse_, PROT_READ | PROT_WRITE, MAP_SHARED, pulseMemory_.get(), 0);
+        mmap(nullptr, sizeof *pulse_, PROT_READ | PROT_WRITE, MAP_SHARED, pulseMemory_.number(), 0);
     if (place == MAP_FAILED)
         return false;
     pulse_ = static_cast<WorkerPulse*>(place);
     MessageWriter message(MessageType::hello);
     message.putNumber(workerProtocolVersion);
-    send(message, pulseMemory_.get());
+    send(message, pulseMemory_.number());
     return true;
 }
 

@@ -27,6 +27,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+using namespace paperline;
 using namespace paperline::sources;
 
 namespace {
@@ -151,7 +152,7 @@ private:
 };
 
 void sendOut(const MessageWriter& message, const Descriptor& memory = Descriptor()) {
-    (void)sendMessage(workerSocketDescriptor, message.bytes(), memory.get());
+    (void)sendMessage(workerSocketDescriptor, message.bytes(), memory.number());
 }
 
 void sendHello(uint32_t version, const Descriptor& memory) {
@@ -190,10 +191,10 @@ void sendFalsePage(const std::string& fault) {
         format.bitsPerPixel = 7;
     Descriptor memory = makeSharedMemory("page", 200);
     if (fault == "without-memory")
-        memory.reset();
+        memory = {};
     if (fault == "unsealed") {
-        memory.reset(memfd_create("loose", 0));
-        if (ftruncate(memory.get(), 4096) != 0)
+        memory = Descriptor(memfd_create("loose", 0));
+        if (ftruncate(memory.number(), 4096) != 0)
             return;
     }
     sendPage(fault == "unknown-buffer" ? 7 : 0, format, memory);

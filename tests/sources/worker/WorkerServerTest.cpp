@@ -49,20 +49,20 @@ protected:
     void SetUp() override {
         int pair[2];
         ASSERT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, pair), 0);
-        source.reset(pair[0]);
-        worker.reset(pair[1]);
+        source = Descriptor(pair[0]);
+        worker = Descriptor(pair[1]);
         server = std::thread([this] {
-            serveDevice(device, worker.get(), "");
-            worker.reset();
+            serveDevice(device, worker.number(), "");
+            worker.close();
         });
         ASSERT_EQ(next(), MessageType::hello);
     }
     void TearDown() override {
-        source.reset();
+        source.close();
         server.join();
     }
     void send(const MessageWriter& message) {
-        ASSERT_EQ(sendMessage(source.get(), message.bytes()), SocketResult::done);
+        ASSERT_EQ(sendMessage(source.number(), message.bytes()), SocketResult::done);
     }
     void release(uint32_t index) {
         MessageWriter message(MessageType::release);
@@ -70,7 +70,7 @@ protected:
         send(message);
     }
     MessageType next() {
-        result = receiveMessage(source.get(), patience, received);
+        result = receiveMessage(source.number(), patience, received);
         return result == SocketResult::done ? received.type : MessageType{};
     }
     // The server has closed its end; what it sent before is read away.
@@ -94,7 +94,7 @@ TEST_F(WorkerServerTest, ReadsNoFurtherAheadThanItsBuffers) {
     EXPECT_TRUE(received.descriptor.isOpen());
     EXPECT_EQ(next(), MessageType::page);
     EXPECT_TRUE(received.descriptor.isOpen());
-    EXPECT_EQ(receiveMessage(source.get(), milliseconds(100), received), SocketResult::timeout);
+    EXPECT_EQ(receiveMessage(source.number(), milliseconds(100), received), SocketResult::timeout);
     EXPECT_EQ(device.pagesRead, 2);
     release(0);
     EXPECT_EQ(next(), MessageType::page);
@@ -117,7 +117,7 @@ TEST_F(WorkerServerTest, StopEndsABatchThatWaitsForABuffer) {
 TEST_F(WorkerServerTest, EndsWhenTheDataSourceIsGone) {
     send(MessageWriter(MessageType::start));
     EXPECT_EQ(next(), MessageType::answer);
-    source.reset();
+    source.close();
     server.join();
     EXPECT_TRUE(device.stopped);
     server = std::thread([] {});
@@ -147,7 +147,7 @@ TEST_F(WorkerServerTest, AnUnknownRequestIsFoundOut) {
 
 TEST_F(WorkerServerTest, AnOverlongRequestIsFoundOut) {
     const std::vector<std::byte> bytes(maximumMessageBytes + 1);
-    ASSERT_GT(::send(source.get(), bytes.data(), bytes.size(), 0), 0);
+    ASSERT_GT(::send(source.number(), bytes.data(), bytes.size(), 0), 0);
     EXPECT_TRUE(serverIsGone());
 }
 
