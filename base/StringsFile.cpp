@@ -1,5 +1,7 @@
 #include "base/StringsFile.h"
 
+#include "platform/host/Utf.h"
+
 #include <algorithm>
 #include <optional>
 #include <string_view>
@@ -7,25 +9,6 @@
 
 namespace paperline {
 namespace {
-
-void appendUtf8(std::string& text, uint32_t codePoint) {
-    const auto put = [&text](uint32_t byte) { text.push_back(static_cast<char>(byte)); };
-    if (codePoint < 0x80) {
-        put(codePoint);
-    } else if (codePoint < 0x800) {
-        put(0xC0 | codePoint >> 6);
-        put(0x80 | (codePoint & 0x3F));
-    } else if (codePoint < 0x10000) {
-        put(0xE0 | codePoint >> 12);
-        put(0x80 | (codePoint >> 6 & 0x3F));
-        put(0x80 | (codePoint & 0x3F));
-    } else {
-        put(0xF0 | codePoint >> 18);
-        put(0x80 | (codePoint >> 12 & 0x3F));
-        put(0x80 | (codePoint >> 6 & 0x3F));
-        put(0x80 | (codePoint & 0x3F));
-    }
-}
 
 bool isHighSurrogate(uint32_t unit) {
     return unit >= 0xD800 && unit < 0xDC00;
@@ -37,7 +20,7 @@ uint32_t joinSurrogates(uint32_t high, uint32_t low) {
     return 0x10000 + ((high - 0xD800) << 10) + (low - 0xDC00);
 }
 
-// Text up to the first character that is not one.
+// Text up to the first invalid character.
 struct DecodedText {
     std::string utf8;
     bool whole = true;
@@ -67,36 +50,11 @@ DecodedText decodeUtf16(std::span<const uint8_t> bytes, bool bigEndian) {
     return decoded;
 }
 
-// Length of the well-formed character at the start of the bytes; 0 when there is none.
-size_t utf8CharacterLength(std::span<const uint8_t> bytes) {
-    const uint8_t lead = bytes[0];
-    if (lead < 0x80)
-        return 1;
-    const size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
-    if (lead < 0xC2 || lead > 0xF4 || bytes.size() < length)
-        return 0;
-    for (size_t i = 1; i < length; ++i) {
-        if ((bytes[i] & 0xC0) != 0x80)
-            return 0;
-    }
-    const uint8_t second = bytes[1];
-    const bool overlong = (lead == 0xE0 && second < 0xA0) || (lead == 0xF0 && second < 0x90);
-    const bool outside = (lead == 0xED && second > 0x9F) || (lead == 0xF4 && second > 0x8F);
-    return overlong || outside ? 0 : length;
-}
-
 DecodedText decodeUtf8(std::span<const uint8_t> bytes) {
-    DecodedText decoded;
-    size_t i = 0;
-    while (i < bytes.size()) {
-        const size_t length = utf8CharacterLength(bytes.subspan(i));
-        if (length == 0)
-            break;
-        i += length;
-    }
-    decoded.utf8.assign(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(i));
-    decoded.whole = i == bytes.size();
-    return decoded;
+    std::string text(bytes.begin(), bytes.end());
+    text.resize(validUtf8Length(text));
+    const bool whole = text.size() == bytes.size();
+    return {std::move(text), whole};
 }
 
 DecodedText decode(std::span<const uint8_t> bytes) {
@@ -118,12 +76,12 @@ bool isBlank(char c) {
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
-// Walks over the text; every reader says by its result whether it found what it wanted.
+// Its readers move past what they read. They return false or nothing where the syntax is wrong.
 class Parser {
 public:
     explicit Parser(std::string_view text) : text_(text) {}
 
-    // Reads entries until the end (true) or the first damage (false).
+    // True at the end of the text, false at the first fault.
     bool readEntries(std::map<std::string, std::string>& texts) {
         while (true) {
             if (!skipBlanksAndComments())

@@ -17,15 +17,15 @@ bool isContinuation(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
 }
 
-// The second byte's range excludes overlong forms, surrogates and what lies above U+10FFFF.
+// Excludes overlong forms, surrogates and code points above U+10FFFF.
 bool isSecondByte(unsigned lead, unsigned second) {
     const unsigned lowest = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
     const unsigned highest = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
     return second >= lowest && second <= highest;
 }
 
-// The first character of the text, which is not empty. Of an invalid sequence the longest start
-// that could have become a character counts as one.
+// The first character of a text that is not empty. Invalid bytes count as one character as long as
+// they could be the start of a valid one.
 Decoded decode(std::string_view text) {
     const auto lead = static_cast<unsigned char>(text[0]);
     if (lead < 0x80)
@@ -65,21 +65,52 @@ std::vector<uint8_t> utf16WithMark(std::string_view utf8) {
     return bytes;
 }
 
-bool isValidUtf8(std::string_view text) {
-    while (!text.empty()) {
-        const Decoded next = decode(text);
+size_t validUtf8Length(std::string_view text) {
+    std::string_view rest = text;
+    while (!rest.empty()) {
+        const Decoded next = decode(rest);
         if (!next.valid)
-            return false;
-        text.remove_prefix(next.length);
+            break;
+        rest.remove_prefix(next.length);
     }
-    return true;
+    return text.size() - rest.size();
+}
+
+bool isValidUtf8(std::string_view text) {
+    return validUtf8Length(text) == text.size();
+}
+
+void appendUtf8(std::string& text, uint32_t codePoint) {
+    const auto put = [&text](uint32_t byte) { text += static_cast<char>(byte); };
+    if (codePoint < 0x80) {
+        put(codePoint);
+    } else if (codePoint < 0x800) {
+        put(0xC0 | codePoint >> 6);
+        put(0x80 | (codePoint & 0x3F));
+    } else if (codePoint < 0x10000) {
+        put(0xE0 | codePoint >> 12);
+        put(0x80 | (codePoint >> 6 & 0x3F));
+        put(0x80 | (codePoint & 0x3F));
+    } else {
+        put(0xF0 | codePoint >> 18);
+        put(0x80 | (codePoint >> 12 & 0x3F));
+        put(0x80 | (codePoint >> 6 & 0x3F));
+        put(0x80 | (codePoint & 0x3F));
+    }
+}
+
+std::string utf8FromLatin1(std::string_view text) {
+    std::string utf8;
+    for (const char character : text)
+        appendUtf8(utf8, static_cast<unsigned char>(character));
+    return utf8;
 }
 
 std::string_view wholeCharacters(std::string_view utf8, size_t maximumBytes) {
     if (utf8.size() <= maximumBytes)
         return utf8;
     size_t end = maximumBytes;
-    // A character has at most three continuation bytes; more of them are invalid text anyway.
+    // A character has at most three continuation bytes; with more the text is invalid.
     while (end > 0 && maximumBytes - end < 3 && isContinuation(utf8[end]))
         --end;
     return utf8.substr(0, end);

@@ -57,6 +57,27 @@ TEST(Utf8, IsJudged) {
         EXPECT_FALSE(isValidUtf8(bad)) << bad;
 }
 
+TEST(Utf8, IsCountedUpToTheFirstInvalidByte) {
+    EXPECT_EQ(validUtf8Length(""), 0U);
+    EXPECT_EQ(validUtf8Length("a\xC3\xA4"), 3U);
+    EXPECT_EQ(validUtf8Length("a\xC3\xA4\xE7\xB9"), 3U);
+    EXPECT_EQ(validUtf8Length("\xFF"), 0U);
+}
+
+TEST(Utf8, IsMadeOfCodePointsOfEveryLength) {
+    std::string text;
+    for (const uint32_t codePoint : {0x41U, 0x7FU, 0x80U, 0x7FFU, 0x800U, 0xFFFFU, 0x10000U})
+        appendUtf8(text, codePoint);
+    EXPECT_EQ(text, "A\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF\xF0\x90\x80\x80");
+}
+
+TEST(Utf8, IsMadeOfLatin1) {
+    EXPECT_EQ(utf8FromLatin1("Gr\xF6\xDF"
+                             "e"),
+              "Gr\xC3\xB6\xC3\x9F"
+              "e");
+}
+
 TEST(Utf8, IsCutBetweenCharacters) {
     EXPECT_EQ(wholeCharacters("abc", 2), "ab");
     EXPECT_EQ(wholeCharacters("abc", 9), "abc");

@@ -16,7 +16,7 @@ namespace abi = twain::abi;
 constexpr uint32_t mostInfos = 4096;
 constexpr size_t firstInfo = offsetof(TW_EXTIMAGEINFO, Info);
 
-// The target is zero-filled and has one byte more than the longest text of the source.
+// The target is zero-filled.
 void copyText(const uint8_t* lengthAndText, char* target, size_t targetSize) {
     const size_t length = std::min<size_t>(lengthAndText[0], targetSize - 1);
     std::memcpy(target,
@@ -28,36 +28,22 @@ std::string_view textOf(const char* field, size_t size) {
     return {field, ::strnlen(field, size)};
 }
 
-std::string latin1AsUtf8(std::string_view text) {
-    std::string utf8;
-    for (const char letter : text) {
-        const auto code = static_cast<uint8_t>(letter);
-        if (code < 0x80) {
-            utf8 += letter;
-        } else {
-            utf8 += static_cast<char>(0xc0U | code >> 6U);
-            utf8 += static_cast<char>(0x80U | (code & 0x3fU));
-        }
-    }
-    return utf8;
-}
-
-// The standard names no encoding. UTF-8 that a source cut off at the field's end loses the torn
-// character; what is no UTF-8 at all is taken for Latin-1.
+// The standard names no encoding: most sources use UTF-8, others Latin-1. A character that was cut
+// at the end of a full field is dropped.
 std::string asUtf8(std::string_view text) {
     constexpr size_t fullField = sizeof(abi::Str32) - 2; // 32 characters, and zeros to even length
-    constexpr size_t longestTear = 3;
-    for (size_t torn = 0; torn <= (text.size() >= fullField ? longestTear : 0); ++torn)
-        if (const std::string_view whole = text.substr(0, text.size() - torn); isValidUtf8(whole))
-            return std::string(whole);
-    return latin1AsUtf8(text);
+    constexpr size_t longestCutCharacter = 3;
+    const size_t valid = validUtf8Length(text);
+    const size_t mayBeCut = text.size() >= fullField ? longestCutCharacter : 0;
+    return text.size() - valid <= mayBeCut ? std::string(text.substr(0, valid))
+                                           : utf8FromLatin1(text);
 }
 
 TW_STR32 fromStandard(const abi::Str32& text) {
     return TW_STR32::from(asUtf8(textOf(text, sizeof(text))));
 }
 
-// Both layouts name their fields alike.
+// The fields have the same names in both layouts.
 template <typename To, typename From> To sameImageInfo(const From& record) {
     To copy{};
     copy.XResolution = {record.XResolution.Whole, record.XResolution.Frac};
@@ -190,7 +176,7 @@ TW_STATUS fromStandard(const abi::Status& record) {
 }
 
 std::optional<std::vector<uint8_t>> toStandard(const TW_EXTIMAGEINFO& record) {
-    static_assert(sizeof(abi::Info) == sizeof(TW_INFO)); // they differ in what stands before them
+    static_assert(sizeof(abi::Info) == sizeof(TW_INFO)); // only their offsets differ
     if (record.NumInfos > mostInfos)
         return std::nullopt;
     const size_t infoBytes = record.NumInfos * sizeof(TW_INFO);
@@ -203,7 +189,7 @@ std::optional<std::vector<uint8_t>> toStandard(const TW_EXTIMAGEINFO& record) {
 }
 
 void fromStandard(const std::vector<uint8_t>& standard, TW_EXTIMAGEINFO& record) {
-    // The source may not have more records than there is room for, whatever count it leaves.
+    // The source may have changed the count: the record has room for as many as before.
     const size_t infoBytes = record.NumInfos * sizeof(TW_INFO);
     uint32_t count = 0;
     std::memcpy(&count, standard.data(), sizeof(count));

@@ -1,6 +1,5 @@
-// Conversion of the application's TWAIN records to the standard Linux layout and back. Numbers keep
-// their values; text changes from a length byte to a zero at its end. Both directions are total: a
-// length byte that is too large counts as the largest, text without a zero ends with its field.
+// Converts the application's TWAIN records to the standard's 64-bit Linux layout and back. Texts
+// with a length byte become zero-terminated; texts that are too long for their field are cut.
 #pragma once
 
 #include "twain/records/StandardRecords.h"
@@ -36,9 +35,9 @@ TW_PENDINGXFERS fromStandard(const twain::abi::PendingXfers& record);
 twain::abi::Status toStandard(const TW_STATUS& record);
 TW_STATUS fromStandard(const twain::abi::Status& record);
 
-// The count and as many records behind it; nothing for more than 4096 records.
+// The count followed by as many records; nothing for more than 4096.
 std::optional<std::vector<uint8_t>> toStandard(const TW_EXTIMAGEINFO& record);
-// Into a record with room for the count that it was converted with.
+// `record` still has the count that it was converted with.
 void fromStandard(const std::vector<uint8_t>& standard, TW_EXTIMAGEINFO& record);
 
 } // namespace paperline
