@@ -4,7 +4,7 @@
 #include "platform/files/Files.h"
 #include "platform/files/NewFile.h"
 #include "platform/files/PathText.h"
-#include "platform/places/DataSourceFolders.h"
+#include "platform/places/StandardFolders.h"
 
 #include <cstring>
 
@@ -12,7 +12,7 @@ namespace paperline::dsm {
 namespace {
 
 std::string fileName() {
-    const std::string folder = twain::abi::userDataFolder();
+    const std::string folder = userDataFolder();
     return folder.empty() ? std::string() : folder + "/default-source";
 }
 

@@ -2,7 +2,7 @@
 
 #include "dsm/InfoPlist.h"
 #include "dsm/Log.h"
-#include "platform/places/DataSourceFolders.h"
+#include "platform/places/StandardFolders.h"
 
 #include <dirent.h>
 #include <dlfcn.h>
@@ -139,8 +139,7 @@ std::string folderOfBundleAround(const std::string& libraryPath) {
 }
 
 SearchPlaces searchPlaces() {
-    return {twain::abi::bundleFolders(folderOfBundleAround(ownFile())),
-            twain::abi::systemPlace(twain::abi::plainSourceFolder)};
+    return {bundleFolders(folderOfBundleAround(ownFile())), systemPlace(plainSourceFolder)};
 }
 
 std::vector<SourceFile> findSourceFiles(const SearchPlaces& places) {

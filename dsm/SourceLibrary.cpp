@@ -1,10 +1,10 @@
 #include "dsm/SourceLibrary.h"
 
 #include "dsm/Log.h"
+#include "platform/host/Environment.h"
 
 #include <dlfcn.h>
 
-#include <cstdlib>
 #include <optional>
 
 namespace paperline::dsm {
@@ -36,11 +36,6 @@ std::optional<Source> loadSource(const std::string& path, const Identity& applic
     }
     source.identity.Id = 0;
     return source;
-}
-
-bool fallbacksWanted() {
-    const char* wanted = std::getenv("PAPERLINE_SOFTWARE_SCANNER");
-    return wanted != nullptr && wanted[0] != '\0';
 }
 
 } // namespace
@@ -80,7 +75,7 @@ void endStrings(Identity& identity) {
 
 std::vector<Source> loadSources(const std::vector<SourceFile>& files, const Identity& application) {
     std::vector<Source> sources;
-    const bool all = fallbacksWanted();
+    const bool all = !environment("PAPERLINE_SOFTWARE_SCANNER").empty();
     for (const SourceFile& file : files)
         if (all || !file.fallback)
             if (std::optional<Source> source = loadSource(file.path, application))

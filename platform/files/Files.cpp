@@ -1,6 +1,7 @@
 #include "platform/files/Files.h"
 
 #include "platform/files/Descriptor.h"
+#include "platform/files/PathText.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -13,14 +14,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string withoutTrailingSlashes(std::string path) {
-    while (path.size() > 1 && path.back() == '/')
-        path.pop_back();
-    return path;
-}
-
-// Made here or found there, the folder is judged by its descriptor: between two looks at a name
-// in a shared folder a stranger may put something else under it.
+// Checks an open folder: in a shared folder another user could replace it between two checks by
+// name.
 bool isOwnPrivateFolder(const std::string& path) {
     const Descriptor folder = openFile(path, O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
     struct stat status = {};
@@ -78,7 +73,7 @@ bool removePath(const std::string& path) {
     if (path.empty())
         return false;
     std::error_code error;
-    // The library opens every level by descriptor and does not follow links.
+    // remove_all opens every level by descriptor and follows no links.
     fs::remove_all(withoutTrailingSlashes(path), error);
     return !error;
 }

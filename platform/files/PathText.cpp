@@ -5,7 +5,6 @@
 namespace paperline {
 namespace {
 
-// Without the slashes at the end; "/" stays.
 std::string_view trimmed(std::string_view path) {
     while (path.size() > 1 && path.back() == '/')
         path.remove_suffix(1);
@@ -20,8 +19,7 @@ std::string_view lastComponent(std::string_view path) {
     return slash == std::string_view::npos ? path : path.substr(slash + 1);
 }
 
-// Where the extension's dot stands in a component, or npos: a name that only starts with a dot or
-// ends with one has no extension.
+// The position of the extension's dot, or npos. A dot at the start or at the end does not count.
 size_t extensionDot(std::string_view component) {
     const size_t dot = component.rfind('.');
     if (dot == std::string_view::npos || dot == 0 || dot + 1 == component.size())
@@ -30,6 +28,10 @@ size_t extensionDot(std::string_view component) {
 }
 
 } // namespace
+
+std::string withoutTrailingSlashes(const std::string& path) {
+    return std::string(trimmed(path));
+}
 
 std::string lastPathComponent(const std::string& path) {
     return std::string(lastComponent(path));

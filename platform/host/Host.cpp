@@ -1,13 +1,15 @@
 #include "platform/host/Host.h"
 
 #include "platform/files/FileContent.h"
+#include "platform/files/PathText.h"
+#include "platform/host/Environment.h"
 #include "platform/host/LocaleNames.h"
 
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <chrono>
-#include <cstdlib>
+#include <cinttypes>
+#include <cstdio>
 #include <limits>
 #include <pwd.h>
 #include <string_view>
@@ -36,17 +38,12 @@ Account accountOfUser() {
             entry.pw_dir != nullptr ? entry.pw_dir : ""};
 }
 
-std::string environment(const char* name) {
-    const char* value = std::getenv(name);
-    return value != nullptr ? value : std::string();
-}
-
 double now() {
     const auto sinceEpoch = std::chrono::system_clock::now().time_since_epoch();
     return std::chrono::duration<double>(sinceEpoch).count();
 }
 
-// A user without an account entry (in a container) still needs a name of his own.
+// In a container the user may have no account.
 std::string userName() {
     for (const std::string& name :
          {accountOfUser().name, environment("LOGNAME"), environment("USER")})
@@ -59,9 +56,7 @@ std::string userHome() {
     std::string home = environment("HOME");
     if (!home.starts_with('/'))
         home = accountOfUser().home;
-    while (home.size() > 1 && home.back() == '/')
-        home.pop_back();
-    return home.starts_with('/') ? home : "/";
+    return home.starts_with('/') ? withoutTrailingSlashes(home) : "/";
 }
 
 LocaleEnvironment processLocale() {
@@ -73,25 +68,18 @@ LocaleEnvironment processLocale() {
 
 SystemVersion installedSystemVersion() {
     for (const char* path : {"/etc/os-release", "/usr/lib/os-release"})
-        if (const auto bytes = readFile(path, 64 * 1024))
-            return parseSystemVersion(std::string(bytes->begin(), bytes->end()));
+        if (const auto text = readTextFile(path, 64 * 1024))
+            return parseSystemVersion(*text);
     return {};
 }
 
 std::optional<uint64_t> availableMemory() {
-    const auto bytes = readFile("/proc/meminfo", 64 * 1024);
-    if (!bytes)
-        return std::nullopt;
-    const std::string text(bytes->begin(), bytes->end());
+    const std::string text = readTextFile("/proc/meminfo", 64 * 1024).value_or("");
     constexpr std::string_view label = "MemAvailable:";
     const size_t start = text.find(label);
-    if (start == std::string::npos)
-        return std::nullopt;
-    const size_t digits = text.find_first_not_of(' ', start + label.size());
     uint64_t kilobytes = 0;
-    if (digits == std::string::npos ||
-        std::from_chars(text.data() + digits, text.data() + text.size(), kilobytes).ec !=
-            std::errc())
+    if (start == std::string::npos ||
+        std::sscanf(text.c_str() + start + label.size(), " %" SCNu64, &kilobytes) != 1)
         return std::nullopt;
     return kilobytes * 1024;
 }

@@ -2,12 +2,10 @@
 
 #include "platform/files/Files.h"
 #include "platform/files/PathText.h"
-#include "platform/places/DataSourceFolders.h"
 #include "platform/places/ProcessScratch.h"
 
 #include <array>
 #include <climits>
-#include <cstdlib>
 #include <cstring>
 #include <optional>
 #include <sys/stat.h>
@@ -18,7 +16,7 @@ namespace paperline {
 namespace {
 
 constexpr const char* sharedRoot = "/tmp";
-// Names that every user's window would use.
+// Names that the window uses in the scratch root.
 constexpr std::array<const char*, 3> fixedNames{"CorvaneTempImage", "CPL_image.bmp", "1.jpg"};
 
 std::optional<std::string>& bundleOverride() {
@@ -28,27 +26,12 @@ std::optional<std::string>& bundleOverride() {
 
 struct ScratchChoice {
     std::optional<std::string> root;
-    std::optional<ProcessScratch> own; // with the command line's kind of root
+    std::optional<ProcessScratch> own; // if the root is an own folder
 };
 
 ScratchChoice& scratch() {
     static ScratchChoice choice;
     return choice;
-}
-
-std::string environment(const char* name) {
-    const char* value = std::getenv(name);
-    return value != nullptr ? value : std::string();
-}
-
-std::string runningProgram() {
-    std::array<char, PATH_MAX> buffer;
-    const ssize_t length = ::readlink("/proc/self/exe", buffer.data(), buffer.size());
-    std::string path(buffer.data(), length > 0 ? static_cast<size_t>(length) : 0);
-    constexpr std::string_view replaced = " (deleted)"; // an update under the running program
-    if (path.size() > replaced.size() && path.ends_with(replaced) && !fileExists(path))
-        path.resize(path.size() - replaced.size());
-    return path;
 }
 
 std::string findBundle() {
@@ -63,14 +46,13 @@ std::string findBundle() {
     return programFolder;
 }
 
-// Where the names below /tmp live when nothing is chosen.
 std::string defaultScratchRoot() {
     const std::string front = environment("PAPERLINE_SCRATCH");
     return front.empty() ? sharedRoot : front + sharedRoot;
 }
 
-// A fixed name in the shared folder that a stranger laid out, as a file or as a link.
-bool isTakenByStranger(const std::string& path) {
+// True for links, too: another user may have made them.
+bool belongsToAnotherUser(const std::string& path) {
     struct stat status = {};
     if (::lstat(path.c_str(), &status) != 0)
         return false;
@@ -79,17 +61,9 @@ bool isTakenByStranger(const std::string& path) {
 
 bool fixedNamesAreOurs(const std::string& root) {
     for (const char* name : fixedNames)
-        if (isTakenByStranger(appendPathComponent(root, name)))
+        if (belongsToAnotherUser(appendPathComponent(root, name)))
             return false;
     return true;
-}
-
-std::string userCacheFolder() {
-    const std::string cache = environment("XDG_CACHE_HOME");
-    if (cache.starts_with('/'))
-        return cache;
-    const std::string home = environment("HOME");
-    return home.starts_with('/') ? appendPathComponent(home, ".cache") : std::string();
 }
 
 std::optional<std::string> makeCacheRoot(std::string& error) {
@@ -98,14 +72,13 @@ std::optional<std::string> makeCacheRoot(std::string& error) {
         error = "no cache folder: neither XDG_CACHE_HOME nor HOME is an absolute path";
         return std::nullopt;
     }
-    const std::string root = cache + "/paperline/scratch";
+    const std::string root = cache + "/scratch";
     if (createFolderWithParents(folderOfPath(root)) && createPrivateFolder(root))
         return root;
     error = "the scratch folder " + root + " cannot be made";
     return std::nullopt;
 }
 
-// The folder in whose place "/tmp" stands, made when PAPERLINE_SCRATCH names another.
 std::optional<std::string> parentOfScratch(std::string& error) {
     const std::string root = defaultScratchRoot();
     if (root == sharedRoot || createFolderWithParents(root))
@@ -114,7 +87,7 @@ std::optional<std::string> parentOfScratch(std::string& error) {
     return std::nullopt;
 }
 
-// Where commands have had their own folders, the first being where the next one goes.
+// Where own folders may be. New ones go to the first.
 std::vector<std::string> parentsOfOwnFolders() {
     const std::string parent = defaultScratchRoot();
     const std::string temporary = environment("TMPDIR");
@@ -124,6 +97,16 @@ std::vector<std::string> parentsOfOwnFolders() {
 }
 
 } // namespace
+
+std::string runningProgram() {
+    std::array<char, PATH_MAX> buffer;
+    const ssize_t length = ::readlink("/proc/self/exe", buffer.data(), buffer.size());
+    std::string path(buffer.data(), length > 0 ? static_cast<size_t>(length) : 0);
+    constexpr std::string_view replaced = " (deleted)"; // by an update while the program runs
+    if (path.ends_with(replaced) && !fileExists(path))
+        path.resize(path.size() - replaced.size());
+    return path;
+}
 
 std::string bundlePath() {
     if (bundleOverride())
@@ -143,10 +126,6 @@ void setBundlePath(const std::string& path) {
 std::string buildTreeFolder() {
     const std::string folder = folderOfPath(bundlePath());
     return folderExists(folder + "/TWAIN Data Sources") ? folder : std::string();
-}
-
-std::string systemPlace(const std::string& absolutePath) {
-    return twain::abi::systemPlace(absolutePath);
 }
 
 std::string scratchPath(const std::string& pathBelowTmp) {
@@ -194,12 +173,8 @@ std::vector<ProcessScratch> takeAbandonedScratchRoots() {
     return taken;
 }
 
-std::string userDataFolder() {
-    return twain::abi::userDataFolder();
-}
-
 std::vector<std::string> dataSourceFolders() {
-    return twain::abi::bundleFolders(buildTreeFolder());
+    return bundleFolders(buildTreeFolder());
 }
 
 } // namespace paperline

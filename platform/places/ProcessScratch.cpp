@@ -17,8 +17,7 @@ namespace {
 constexpr const char* namePrefix = "paperline-";
 constexpr const char* lockName = "lock";
 
-// An open, locked file in a private folder of this user's; not open when there is none, or when a
-// living process holds it.
+// Locks the lock file of a private folder of this user. Not open when a process holds it.
 Descriptor lockIn(const std::string& folderPath, int flags) {
     const Descriptor folder = openFile(folderPath, O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
     struct stat status = {};
@@ -54,7 +53,7 @@ std::vector<ProcessScratch> takeAbandonedScratch(const std::string& parent) {
     for (const std::string& entry : folderEntries(parent)) {
         if (!entry.starts_with(namePrefix))
             continue;
-        // A folder whose lock is not there yet is just being made.
+        // A folder without a lock file is just being created.
         std::string folder = appendPathComponent(parent, entry);
         if (Descriptor lock = lockIn(folder, 0); lock.isOpen())
             taken.push_back({std::move(folder), std::move(lock)});

@@ -1,5 +1,5 @@
-// Scratch folders that belong to one process each. A lock that ends with the process, however that
-// ends, tells them from those that nobody uses any more.
+// Scratch folders of one process each. A lock file, held while the process lives, shows which
+// folders were left behind.
 #pragma once
 
 #include "platform/files/Descriptor.h"
@@ -10,18 +10,17 @@
 
 namespace paperline {
 
-// Nobody else touches the folder while this lives.
+// Other processes leave the folder alone while this object lives.
 struct ProcessScratch {
     std::string folder;
     Descriptor lock;
 };
 
-// Makes a private folder of a fresh name in `parent`. Nothing, with `error` saying why, when it
-// cannot be made or locked.
+// Creates and locks a private folder in `parent`. On failure `error` says why.
 [[nodiscard]] std::optional<ProcessScratch> makeProcessScratch(const std::string& parent,
                                                                std::string& error);
 
-// This user's folders in `parent` whose processes have ended. They are the caller's now.
+// Locks this user's folders in `parent` whose processes have ended.
 [[nodiscard]] std::vector<ProcessScratch> takeAbandonedScratch(const std::string& parent);
 
 } // namespace paperline

@@ -12,13 +12,12 @@ bool processRuns(pid_t process) {
     if (::kill(process, 0) != 0 && errno != EPERM)
         return false;
     constexpr uint64_t mostBytes = 4096;
-    const auto bytes = readFile("/proc/" + std::to_string(process) + "/stat", mostBytes);
-    if (!bytes)
+    const auto line = readTextFile("/proc/" + std::to_string(process) + "/stat", mostBytes);
+    if (!line)
         return ::kill(process, 0) == 0 || errno == EPERM;
-    // "number (name) state ...": the name may hold parentheses, the rest does not.
-    const std::string line(bytes->begin(), bytes->end());
-    const size_t nameEnd = line.rfind(") ");
-    return nameEnd == std::string::npos || line.find_first_of("ZX", nameEnd) != nameEnd + 2;
+    // "number (name) state ...". Only the name may contain parentheses.
+    const size_t nameEnd = line->rfind(") ");
+    return nameEnd == std::string::npos || line->find_first_of("ZX", nameEnd) != nameEnd + 2;
 }
 
 } // namespace paperline

@@ -1,12 +1,11 @@
-// Whether another process is still at work.
+// Whether another process runs.
 #pragma once
 
 #include <sys/types.h>
 
 namespace paperline {
 
-// False once it has ended, even while nobody has taken notice of its end: an orphan's adopter may
-// do that seconds later, or never.
+// False for a zombie: an orphan's new parent may collect it late or never.
 bool processRuns(pid_t process);
 
 } // namespace paperline

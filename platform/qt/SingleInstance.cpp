@@ -2,11 +2,11 @@
 
 #include "platform/files/Files.h"
 #include "platform/files/PathText.h"
+#include "platform/places/StandardFolders.h"
 
 #include <QLocalSocket>
 #include <QThread>
 
-#include <cstdlib>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -19,11 +19,6 @@ constexpr size_t longestFolder = 80;
 constexpr int attempts = 20;
 constexpr int attemptMilliseconds = 100;
 
-std::string environment(const char* name) {
-    const char* value = std::getenv(name);
-    return value != nullptr ? value : std::string();
-}
-
 QString inFolder(const std::string& folder, const std::string& name) {
     return QString::fromStdString(appendPathComponent(folder, name));
 }
@@ -33,16 +28,12 @@ QString inFolder(const std::string& folder, const std::string& name) {
 std::string instanceFolder() {
     const std::string user = std::to_string(::geteuid());
     std::vector<std::string> candidates;
-    // The same folder with and without the variable: a session entered by "su" has none.
+    // A session started with "su" has no variable, but must find the same folder.
     for (const std::string& runtime : {environment("XDG_RUNTIME_DIR"), "/run/user/" + user})
         if (runtime.starts_with('/') && ownedByUserOrRoot(runtime))
             candidates.push_back(appendPathComponent(runtime, "paperline"));
-    const std::string cache = environment("XDG_CACHE_HOME");
-    const std::string home = environment("HOME");
-    if (cache.starts_with('/'))
-        candidates.push_back(appendPathComponent(cache, "paperline/run"));
-    else if (home.starts_with('/'))
-        candidates.push_back(appendPathComponent(home, ".cache/paperline/run"));
+    if (const std::string cache = userCacheFolder(); !cache.empty())
+        candidates.push_back(cache + "/run");
     candidates.push_back("/tmp/paperline-run-" + user);
     for (const std::string& folder : candidates)
         if (folder.size() <= longestFolder && createFolderWithParents(folderOfPath(folder)) &&
@@ -53,7 +44,7 @@ std::string instanceFolder() {
 
 SingleInstance::SingleInstance(const std::string& folder)
     : socketPath_(inFolder(folder, "window.socket")), lock_(inFolder(folder, "window.lock")) {
-    // A window may stay open for weeks: only the death of its process makes a lock stale.
+    // A window may stay open for weeks: only the end of its process makes the lock stale.
     lock_.setStaleLockTime(0);
 }
 
@@ -67,7 +58,7 @@ SingleInstance::Role SingleInstance::start() {
         }
         if (lock_.error() != QLockFile::LockFailedError)
             return Role::unlocked;
-        // Between its lock and its socket the first one cannot be reached yet.
+        // The first process may hold the lock but not listen yet.
         if (askFirstToRaise())
             return Role::second;
         QThread::msleep(attemptMilliseconds);
@@ -76,7 +67,7 @@ SingleInstance::Role SingleInstance::start() {
 }
 
 void SingleInstance::listen() {
-    // Only the holder of the lock comes here, so a socket that is still there is a dead one's.
+    // This process holds the lock, so an existing socket belongs to one that ended.
     QLocalServer::removeServer(socketPath_);
     server_ = std::make_unique<QLocalServer>();
     server_->setSocketOptions(QLocalServer::UserAccessOption);
@@ -86,7 +77,7 @@ void SingleInstance::listen() {
 
 void SingleInstance::answerRequests() {
     while (QLocalSocket* request = server_->nextPendingConnection()) {
-        delete request; // to connect is all that is asked
+        delete request; // connecting is the whole request
         if (raise_)
             raise_();
         else
@@ -97,8 +88,7 @@ void SingleInstance::answerRequests() {
 bool SingleInstance::askFirstToRaise() const {
     QLocalSocket request;
     request.connectToServer(socketPath_, QIODevice::ReadOnly);
-    // Connected is enough: the first one raises its window when its loop comes round to it, which
-    // may be after a long transfer.
+    // There is no answer to wait for: the first process may be in the middle of a long transfer.
     return request.waitForConnected(attemptMilliseconds);
 }
 

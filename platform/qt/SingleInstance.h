@@ -1,4 +1,4 @@
-// One running window for each user: a lock file and a socket in a folder that is his alone.
+// One running window per user, by a lock file and a socket in a folder private to the user.
 #pragma once
 
 #include <QLocalServer>
@@ -10,16 +10,16 @@
 
 namespace paperline {
 
-// A private folder of this user for the lock: "paperline" below XDG_RUNTIME_DIR or /run/user/UID,
-// else below his cache folder, else "/tmp/paperline-run-UID". Empty when none can be had.
+// The folder for both, created private: "paperline" in XDG_RUNTIME_DIR or /run/user/UID, else in
+// the user's cache folder, else "/tmp/paperline-run-UID". Empty on failure.
 std::string instanceFolder();
 
 class SingleInstance {
 public:
     enum class Role {
-        first,    // this process holds the lock until the object dies
-        second,   // another one holds it; it has been asked to come to the front
-        unlocked, // no lock can be had there (read-only folder): run without one
+        first,    // this process holds the lock while the object lives
+        second,   // another one holds it, and was asked to come to the front
+        unlocked, // the lock cannot be created (read-only folder); run without it
     };
 
     explicit SingleInstance(const std::string& folder);
@@ -27,12 +27,12 @@ public:
     SingleInstance(const SingleInstance&) = delete;
     SingleInstance& operator=(const SingleInstance&) = delete;
 
-    // Call before anything is deleted or created that two windows would share. Needs a
-    // QCoreApplication; waits at most two seconds for a first one that is just starting. A lock
-    // whose process was killed is taken over.
+    // Call before touching files that two windows would share. Needs a QCoreApplication. Waits at
+    // most two seconds for a first process that is just starting, and takes over the lock of a
+    // killed one.
     Role start();
 
-    // What a later start asks for; runs on the main thread. Requests that came before are kept.
+    // Called on the main thread when another process starts, or at once if one has already.
     void whenRaised(std::function<void()> raise);
 
 private:

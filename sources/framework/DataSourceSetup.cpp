@@ -1,6 +1,6 @@
 // What an application agrees with the source before a transfer: capabilities, layout, buffers,
 // file.
-#include "platform/places/DataSourceFolders.h"
+#include "platform/places/StandardFolders.h"
 #include "sources/framework/DataSource.h"
 #include "sources/framework/FixedPoint.h"
 #include "sources/framework/StatusCodes.h"
@@ -20,7 +20,7 @@ constexpr uint32_t smallestBuffer = 64 * 1024;
 constexpr uint32_t preferredBuffer = 4 * 1024 * 1024;
 
 std::string defaultFileName() {
-    const std::string folder = abi::userDataFolder();
+    const std::string folder = userDataFolder();
     return folder.empty() ? std::string("TWAIN.TMP") : folder + "/TWAIN.TMP";
 }
 

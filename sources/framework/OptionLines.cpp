@@ -1,10 +1,10 @@
 #include "sources/framework/OptionLines.h"
 
 #include "platform/files/FileContent.h"
-#include "platform/places/DataSourceFolders.h"
+#include "platform/host/Environment.h"
+#include "platform/places/StandardFolders.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 namespace paperline::sources {
 
@@ -38,7 +38,7 @@ std::vector<OptionSetting> parseOptionSettings(std::string_view lines) {
 }
 
 std::string storedOptionsPath(const std::string& product) {
-    const std::string folder = twain::abi::userDataFolder();
+    const std::string folder = userDataFolder();
     if (folder.empty() || product.empty())
         return {};
     std::string name = product;
@@ -52,8 +52,7 @@ std::vector<OptionSetting> storedOptions(const std::string& product) {
 }
 
 std::vector<OptionSetting> scanOptions() {
-    const char* text = std::getenv("PAPERLINE_SOURCE_OPTIONS");
-    return text != nullptr ? parseOptionSettings(text) : std::vector<OptionSetting>{};
+    return parseOptionSettings(environment("PAPERLINE_SOURCE_OPTIONS"));
 }
 
 } // namespace paperline::sources

@@ -3,13 +3,13 @@
 #include "platform/files/FileContent.h"
 #include "platform/files/Files.h"
 #include "platform/files/PathText.h"
+#include "platform/places/Places.h"
 #include "platform/plist/PropertyList.h"
 #include "sources/worker/OptionSettings.h"
 
 #include <cstdio>
 #include <optional>
 
-#include <limits.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -75,9 +75,7 @@ std::optional<KnownBundle> readBundle(const std::string& folder, const std::stri
 } // namespace
 
 BundleParts partsBesideThisProgram() {
-    char path[PATH_MAX];
-    const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
-    const std::string program(path, length > 0 ? static_cast<size_t>(length) : 0);
+    const std::string program = runningProgram();
     const std::string helpers = folderOfPath(program);
     const std::string frameworks = folderOfPath(helpers) + "/Frameworks";
     return {frameworks + "/paperline-source-stub.so",
