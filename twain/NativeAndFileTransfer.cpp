@@ -10,7 +10,7 @@
 #include "platform/places/Places.h"
 #include "twain/PageTransfer.h"
 #include "twain/TWAINHandler.h"
-#include "twain/manager/DataSourceManager.h"
+#include "twain/manager/DataSourceManagerMemory.h"
 
 #include <algorithm>
 #include <limits>

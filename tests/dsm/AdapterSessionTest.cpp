@@ -1,5 +1,6 @@
 // The application's entry with real managers and sources: ours and another maker's.
 #include "twain/manager/DataSourceManager.h"
+#include "twain/manager/DataSourceManagerMemory.h"
 
 #include "TestPlaces.h"
 #include "platform/desktop/MainLoop.h"

@@ -1,6 +1,7 @@
 // What crosses between the application's entry and a manager, seen from the manager's side.
 // A plus in front of a packed field hands it over by value: it may lie where no reference can.
 #include "twain/manager/DataSourceManager.h"
+#include "twain/manager/DataSourceManagerLibrary.h"
 
 #include "RecordingManager.h"
 #include "TestPlaces.h"

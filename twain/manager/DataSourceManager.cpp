@@ -1,13 +1,11 @@
 #include "twain/manager/DataSourceManager.h"
 
 #include "platform/desktop/MainLoop.h"
-#include "platform/places/Places.h"
 #include "platform/process/SystemLog.h"
 #include "twain/manager/DataSourceManagerClients.h"
 #include "twain/manager/DataSourceManagerLibrary.h"
 #include "twain/manager/TwainRecords.h"
 
-#include <cstdlib>
 #include <cstring>
 #include <utility>
 
@@ -26,32 +24,18 @@ constexpr Triplet getEntryPoint{twain::DG_CONTROL, twain::DAT_ENTRYPOINT, twain:
 constexpr Triplet registerWithCallback{
     twain::DG_CONTROL, twain::DAT_CALLBACK, twain::MSG_REGISTER_CALLBACK};
 
-// Everything below but the clients belongs to the main thread.
+// Except for the clients, everything here runs on the main thread.
 DsmEntry replacedEntry;
 DsmCallObserver callObserver;
-std::unique_ptr<DsmLibrary> library;
 std::optional<SourceFailure> sourceFailure;
 std::optional<abi::Status> conditionAsked; // of the call just made
-std::string fileThatFailed;                // so that its line is logged once
 
 DsmClients& clients() {
-    static DsmClients& table = *new DsmClients; // sources' threads may call while the process ends
+    // Never deleted: threads of sources may call while the process exits.
+    static DsmClients& table = *new DsmClients;
     return table;
 }
 
-DsmLibrary* loadedLibrary() {
-    const std::string file = dataSourceManagerFile();
-    if (library && (library->file == file || !clients().empty()))
-        return library.get();
-    std::string error;
-    library = loadDsmLibrary(file, error);
-    if (!library && fileThatFailed != file)
-        systemLog("The data source manager cannot be loaded: " + error);
-    fileThatFailed = library ? std::string() : file;
-    return library.get();
-}
-
-// One call: who makes it, to whom, and through which manager.
 struct Call {
     DsmLibrary& manager;
     DsmClientPointer client; // null while the manager is not open
@@ -85,7 +69,7 @@ uint16_t deliver(const DsmDelivery& delivery, const Triplet& triplet) {
                                        reinterpret_cast<TW_MEMREF>(delivery.callback.refCon));
 }
 
-// Registered with the manager in place of every callback of the application.
+// The callback that the manager gets instead of those of the application.
 uint16_t receiveMessage(abi::Identity* source,
                         abi::Identity* application,
                         uint32_t dataGroup,
@@ -105,7 +89,7 @@ uint16_t receiveMessage(abi::Identity* source,
     return twain::TWRC_SUCCESS;
 }
 
-// The memory functions of a manager that has the newer entry points.
+// Gets the memory functions, if the manager has them.
 void askForEntryPoint(const Call& call) {
     if ((call.origin->SupportedGroups & twain::DF_DSM2) == 0)
         return;
@@ -123,7 +107,7 @@ uint16_t openManager(Call call, const TW_IDENTITY& record, void* data) {
         call.client->address = &record;
         call.client->record = record;
         call.client->standard = toStandard(record);
-        call.client->standard.Id = 0; // the manager hands out its own numbers
+        call.client->standard.Id = 0; // the manager sets it
         call.client->standard.SupportedGroups |= twain::DF_APP2;
         call.origin = &call.client->standard;
     }
@@ -150,7 +134,7 @@ uint16_t registerWithManager(const Call& call) {
 
 uint16_t registerCallback(const Call& call, const TW_CALLBACK& callback) {
     if (!call.client)
-        return registerWithManager(call); // the manager says why not
+        return registerWithManager(call); // the manager refuses and knows why
     const DsmCallback former = clients().callbackOf(*call.client, call.destination);
     clients().setCallback(
         *call.client,
@@ -166,7 +150,7 @@ uint16_t registerCallback(const Call& call, const TW_CALLBACK& callback) {
     return code;
 }
 
-// With a manager that wants a destination the callback is registered as soon as there is one.
+// Some managers register a callback only with a destination, which exists now.
 void registerRefusedCallback(const Call& call, const TW_IDENTITY& source) {
     if (!call.client->callbackRefused)
         return;
@@ -202,7 +186,7 @@ template <class Record> uint16_t recordCall(const Call& call, void* data) {
     return code;
 }
 
-// Asking for a condition clears it, so the application gets the one that was asked for on the way.
+// Reading a condition clears it, so the application gets the one that noteSourceFailure read.
 uint16_t statusCall(const Call& call, TW_STATUS& record) {
     if (!conditionAsked)
         return recordCall<TW_STATUS>(call, &record);
@@ -281,8 +265,7 @@ uint16_t convertedCall(const Call& call, const TW_IDENTITY& origin, void* data) 
     return triplet.group == twain::DG_IMAGE ? imageCall(call, data) : twain::TWRC_FAILURE;
 }
 
-// The steps of a scan. Refusals of anything else (a capability, extended information) are no
-// failure.
+// Other calls may be refused without the scan failing: capabilities, extended information.
 bool isStepOfScan(const Triplet& triplet) {
     if (triplet.group == twain::DG_IMAGE)
         return triplet.type >= twain::DAT_IMAGEINFO && triplet.type <= twain::DAT_IMAGEFILEXFER;
@@ -307,7 +290,7 @@ std::string statusTextOf(const Call& call, const abi::Status& status) {
 
 void noteSourceFailure(Call call, uint16_t code) {
     if (call.triplet.type != twain::DAT_STATUS)
-        conditionAsked.reset(); // it was that of an earlier call
+        conditionAsked.reset(); // of an earlier call
     const bool failed = code == twain::TWRC_FAILURE || code == twain::TWRC_CHECKSTATUS;
     if (!failed || !call.client || !isStepOfScan(call.triplet))
         return;
@@ -338,19 +321,19 @@ TW_UINT16 DSM_Entry(TW_IDENTITY* origin,
                     TW_MEMREF data) {
     const Triplet triplet{dataGroup, dataArgumentType, message};
     if (replacedEntry) {
-        const DsmEntry entry = replacedEntry; // it may be replaced from inside the call
+        const DsmEntry entry = replacedEntry; // the call may replace it
         return observed(triplet, [&] {
             return entry(origin, destination, dataGroup, dataArgumentType, message, data);
         });
     }
-    DsmLibrary* manager = loadedLibrary();
+    DsmLibrary* manager = loadDsmLibrary(!clients().empty());
     if (manager == nullptr || origin == nullptr)
         return twain::TWRC_FAILURE;
 
     const DsmClientPointer client = clients().find(*origin);
-    // A caller that is not open, or a source that the manager did not tell, still gets its answer.
-    abi::Identity stranger = toStandard(*origin);
-    stranger.Id = 0;
+    // Applications that are not open and unknown sources are passed on, too: the manager answers.
+    abi::Identity unopened = toStandard(*origin);
+    unopened.Id = 0;
     abi::Identity unknownSource{};
     abi::Identity* standardDestination = nullptr;
     if (destination != nullptr) {
@@ -361,7 +344,7 @@ TW_UINT16 DSM_Entry(TW_IDENTITY* origin,
         }
     }
     const Call call{
-        *manager, client, client ? &client->standard : &stranger, standardDestination, triplet};
+        *manager, client, client ? &client->standard : &unopened, standardDestination, triplet};
     const uint16_t code = convertedCall(call, *origin, data);
     noteSourceFailure(call, code);
     return code;
@@ -369,17 +352,6 @@ TW_UINT16 DSM_Entry(TW_IDENTITY* origin,
 
 void setDsmEntry(DsmEntry entry) {
     replacedEntry = std::move(entry);
-}
-
-std::string dataSourceManagerFile() {
-    const char* file = std::getenv("PAPERLINE_DSM");
-    if (file != nullptr && file[0] != '\0')
-        return file;
-    return bundlePath() + "/Contents/Frameworks/libpaperline-dsm.so";
-}
-
-const DsmLibrary* currentDsmLibrary() {
-    return library.get();
 }
 
 void setDsmCallObserver(DsmCallObserver observer) {

@@ -1,11 +1,9 @@
-// The platform's TWAIN entry point. The application calls DSM_Entry with its own records; behind it
-// the data source manager library is loaded and every record is converted to the standard Linux
-// layout and back.
+// The application's entry to TWAIN. DSM_Entry takes the application's own records, loads the data
+// source manager library and converts every record to the standard's 64-bit Linux layout and back.
 #pragma once
 
 #include "twain/records/TwainTypes.h"
 
-#include <cstddef>
 #include <functional>
 #include <optional>
 #include <string>
@@ -19,7 +17,7 @@ using DsmEntry = std::function<TW_UINT16(TW_IDENTITY* origin,
                                          TW_UINT16 message,
                                          TW_MEMREF data)>;
 
-// Signature of a callback that the application registers; the records are the application's.
+// A callback that the application registers, with its own records.
 using TwainCallback = TW_UINT16 (*)(TW_IDENTITY* origin,
                                     TW_IDENTITY* destination,
                                     TW_UINT32 dataGroup,
@@ -34,42 +32,30 @@ TW_UINT16 DSM_Entry(TW_IDENTITY* origin,
                     TW_UINT16 message,
                     TW_MEMREF data);
 
-// How the records travel:
-// - The application's own record keeps what the application set; the Id and the flags that the
-//   manager gave it stay behind this entry. Records of sources carry the manager's Id.
-// - A source's record that was asked for is changed only by TWRC_SUCCESS and TWRC_CHECKSTATUS, any
-//   other record by every code but TWRC_FAILURE.
-// - DAT_CAPABILITY goes through untouched, in the standard's layout (twain::abi::Capability).
-// - Without data a triplet goes through as it is, except that DAT_USERINTERFACE gets a zeroed
-//   record: sources read it without a look. Any other data is refused with TWRC_FAILURE.
+// Which records are converted:
+// - The application's identity is never changed: the Id and the flags that the manager gives it are
+//   kept here. Identities of sources carry the manager's Id.
+// - Identities of sources are filled in on TWRC_SUCCESS and TWRC_CHECKSTATUS, other records on
+// every
+//   code but TWRC_FAILURE.
+// - DAT_CAPABILITY is passed on in the standard's layout (twain::abi::Capability).
+// - Calls without data are passed on. Only DAT_USERINTERFACE gets a zeroed record, because sources
+//   read it without checking. Other kinds of data are refused with TWRC_FAILURE.
 
-// Replaces what DSM_Entry does (tests script it); an empty function restores the loaded library.
+// Replaces the library, for tests. An empty function restores it.
 void setDsmEntry(DsmEntry entry);
 
-// File of the library that is loaded: PAPERLINE_DSM, else the one in the bundle's Frameworks
-// folder.
-std::string dataSourceManagerFile();
-
-// A handle that a source hands over (the picture of a native transfer) belongs to the application.
-// These are the loaded manager's functions, or the C library's where it has none.
-void* lockDsmMemory(TW_HANDLE handle);
-void unlockDsmMemory(TW_HANDLE handle);
-void freeDsmMemory(TW_HANDLE handle);
-// Bytes of the block, perhaps a few more than were asked for; 0 when another maker's manager owns
-// it and does not tell.
-size_t dsmMemorySize(TW_HANDLE handle);
-
-// Why a source did not do what it was asked for: opening, enabling, or a step of a transfer. Asked
-// of the source right after the call, while it still knows.
+// Why a source could not be opened or enabled, or a transfer failed. The source is asked right
+// after the call, because the next one may clear it.
 struct SourceFailure {
     TW_UINT16 conditionCode = 0; // twain::TWCC_*
     std::string text;            // the source's own words, may be empty
 };
-// The first failure since the last call of this function; nothing when all went well.
+// The first failure since the last call of this function.
 std::optional<SourceFailure> takeSourceFailure();
 
-// Called after every call into the manager or a source returns, and before it starts: a watchdog
-// sees a hang from another thread. Empty: none.
+// Called before and after every call into the manager or a source, so that a watchdog notices when
+// a call does not return. Both may be empty.
 struct DsmCallObserver {
     std::function<void(TW_UINT32 dataGroup, TW_UINT16 dataArgumentType, TW_UINT16 message)>
         willCall;

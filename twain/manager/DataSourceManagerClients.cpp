@@ -9,7 +9,7 @@ namespace {
 
 constexpr size_t mostKnownSources = 1024;
 
-// By value: in the packed record it may lie at an address that no reference can have.
+// By value: references to members of a packed record may be misaligned.
 uint32_t idOf(const twain::abi::Identity& identity) {
     return identity.Id;
 }
@@ -111,7 +111,7 @@ DsmDelivery DsmClients::delivery(const twain::abi::Identity* source,
         for (const DsmClientPointer& client : clients_)
             if (application != nullptr && client->standard.Id == application->Id)
                 delivery.client = client;
-        // Some managers pass on what the source had at hand instead of the application's record.
+        // Some managers pass another record than the application's.
         if (!delivery.client && clients_.size() == 1)
             delivery.client = clients_.front();
         if (!delivery.client)

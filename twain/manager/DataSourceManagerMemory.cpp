@@ -1,39 +1,44 @@
-// Handles that a source hands to the application are the manager's memory.
-#include "twain/manager/DataSourceManager.h"
+#include "twain/manager/DataSourceManagerMemory.h"
+
+#include "platform/host/Environment.h"
 #include "twain/manager/DataSourceManagerLibrary.h"
 
+#include <cstdlib>
 #include <malloc.h>
 
-#include <cstdlib>
-
 namespace paperline {
+namespace {
+
+// Without a library, or one that has no memory functions, every member is null.
+twain::abi::EntryPoint managerFunctions() {
+    const DsmLibrary* library = currentDsmLibrary();
+    return library != nullptr ? library->entryPoint : twain::abi::EntryPoint{};
+}
+
+} // namespace
 
 void* lockDsmMemory(TW_HANDLE handle) {
-    const DsmLibrary* library = currentDsmLibrary();
-    const bool own = library != nullptr && library->entryPoint.DSM_MemLock != nullptr;
-    return own ? library->entryPoint.DSM_MemLock(handle) : handle;
+    const auto lock = managerFunctions().DSM_MemLock;
+    return lock != nullptr ? lock(handle) : handle;
 }
 
 void unlockDsmMemory(TW_HANDLE handle) {
-    const DsmLibrary* library = currentDsmLibrary();
-    if (library != nullptr && library->entryPoint.DSM_MemUnlock != nullptr)
-        library->entryPoint.DSM_MemUnlock(handle);
+    if (const auto unlock = managerFunctions().DSM_MemUnlock)
+        unlock(handle);
 }
 
 void freeDsmMemory(TW_HANDLE handle) {
-    const DsmLibrary* library = currentDsmLibrary();
-    if (library != nullptr && library->entryPoint.DSM_MemFree != nullptr)
-        library->entryPoint.DSM_MemFree(handle);
+    if (const auto release = managerFunctions().DSM_MemFree)
+        release(handle);
     else
         std::free(handle);
 }
 
 size_t dsmMemorySize(TW_HANDLE handle) {
-    const char* other = std::getenv("PAPERLINE_DSM");
-    const bool ours = other == nullptr || other[0] == '\0';
-    const DsmLibrary* library = currentDsmLibrary();
-    const bool ofTheCLibrary = library == nullptr || library->entryPoint.DSM_MemAllocate == nullptr;
-    return ours || ofTheCLibrary ? ::malloc_usable_size(handle) : 0;
+    // Our own manager, too, takes its blocks from the C library.
+    const bool isOwnManager = environment("PAPERLINE_DSM").empty();
+    const bool isOfCLibrary = isOwnManager || managerFunctions().DSM_MemAllocate == nullptr;
+    return isOfCLibrary ? ::malloc_usable_size(handle) : 0;
 }
 
 } // namespace paperline
