@@ -1,4 +1,4 @@
-// The debug trace. Silent unless a switch file turns it on; see docs/architecture.md.
+// The debug trace, off unless the switch file "/tmp/DrvLog/Debug.conf" turns it on.
 #pragma once
 
 #include <cstdint>
@@ -9,11 +9,11 @@ namespace paperline {
 
 class CvOutputLog {
 public:
-    // Reads the switch file and, when it asks for a level above 0, sets the paths. Called once.
+    // Reads the level from the switch file and sets the paths if it is above 0. Called once.
     void setDebugLevelAndCreateLogFile();
 
-    // One entry: marker `functionStatus`, number `functionReturn`, subject `outputDebugLog`, then
-    // `data` unless it is -1. May be called from any thread. Costs one integer test when off.
+    // Writes "<functionStatus> <functionReturn>: <subject>" and ": <data>" unless that is -1. May
+    // be called from any thread.
     void outputDebugLog(std::string_view subject,
                         std::string_view functionStatus,
                         int32_t functionReturn,
@@ -22,7 +22,7 @@ public:
         if (debugLevel > 0)
             writeNumberEntry(subject, functionStatus, functionReturn, data, type);
     }
-    // The same with a text as data (type 1).
+    // For a text as data (type 1).
     void outputDebugLog(std::string_view subject,
                         std::string_view functionStatus,
                         int32_t functionReturn,
@@ -33,7 +33,7 @@ public:
     }
 
     int32_t debugLevel = 0;
-    // Set while an entry is written. Any thread may write; a plain flag is the agreed best effort.
+    // Set while an entry is written. No lock: writers wait a limited time only.
     volatile bool logWritting = false;
     std::string logPath;
     std::string debugFile;
@@ -45,9 +45,9 @@ private:
     void append(const std::string& entry);
 };
 
-extern CvOutputLog* gOutputLog; // made by AppDelegate::init before anything else
+extern CvOutputLog* gOutputLog; // created first by AppDelegate::init
 
-// Traces "In " when made and "Out" when it goes: one per operation, at its start.
+// Traces the start ("In ") and the end ("Out") of an operation.
 class TraceScope {
 public:
     explicit TraceScope(const char* operation) : operation_(operation) { write("In "); }
@@ -63,12 +63,12 @@ private:
     const char* operation_;
 };
 
-// A number in the marker's slot: "    7: _selectedRaw".
+// Traces "    7: _selectedRaw".
 inline void traceValue(const char* label, int32_t value) {
     if (gOutputLog != nullptr)
         gOutputLog->outputDebugLog(label, "   ", value, int64_t{-1}, 0);
 }
-// A number or a text after the label.
+// Trace "<label> : <number or text>".
 inline void traceNumber(const char* label, const char* marker, int32_t number) {
     if (gOutputLog != nullptr)
         gOutputLog->outputDebugLog(label, marker, 1, int64_t{number}, 0);

@@ -1,5 +1,5 @@
-// The eight file formats, in the order of their codes. The code is stored in the settings and is
-// the position in the format list.
+// The file formats in the order of their codes. Settings store the code, which is also the position
+// in the format list.
 #pragma once
 
 #include <array>
@@ -32,7 +32,7 @@ struct FileFormat {
     int32_t imageType;       // type of the image writer, -1 for BMP
     bool isMultiPage;
 
-    // Pages pass through the staging folder on their way into a document.
+    // Pages go to the staging folder first and are joined there.
     constexpr bool isStaged() const { return isMultiPage || code == formatPdf; }
 };
 

@@ -12,7 +12,7 @@
 namespace paperline {
 namespace {
 
-// Many times the largest table of texts; anything longer is not one.
+// Many times the size of the largest strings file.
 constexpr uint64_t maximumStringsFileBytes = 4 * 1024 * 1024;
 
 } // namespace

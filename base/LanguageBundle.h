@@ -1,4 +1,4 @@
-// One language folder: the texts of its "Localizable.strings", looked up by key.
+// The texts of one language, from "Localizable.strings" in its folder.
 #pragma once
 
 #include <map>
@@ -9,12 +9,12 @@ namespace paperline {
 
 class LanguageBundle {
 public:
-    // Nothing when the folder does not exist. A missing or damaged strings file is an empty bundle.
+    // Null when the folder does not exist. Without a readable strings file the bundle is empty.
     static std::shared_ptr<const LanguageBundle> load(const std::string& folder);
 
     LanguageBundle(std::string folder, std::map<std::string, std::string> texts);
 
-    // The text under the key, or the key itself.
+    // The text of the key, or the key itself.
     std::string localizedString(const std::string& key) const;
     const std::string& folder() const { return folder_; }
     const std::map<std::string, std::string>& texts() const { return texts_; }
@@ -24,7 +24,7 @@ private:
     std::map<std::string, std::string> texts_;
 };
 
-// localizedString of the bundle, or the key without one.
+// The same; the key itself if the bundle is null.
 std::string localizedString(const std::shared_ptr<const LanguageBundle>& bundle,
                             const std::string& key);
 

@@ -1,5 +1,5 @@
-// Modal messages. A presenter is installed at start: windows by the application, lines on standard
-// error by the command line, a recorder by tests.
+// Modal messages. The application installs a presenter that shows windows, the command line one
+// that writes to standard error, tests one that records.
 #pragma once
 
 #include <functional>
@@ -11,18 +11,17 @@ struct Alert {
     std::string title; // " " for plain messages
     std::string message;
     std::string informativeText; // second, smaller paragraph; may be empty
-    std::string defaultButton;   // empty: the platform's default button
+    std::string defaultButton;   // empty: "OK"
 };
 
-// Codes of the platform's alerts.
 inline constexpr int alertDefaultReturn = 1;
 inline constexpr int alertAlternateReturn = 0;
 
-using AlertPresenter = std::function<int(const Alert&)>; // returns one of the codes above
+using AlertPresenter = std::function<int(const Alert&)>; // returns one of the above
 void setAlertPresenter(AlertPresenter presenter);
 
-// Shows the alert and returns when it is dismissed. Without a presenter the text goes to standard
-// error and the default button counts as pressed.
+// Shows the alert and returns when it is dismissed. Without a presenter it writes the text to
+// standard error and returns as if the default button was pressed.
 int runAlertPanel(const Alert& alert);
 
 } // namespace paperline

@@ -1,5 +1,5 @@
-// What the desktop session does for the user. Members are replaced by the command line and by
-// tests.
+// Services of the desktop session. platform/qt/DesktopServices.h installs the real ones; the
+// command line and tests install others.
 #pragma once
 
 #include <functional>
@@ -9,20 +9,16 @@
 namespace paperline {
 
 struct Desktop {
-    // Lets the user choose a folder in a window with the title, starting at the folder given;
-    // nothing when he cancels.
+    // Shows a folder chooser; nothing when it is cancelled.
     std::function<std::optional<std::string>(const std::string& title,
                                              const std::string& startFolder)>
         chooseFolder;
-    // Shows the folder's window in the file manager.
-    std::function<void(const std::string& folder)> openFolder;
-    // Shows the file (or folder) selected in its folder.
-    std::function<void(const std::string& path)> revealFile;
-    // A short signal that the application wants attention.
+    std::function<void(const std::string& folder)> openFolder; // in the file manager
+    std::function<void(const std::string& path)> revealFile;   // selected in its folder
     std::function<void()> beep;
 };
 
-// The process-wide desktop; every member does nothing until installed.
+// The one of this process. Its members do nothing until others are installed.
 Desktop& desktop();
 
 } // namespace paperline

@@ -1,21 +1,18 @@
-// The main thread's event loop: delayed messages, posting from other threads, termination.
-// platform/qt/MainLoop.cpp does it with Qt; nothing of Qt shows here. Without an application object
-// (before it starts, after it ends) actions are dropped.
+// The main thread's event loop, implemented in platform/qt/MainLoop.cpp so that users need no Qt.
+// Actions are dropped while there is no application object.
 #pragma once
 
 #include <functional>
 
 namespace paperline {
 
-// Runs the action on the main thread after the delay. Any thread may call. While a hold is active
-// the action waits; it then runs when the last hold ends.
+// Run the action on the main thread, later or as soon as possible. May be called on any thread.
+// Delayed actions wait while a DelayedMessagesHold exists.
 void performAfterDelay(double seconds, std::function<void()> action);
-
-// Runs the action on the main thread as soon as its loop turns. Any thread may call.
 void postToMainThread(std::function<void()> action);
 bool isMainThread();
 
-// Delayed messages wait while one of these lives: a modal window or a transfer is on. Main thread.
+// Exists while a modal window is open or a transfer runs. Main thread only.
 class DelayedMessagesHold {
 public:
     DelayedMessagesHold();
@@ -26,12 +23,12 @@ public:
 
 bool delayedMessagesAreHeld();
 
-// Asks the application to end the normal way; returns to the caller. Later calls change nothing.
+// Ends the main loop once; returns at once.
 void requestTermination();
 bool terminationRequested();
-void resetTerminationRequest(); // tests
+void resetTerminationRequest(); // for tests
 
-// Lets windows repaint during a long transfer without handling any user input.
+// Repaints windows during a long transfer without handling user input.
 void repaintWithoutInput();
 
 } // namespace paperline

@@ -1,4 +1,4 @@
-// File descriptors that close themselves, opening them, and reading and writing whole buffers.
+// File descriptors that close themselves; opening files, reading and writing through them.
 #pragma once
 
 #include <cstddef>

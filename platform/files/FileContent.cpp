@@ -23,7 +23,6 @@ bool liesInSharedFolder(const std::string& path) {
     return (status.st_mode & S_ISVTX) != 0 && (status.st_mode & S_IWOTH) != 0;
 }
 
-// A copy beside the target, put under its name when it is whole. `sync` makes it durable first.
 bool copyContent(const std::string& from, const std::string& to, int openFlags, bool sync) {
     const std::optional<RegularFile> source = openRegularFile(from, openFlags);
     if (!source)
@@ -167,7 +166,7 @@ CreateResult createFileWhole(const std::string& path,
         return CreateResult::created;
     case EEXIST:
         return CreateResult::alreadyThere;
-    case ENAMETOOLONG: // the hidden name was short enough
+    case ENAMETOOLONG: // seen only now, as the hidden name is shorter
         return CreateResult::notOpened;
     default:
         return CreateResult::failed;

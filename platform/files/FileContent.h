@@ -1,4 +1,4 @@
-// Reads, writes, copies and moves whole files. Errors are values, nothing throws. Paths are UTF-8.
+// Reads, writes, copies and moves files. Errors are values, nothing throws. Paths are UTF-8.
 #pragma once
 
 #include "platform/files/Descriptor.h"
@@ -24,8 +24,8 @@ std::optional<std::string> readTextFile(const std::string& path, uint64_t maximu
 // Replaces the content of a file opened like that. On failure it may be cut off.
 [[nodiscard]] bool writeFile(const std::string& path, std::span<const uint8_t> bytes);
 
-// Replaces the file by a new one of the same permissions: readers see the old content or all of the
-// new. Synced to the disk.
+// Creates the file, or replaces it by one of the same permissions: readers see the old content or
+// all of the new. Synced to the disk.
 [[nodiscard]] bool writeFileAtomically(const std::string& path, std::span<const uint8_t> bytes);
 
 enum class CreateResult {

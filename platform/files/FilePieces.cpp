@@ -23,7 +23,7 @@ size_t FilePieces::read(uint64_t position, std::span<uint8_t> bytes) const {
 }
 
 std::optional<uint64_t> FilePieces::find(std::string_view text) const {
-    // A window begins with the end of the one before, where the text may have begun.
+    // Windows overlap, so that a text across their border is found.
     const size_t overlap = text.size() - 1;
     std::vector<uint8_t> window(windowBytes + overlap);
     for (uint64_t position = 0;; position += windowBytes) {

@@ -1,4 +1,4 @@
-// A few bytes of a file of any size, without holding the file.
+// Reads and replaces parts of a file without loading it.
 #pragma once
 
 #include "platform/files/Descriptor.h"
@@ -13,29 +13,27 @@
 
 namespace paperline {
 
-// A regular file to be read by position.
 class FilePieces {
 public:
+    // Only regular files are opened.
     explicit FilePieces(const std::string& path);
     bool isOpen() const { return file_.isOpen(); }
 
-    // As much of `bytes` as the file holds from that position on; the count. An error counts as the
-    // file's end.
+    // The number of bytes read: fewer than asked for at the end of the file or on an error.
     size_t read(uint64_t position, std::span<uint8_t> bytes) const;
-    // The first place of the text, which is not empty.
+    // The position of the first occurrence of a text that is not empty.
     std::optional<uint64_t> find(std::string_view text) const;
 
 private:
     Descriptor file_;
 };
 
-// Replaces the file by a copy on whose descriptor `change` has worked. Atomic: on failure (false),
-// also that of the change, the file is as it was.
+// Replaces the file by a copy that `change` has edited. Atomic: on failure, also of the change, the
+// file keeps its content.
 [[nodiscard]] bool replaceByChangedCopy(const std::string& path,
                                         const std::function<bool(int descriptor)>& change);
 
-// Replaces the file by a copy that holds `bytes` from that position on. Its length stays: the bytes
-// end with the file. Atomic like the above.
+// Overwrites bytes in such a copy. The length stays: bytes beyond the end are dropped.
 [[nodiscard]] bool
 replaceBytes(const std::string& path, uint64_t position, std::span<const uint8_t> bytes);
 

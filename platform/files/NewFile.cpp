@@ -17,7 +17,7 @@ std::string folderOrCurrent(const std::string& path) {
     return folder.empty() ? "." : folder;
 }
 
-// Unique within the process; O_EXCL settles the rest.
+// Unique within the process; O_EXCL prevents collisions with others.
 std::string hiddenName(const std::string& target, unsigned attempt) {
     static std::atomic<unsigned> counter{0};
     return appendPathComponent(folderOrCurrent(target),
@@ -25,8 +25,8 @@ std::string hiddenName(const std::string& target, unsigned attempt) {
                                    std::to_string(counter++) + "-" + std::to_string(attempt));
 }
 
-// For file systems without hard links and without exclusive renaming: the name is taken with an
-// empty file that is ours, which may then be replaced.
+// For file systems without hard links and without exclusive renaming: an empty file reserves the
+// name and is then replaced.
 int renameOverOwnEmptyFile(const std::string& from, const std::string& to) {
     Descriptor emptyFile = openFile(to, O_WRONLY | O_CREAT | O_EXCL, 0600);
     if (!emptyFile.isOpen())
@@ -98,7 +98,7 @@ NewFile::~NewFile() {
 
 int NewFile::publish() {
     if (!hiddenPath_.empty()) {
-        // Late write errors (network, quota) show here, while the name is still hidden.
+        // Closing reports late write errors (network, quota); the name is still hidden.
         if (!file_.close())
             return EIO;
         const int failure = renameWithoutReplacing(hiddenPath_, target_);

@@ -26,11 +26,11 @@ using NextPagePath = std::function<std::string()>;
 
 struct PageWriteTarget {
     std::string path;
-    bool isScratch = false; // overwritten in place; other files appear whole and replace none
+    bool isScratch = false; // overwritten; other files are created with all their content
     NextPagePath nextPath;  // without it a taken name counts as not opened
 };
 
-// `awaitBytes` as for createFileWhole; scratch files do without it.
+// `awaitBytes` as for createFileWhole; not called for scratch files.
 [[nodiscard]] PageWrite writePageFile(const PageWriteTarget& target,
                                       std::span<const uint8_t> bytes,
                                       const AwaitBytes& awaitBytes = {});

@@ -22,8 +22,7 @@ std::unique_ptr<icu::TimeZone> timeZoneNamed(const std::string& name) {
     return std::unique_ptr<icu::TimeZone>(icu::TimeZone::createDefault());
 }
 
-// The locale with its own week rules and names, but the calendar and digits of file names.
-icu::Locale plainLocale(const std::string& identifier, UErrorCode& status) {
+icu::Locale gregorianLocale(const std::string& identifier, UErrorCode& status) {
     icu::Locale locale(identifier.empty() ? "en_US" : identifier.c_str());
     locale.setKeywordValue("calendar", "gregorian", status);
     locale.setKeywordValue("numbers", "latn", status);
@@ -36,14 +35,13 @@ std::string formatDate(const FormatMoment& moment, const std::string& pattern) {
     if (!std::isfinite(moment.secondsSinceEpoch))
         return {};
     UErrorCode status = U_ZERO_ERROR;
-    const icu::Locale locale = plainLocale(moment.localeIdentifier, status);
+    const icu::Locale locale = gregorianLocale(moment.localeIdentifier, status);
     icu::SimpleDateFormat format(icu::UnicodeString::fromUTF8(pattern), locale, status);
     if (U_FAILURE(status))
         return {};
     format.adoptTimeZone(timeZoneNamed(moment.timeZone).release());
     icu::UnicodeString text;
-    // A moment of this century is held to a tenth of a microsecond: .123 may stand a little below
-    // its millisecond.
+    // A double has a precision of about a quarter microsecond here, and .123 may be stored as less.
     format.format(std::floor(moment.secondsSinceEpoch * 1000.0 + 0.0005),
                   text,
                   static_cast<icu::FieldPositionIterator*>(nullptr),

@@ -1,6 +1,5 @@
-// Date formatter patterns ("YYYYMMdd", "HH:mm:ss.SSS") of the Unicode locale data standard (UTS
-// 35), in the Gregorian calendar with ASCII digits, whatever the locale's own calendar and digits
-// are.
+// Formats dates by patterns of the Unicode standard (UTS 35), such as "YYYYMMdd" and
+// "HH:mm:ss.SSS". Always in the Gregorian calendar with ASCII digits, whatever the locale uses.
 #pragma once
 
 #include <string>
@@ -9,11 +8,11 @@ namespace paperline {
 
 struct FormatMoment {
     double secondsSinceEpoch = 0;
-    std::string localeIdentifier; // decides first weekday and minimal days of the week-based year
-    std::string timeZone;         // Olson identifier; empty: the system's
+    std::string localeIdentifier; // for names and the week-based year "YYYY"; empty: en_US
+    std::string timeZone;         // "Europe/Berlin"; empty: the system's
 };
 
-// Empty when the pattern cannot be used.
+// Empty when the pattern is invalid.
 std::string formatDate(const FormatMoment& moment, const std::string& pattern);
 
 } // namespace paperline

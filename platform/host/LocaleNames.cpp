@@ -43,8 +43,8 @@ std::vector<std::string_view> splitAt(std::string_view text, char separator) {
 }
 
 struct LocaleName {
-    std::string language; // "de"; empty for C, POSIX and what is no locale name
-    std::string script;   // "Hant"; only for Chinese, where it decides the language
+    std::string language; // "de"; empty for C, POSIX and invalid names
+    std::string script;   // "Hant"; only for Chinese
     std::string region;   // "DE" or "419"
 };
 
@@ -61,7 +61,7 @@ LocaleName parseLocaleName(std::string_view text) {
     if (parts[0].size() < 2 || parts[0].size() > 3 || !isLetters(parts[0]))
         return {};
     LocaleName name{lowered(parts[0]), {}, {}};
-    // The platform's lists know one Norwegian.
+    // The language tables have one Norwegian.
     if (name.language == "nb" || name.language == "nn")
         name.language = "no";
     for (size_t index = 1; index < parts.size(); ++index) {
@@ -87,7 +87,7 @@ std::string joined(const LocaleName& name) {
     return tag;
 }
 
-// What the C library takes: the first of these that is set and not empty.
+// The first one that is not empty, as the C library does.
 const std::string& messagesLocale(const LocaleEnvironment& environment) {
     if (!environment.lcAll.empty())
         return environment.lcAll;

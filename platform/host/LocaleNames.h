@@ -1,4 +1,4 @@
-// What the locale environment says of the user's languages.
+// The user's languages from the locale environment.
 #pragma once
 
 #include <string>
@@ -6,12 +6,13 @@
 
 namespace paperline {
 
-// LANGUAGE, LC_ALL, LC_MESSAGES, LANG; empty where unset.
+// Values of LANGUAGE, LC_ALL, LC_MESSAGES and LANG; empty where unset.
 struct LocaleEnvironment {
     std::string language, lcAll, lcMessages, lang;
 };
-// Written as "de-DE", "zh-Hant-TW", "zh-Hans-CN", "no" for nb and nn; the first is preferred.
+// "de-DE", "zh-Hant-TW", "no" (for nb and nn, too), the preferred one first. Never empty.
 std::vector<std::string> preferredLanguagesOf(const LocaleEnvironment& environment);
+// "de_DE"; "en_US" for C and POSIX.
 std::string localeIdentifierOf(const LocaleEnvironment& environment);
 
 } // namespace paperline

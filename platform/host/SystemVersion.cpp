@@ -17,8 +17,8 @@ std::string_view unquoted(std::string_view value) {
     return value;
 }
 
-// Takes the number before the next dot off the text: "15.6.1", "12". One that is missing or no
-// number is 0.
+// Removes the number before the next dot of "15.6.1" from the text and returns it; 0 if there is
+// none.
 int takeComponent(std::string_view& text) {
     const size_t dot = text.find('.');
     const std::string_view part = text.substr(0, dot);

@@ -11,7 +11,7 @@ struct SystemVersion {
     int bugFix = 0;
 };
 
-// From the text of os-release.
+// The VERSION_ID of an os-release file; missing numbers are 0.
 SystemVersion parseSystemVersion(const std::string& osReleaseText);
 
 } // namespace paperline

@@ -27,7 +27,7 @@ void parallelFor(size_t parts,
         for (unsigned worker = 1; worker < wanted; ++worker)
             helpers.emplace_back(takeParts, worker);
     } catch (const std::system_error&) {
-        // The workers that are there take the parts of those that are not.
+        // The threads that run take the parts of the missing ones.
     }
     takeParts(0);
     for (std::thread& helper : helpers)

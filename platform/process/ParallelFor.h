@@ -1,4 +1,4 @@
-// Work that falls into parts, done by several threads at once.
+// A parallel loop.
 #pragma once
 
 #include <cstddef>
@@ -6,13 +6,12 @@
 
 namespace paperline {
 
-// Processors of this machine, at least 1.
-unsigned processorCount();
+unsigned processorCount(); // at least 1
 
-// Calls work(part, worker) once for every part below `parts` and returns when all are done. Parts
-// are begun in ascending order. Calls with the same `worker` (below `workers`, 0 is the calling
-// thread) never overlap, so each worker may own a buffer. `work` must not throw. When threads
-// cannot be had, fewer workers do it all.
+// Calls work(part, worker) once for every part from 0 to parts - 1, on up to `workers` threads, and
+// returns when all calls have. Parts start in ascending order. The calling thread is worker 0.
+// Calls of one worker never overlap, so each may have a buffer of its own. `work` must not throw.
+// If threads cannot be created, fewer do the work.
 void parallelFor(size_t parts,
                  unsigned workers,
                  const std::function<void(size_t part, unsigned worker)>& work);

@@ -8,7 +8,7 @@
 namespace paperline {
 
 void systemLog(std::string_view line) {
-    // One write, so that lines of several processes do not mix.
+    // One write: lines of several processes must not mix.
     std::string text(line);
     text += '\n';
     (void)writeAll(STDERR_FILENO, text);

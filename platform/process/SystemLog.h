@@ -1,10 +1,10 @@
-// Lines for the person who looks at the console: standard error.
+// Messages on standard error.
 #pragma once
 
 #include <string_view>
 
 namespace paperline {
 
-void systemLog(std::string_view line); // a line feed is added
+void systemLog(std::string_view line); // adds the line feed
 
 } // namespace paperline

@@ -10,7 +10,7 @@
 namespace paperline {
 
 int runAlertWindow(const Alert& alert) {
-    if (terminationRequested()) { // nobody may be there to press the button
+    if (terminationRequested()) { // perhaps there is no user any more to press the button
         systemLog("paperline: " + alert.message +
                   (alert.informativeText.empty() ? "" : " " + alert.informativeText));
         return alertDefaultReturn;
@@ -19,7 +19,7 @@ int runAlertWindow(const Alert& alert) {
     QMessageBox window(QApplication::activeWindow());
     window.setIcon(QMessageBox::Warning);
     window.setWindowTitle(QString::fromStdString(alert.title));
-    // Paths and device names may hold what looks like markup.
+    // Paths and device names may look like markup.
     window.setTextFormat(Qt::PlainText);
     window.setText(QString::fromStdString(alert.message));
     window.setInformativeText(QString::fromStdString(alert.informativeText));
@@ -27,11 +27,11 @@ int runAlertWindow(const Alert& alert) {
                               ? window.addButton(QMessageBox::Ok)
                               : window.addButton(QString::fromStdString(alert.defaultButton),
                                                  QMessageBox::AcceptRole);
-    button->setIcon({}); // the word says it
+    button->setIcon({});
     window.setDefaultButton(button);
     window.setEscapeButton(button);
     window.exec();
-    // There is one button: however the window went away, it counts as pressed.
+    // There is only one button, so closing the window counts as pressing it.
     return alertDefaultReturn;
 }
 

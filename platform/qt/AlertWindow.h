@@ -5,8 +5,7 @@
 
 namespace paperline {
 
-// Shows the alert over the active window until it is dismissed; delayed messages wait meanwhile.
-// Main thread, with a QApplication.
+// Shows the alert until it is dismissed; delayed messages wait. Main thread, with a QApplication.
 int runAlertWindow(const Alert& alert);
 
 // Makes runAlertPanel show windows.

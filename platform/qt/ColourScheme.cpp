@@ -35,8 +35,8 @@ class PortalWatcher : public QObject {
     Q_OBJECT
 
 public:
-    PortalWatcher(QObject* owner, std::function<void(ColourScheme)> tell)
-        : QObject(owner), tell_(std::move(tell)) {
+    PortalWatcher(QObject* owner, std::function<void(ColourScheme)> changed)
+        : QObject(owner), changed_(std::move(changed)) {
         QDBusConnection bus = QDBusConnection::sessionBus();
         if (!bus.isConnected())
             return;
@@ -52,7 +52,7 @@ public:
 private slots:
     void settingChanged(const QString& group, const QString& key, const QDBusVariant& value) {
         if (group == appearance && key == colourSchemeKey)
-            tell_(schemeOf(codeIn(value)));
+            changed_(schemeOf(codeIn(value)));
     }
 
 private:
@@ -64,23 +64,23 @@ private:
         connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
             const QDBusPendingReply<QDBusVariant> reply = *answer;
             if (reply.isValid())
-                tell_(schemeOf(codeIn(reply.value())));
+                changed_(schemeOf(codeIn(reply.value())));
             answer->deleteLater();
         });
     }
 
-    std::function<void(ColourScheme)> tell_;
+    std::function<void(ColourScheme)> changed_;
 };
 
 } // namespace
 
-void watchColourScheme(QObject* owner, std::function<void(ColourScheme)> tell) {
+void watchColourScheme(QObject* owner, std::function<void(ColourScheme)> changed) {
     const QByteArray asked = qgetenv("PAPERLINE_COLOUR_SCHEME");
     if (asked == "dark" || asked == "light") {
-        tell(asked == "dark" ? ColourScheme::dark : ColourScheme::light);
+        changed(asked == "dark" ? ColourScheme::dark : ColourScheme::light);
         return;
     }
-    new PortalWatcher(owner, std::move(tell));
+    new PortalWatcher(owner, std::move(changed));
 }
 
 } // namespace paperline

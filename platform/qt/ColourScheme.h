@@ -1,4 +1,4 @@
-// Whether the user's desktop asks for light or dark windows.
+// Whether the desktop is set to light or dark windows.
 #pragma once
 
 #include <functional>
@@ -9,9 +9,9 @@ namespace paperline {
 
 enum class ColourScheme { noPreference, dark, light };
 
-// Tells the desktop's wish as soon as it answers, and again whenever it changes, as long as `owner`
-// lives. Returns at once; without a desktop portal nothing is ever told. The environment variable
-// PAPERLINE_COLOUR_SCHEME ("dark" or "light") stands in for the desktop.
-void watchColourScheme(QObject* owner, std::function<void(ColourScheme)> tell);
+// Calls `changed` with the desktop's setting once it is known and whenever it changes, while
+// `owner` lives. Without a desktop portal it is never called. The environment variable
+// PAPERLINE_COLOUR_SCHEME ("dark" or "light") overrides the setting.
+void watchColourScheme(QObject* owner, std::function<void(ColourScheme)> changed);
 
 } // namespace paperline

@@ -26,7 +26,7 @@ constexpr int chooserWidth = 720;
 constexpr int chooserHeight = 460;
 constexpr int placesWidth = 180;
 
-// Painters take the application's direction, not that of the control they paint on.
+// Styles paint text in the application's direction, not in that of the widget.
 class LeftToRightText : public QProxyStyle {
 public:
     void drawItemText(QPainter* painter,
@@ -41,7 +41,7 @@ public:
     }
 };
 
-// For desktops without a chooser of their own: names alone, in full, and words on the buttons.
+// Qt's own chooser, for desktops that provide none.
 void styleWidgetChooser(QFileDialog& chooser) {
     chooser.setViewMode(QFileDialog::List);
     chooser.resize(chooserWidth, chooserHeight);

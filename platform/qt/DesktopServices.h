@@ -1,4 +1,4 @@
-// The desktop session's services through Qt and D-Bus.
+// Services of the desktop session through Qt and D-Bus.
 #pragma once
 
 #include "platform/desktop/Desktop.h"
@@ -10,12 +10,12 @@
 
 namespace paperline {
 
-// Fills every member of desktop(). Main thread, with a QApplication.
+// Sets every member of desktop(). Main thread, with a QApplication.
 void installDesktopServices();
 
-// Asks the file manager behind `bus` to show the path selected in its folder and returns at once.
-// When no file manager answers within three seconds, `openFolder` gets the folder of the path (the
-// path itself when it is a folder).
+// Asks the file manager on `bus` to show the path selected in its folder, and returns at once. If
+// none answers within three seconds, calls `openFolder` with the path's folder, or with the path
+// itself if it is a folder.
 void revealThrough(const QDBusConnection& bus,
                    const std::string& path,
                    std::function<void(const std::string& folder)> openFolder);

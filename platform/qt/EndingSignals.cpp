@@ -1,12 +1,13 @@
 #include "platform/qt/EndingSignals.h"
 
 #include "platform/desktop/MainLoop.h"
+#include "platform/files/Descriptor.h"
 
 #include <QSocketNotifier>
 
+#include <array>
 #include <atomic>
 #include <csignal>
-#include <fcntl.h>
 #include <unistd.h>
 
 namespace paperline {
@@ -14,27 +15,29 @@ namespace {
 
 constexpr int endingSignals[] = {SIGTERM, SIGINT, SIGHUP};
 
-int endingPipe[2] = {-1, -1};
+std::array<Descriptor, 2> endingPipe; // to read, to write
 std::atomic<bool> hasCome{false};
-static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler writes it");
+static_assert(std::atomic<bool>::is_always_lock_free, "needed in a signal handler");
 
 void noteEndingSignal(int /*number*/) {
     hasCome = true;
     const char byte = 0;
-    [[maybe_unused]] const ssize_t written = write(endingPipe[1], &byte, 1);
+    [[maybe_unused]] const ssize_t written = write(endingPipe[1].number(), &byte, 1);
 }
 
 } // namespace
 
-// A handler with a pipe, because a blocked signal would stay blocked in the helper programs.
+// A handler and a pipe instead of signalfd(2), whose blocked signals helper programs would inherit.
 EndingSignals::EndingSignals() {
-    if (pipe2(endingPipe, O_CLOEXEC | O_NONBLOCK) != 0)
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0)
         return;
+    endingPipe = {Descriptor(ends[0]), Descriptor(ends[1])};
     hasCome = false;
-    notifier_ = std::make_unique<QSocketNotifier>(endingPipe[0], QSocketNotifier::Read);
+    notifier_ = std::make_unique<QSocketNotifier>(ends[0], QSocketNotifier::Read);
     QObject::connect(notifier_.get(), &QSocketNotifier::activated, [] {
         char byte = 0;
-        while (read(endingPipe[0], &byte, 1) == 1)
+        while (read(endingPipe[0].number(), &byte, 1) == 1)
             requestTermination();
     });
     struct sigaction action {};
@@ -56,10 +59,7 @@ EndingSignals::~EndingSignals() {
             std::signal(number, SIG_DFL);
     }
     notifier_.reset();
-    for (int& end : endingPipe) {
-        close(end);
-        end = -1;
-    }
+    endingPipe = {};
 }
 
 bool endingSignalHasCome() {

@@ -1,4 +1,4 @@
-// SIGTERM, SIGINT and SIGHUP end the application the normal way.
+// Lets SIGTERM, SIGINT and SIGHUP end the application normally.
 #pragma once
 
 #include <memory>
@@ -7,8 +7,8 @@ class QSocketNotifier;
 
 namespace paperline {
 
-// Lives as long as signals are to be heard; one at a time, made on the main thread behind the
-// application object. A signal that the process was started to ignore stays ignored.
+// Handles the signals while it lives. Only one at a time, on the main thread, while the application
+// object exists. Signals that were ignored at the start of the process stay ignored.
 class EndingSignals {
 public:
     EndingSignals();
@@ -20,8 +20,8 @@ private:
     std::unique_ptr<QSocketNotifier> notifier_;
 };
 
-// True as soon as a signal has come to the present or the last one of these, long before a main
-// loop that is busy hears of it. Any thread.
+// True once the current or the last EndingSignals received a signal, even if the main loop is too
+// busy to react. May be called on any thread.
 bool endingSignalHasCome();
 
 } // namespace paperline

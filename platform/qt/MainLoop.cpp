@@ -70,7 +70,7 @@ DelayedMessagesHold::DelayedMessagesHold() {
 DelayedMessagesHold::~DelayedMessagesHold() {
     if (--holdCount > 0)
         return;
-    // Queued, not called: whoever ends the hold is still in the middle of its work.
+    // Posted, not called: the code that ends the hold has not finished its work.
     for (std::function<void()>& action : std::exchange(waitingActions(), {}))
         postToMainThread([action = std::move(action)]() mutable { runOrWait(std::move(action)); });
 }
@@ -93,7 +93,7 @@ void resetTerminationRequest() {
 }
 
 void repaintWithoutInput() {
-    // What falls due while windows repaint waits: the caller is in the middle of a page.
+    // The caller is in the middle of a page: delayed actions must wait.
     const DelayedMessagesHold hold;
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }
