@@ -169,7 +169,7 @@ void AppDelegate::writeSettingsAtTermination() {
     profile["ShowInFinder"] = PropertyListValue(int64_t{profileShowInFinder});
     root[key] = PropertyListValue(std::move(profile));
 
-    if (!writePropertyListAtomically(path, root))
+    if (!writeSettingsFile(path, root))
         traceText("settings not written", path);
 }
 
@@ -183,7 +183,7 @@ void AppDelegate::writeDefaultSetting(QObject* /*ignored*/) {
     PropertyListDictionary root;
     root["Corvane"] =
         PropertyListValue(std::move(profile)); // the company word, no user/product key
-    if (!writePropertyListAtomically(settingsFileToWrite(mCurrentPath), root))
+    if (!writeSettingsFile(settingsFileToWrite(mCurrentPath), root))
         traceText("settings not written", settingsFileToWrite(mCurrentPath));
 }
 

@@ -1,6 +1,7 @@
 #include "base/StringsFile.h"
 
 #include "platform/host/Utf.h"
+#include "platform/host/Utf16.h"
 
 #include <algorithm>
 #include <optional>
@@ -9,46 +10,6 @@
 
 namespace paperline {
 namespace {
-
-bool isHighSurrogate(uint32_t unit) {
-    return unit >= 0xD800 && unit < 0xDC00;
-}
-bool isLowSurrogate(uint32_t unit) {
-    return unit >= 0xDC00 && unit < 0xE000;
-}
-uint32_t joinSurrogates(uint32_t high, uint32_t low) {
-    return 0x10000 + ((high - 0xD800) << 10) + (low - 0xDC00);
-}
-
-// Text up to the first invalid character.
-struct DecodedText {
-    std::string utf8;
-    bool whole = true;
-};
-
-DecodedText decodeUtf16(std::span<const uint8_t> bytes, bool bigEndian) {
-    DecodedText decoded;
-    const auto unitAt = [&](size_t i) -> uint32_t {
-        return bigEndian ? static_cast<uint32_t>(bytes[i] << 8 | bytes[i + 1])
-                         : static_cast<uint32_t>(bytes[i + 1] << 8 | bytes[i]);
-    };
-    size_t i = 0;
-    for (; i + 1 < bytes.size(); i += 2) {
-        const uint32_t unit = unitAt(i);
-        if (isHighSurrogate(unit)) {
-            if (i + 3 >= bytes.size() || !isLowSurrogate(unitAt(i + 2)))
-                break;
-            appendUtf8(decoded.utf8, joinSurrogates(unit, unitAt(i + 2)));
-            i += 2;
-        } else if (isLowSurrogate(unit)) {
-            break;
-        } else {
-            appendUtf8(decoded.utf8, unit);
-        }
-    }
-    decoded.whole = i == bytes.size();
-    return decoded;
-}
 
 DecodedText decodeUtf8(std::span<const uint8_t> bytes) {
     std::string text(bytes.begin(), bytes.end());

@@ -1,11 +1,10 @@
-// Reads the few entries of a bundle's Info.plist that the manager needs. The manager is loaded into
-// other makers' programs and brings no library along, so this is a small reader of its own.
+// The entries of a bundle's Info.plist that the manager needs.
 #pragma once
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
-#include <string_view>
 
 namespace paperline::dsm {
 
@@ -16,9 +15,8 @@ struct BundleInfo {
     bool fallback = false;  // PaperlineFallback: listed only when nothing else is there
 };
 
-// Nothing when the text is damaged, or has no CFBundleExecutable that is a plain file name. Entries
-// of other keys may hold any value; only the entries of the outermost dictionary count.
-[[nodiscard]] std::optional<BundleInfo> parseBundleInfo(std::string_view xml);
+// Nothing when the property list is damaged or has no CFBundleExecutable that is a plain file name.
+[[nodiscard]] std::optional<BundleInfo> parseBundleInfo(std::span<const uint8_t> propertyList);
 
 // Nothing, too, when there is no such regular file or it is larger than largestInfoPlistBytes.
 [[nodiscard]] std::optional<BundleInfo> readBundleInfo(const std::string& path);

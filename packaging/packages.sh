@@ -4,7 +4,7 @@ build_packages="
     g++ cmake ninja-build pkg-config ccache
     qt6-base-dev qt6-pdf-dev libgl-dev
     libqpdf-dev libjpeg-dev libpng-dev libdeflate-dev libgif-dev libtiff-dev libexif-dev
-    libplist-dev libicu-dev libsane-dev
+    libexpat1-dev libicu-dev libsane-dev
 "
 
 # What the program needs to show its window and reach scanners.

@@ -2,12 +2,9 @@
 
 #include "platform/files/FileContent.h"
 #include "platform/files/Files.h"
-#include "platform/plist/PropertyListCheck.h"
-#include "platform/plist/PropertyListLibrary.h"
+#include "platform/plist/PropertyListForms.h"
 
 #include <charconv>
-#include <cmath>
-#include <span>
 #include <string_view>
 
 namespace paperline {
@@ -25,11 +22,13 @@ std::optional<int64_t> leadingInteger(std::string_view text) {
     return number;
 }
 
-std::optional<int64_t> wholePart(double number) {
+std::optional<int64_t> wholePart(std::string_view real) {
     constexpr double limit = 9223372036854775808.0; // 2^63
-    if (!(number >= -limit && number < limit))
+    double number = 0;
+    if (std::from_chars(real.data(), real.data() + real.size(), number).ec != std::errc() ||
+        !(number >= -limit && number < limit))
         return std::nullopt;
-    return static_cast<int64_t>(std::trunc(number));
+    return static_cast<int64_t>(number);
 }
 
 } // namespace
@@ -43,33 +42,27 @@ std::optional<int64_t> PropertyListValue::asInteger() const {
                    : std::nullopt;
     if (const auto* flag = std::get_if<bool>(&value_))
         return *flag ? 1 : 0;
-    if (const auto* number = std::get_if<double>(&value_))
-        return wholePart(*number);
+    if (const auto* other = std::get_if<PropertyListOther>(&value_))
+        return other->element == "real" ? wholePart(other->text) : std::nullopt;
     if (const std::string* text = asString())
         return leadingInteger(*text);
     return std::nullopt;
 }
 
-std::optional<PropertyListDictionary> parsePropertyList(const std::vector<uint8_t>& bytes) {
-    std::span<const uint8_t> content(bytes);
-    std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-    const bool binary = text.starts_with("bplist00");
-    constexpr std::string_view mark = "\xEF\xBB\xBF"; // the library does not know it
-    if (text.starts_with(mark)) {
-        text.remove_prefix(mark.size());
-        content = content.subspan(mark.size());
-    }
-    if (binary ? !isSoundBinaryPropertyList(content) : !isSoundXmlPropertyList(text))
+std::optional<PropertyListDictionary> parsePropertyList(std::span<const uint8_t> bytes) {
+    const std::string_view start(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    std::optional<PropertyListValue> root = start.starts_with("bplist00")
+                                                ? parseBinaryPropertyList(bytes)
+                                                : parseXmlPropertyList(bytes);
+    if (!root || root->asDictionary() == nullptr)
         return std::nullopt;
-    const std::optional<PropertyListValue> value = valueFromBytes(content, binary);
-    const PropertyListDictionary* root = value ? value->asDictionary() : nullptr;
-    return root != nullptr ? std::optional(*root) : std::nullopt;
+    return *root->asDictionary();
 }
 
 PropertyListFile readPropertyList(const std::string& path) {
     if (!fileExists(path))
         return {};
-    const auto bytes = readFile(path, PropertyListLimits::fileBytes);
+    const auto bytes = readFile(path, propertyListLimits.fileBytes);
     std::optional<PropertyListDictionary> root =
         bytes ? parsePropertyList(*bytes) : std::optional<PropertyListDictionary>();
     if (!root)
@@ -78,7 +71,7 @@ PropertyListFile readPropertyList(const std::string& path) {
 }
 
 std::optional<std::vector<uint8_t>> serialisePropertyList(const PropertyListDictionary& root) {
-    const std::optional<std::string> xml = xmlFromValue(PropertyListValue(root));
+    const std::optional<std::string> xml = xmlOfPropertyList(root);
     if (!xml)
         return std::nullopt;
     return std::vector<uint8_t>(xml->begin(), xml->end());

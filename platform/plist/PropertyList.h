@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <span>
 #include <string>
 #include <variant>
 #include <vector>
@@ -14,23 +15,21 @@ class PropertyListValue;
 using PropertyListArray = std::vector<PropertyListValue>;
 using PropertyListDictionary = std::map<std::string, PropertyListValue>;
 
-struct PropertyListDate {
-    double secondsSince2001 = 0; // 2001-01-01T00:00:00Z
-    bool operator==(const PropertyListDate&) const = default;
+// A real, a date or a datum as XML writes it: <real>0.25</real>. This program has no use for them,
+// so that they only survive a read and a write.
+struct PropertyListOther {
+    std::string element; // "real", "date" or "data"
+    std::string text;
+    bool operator==(const PropertyListOther&) const = default;
 };
-using PropertyListData = std::vector<uint8_t>;
 
-// One value of any type that a property list can hold. Values of types this program has no use for
-// survive a read and a write unchanged.
 class PropertyListValue {
 public:
     using Storage = std::variant<std::string,
                                  int64_t,
                                  uint64_t,
                                  bool,
-                                 double,
-                                 PropertyListDate,
-                                 PropertyListData,
+                                 PropertyListOther,
                                  PropertyListArray,
                                  PropertyListDictionary>;
 
@@ -39,9 +38,8 @@ public:
     PropertyListValue(const char* text) : value_(std::string(text)) {}
 
     const Storage& storage() const { return value_; }
-    // The value as the type asked for; nothing for another type. A number stored as real or boolean
-    // counts as integer, and a string holding a number does too ("3" is 3), as the platform's
-    // integer reading does.
+    // Nothing for a value without a number. A real is cut to its whole part, a boolean is 0 or 1,
+    // and of a string the number at its start counts: "12abc" is 12.
     std::optional<int64_t> asInteger() const;
     const std::string* asString() const { return std::get_if<std::string>(&value_); }
     const PropertyListDictionary* asDictionary() const {
@@ -61,7 +59,9 @@ struct PropertyListFile {
 
 // damaged: the file is there but cannot be read or parsed, or its root is no dictionary.
 PropertyListFile readPropertyList(const std::string& path);
-std::optional<PropertyListDictionary> parsePropertyList(const std::vector<uint8_t>& bytes);
+// XML in an encoding that it declares or marks, or the binary form "bplist00". Nothing for damaged
+// bytes, for more than 64 levels or 200,000 values, and for XML that declares entities.
+std::optional<PropertyListDictionary> parsePropertyList(std::span<const uint8_t> bytes);
 // XML form; nothing when a text is not valid UTF-8 or holds a character that XML cannot.
 std::optional<std::vector<uint8_t>> serialisePropertyList(const PropertyListDictionary& root);
 [[nodiscard]] bool writePropertyListAtomically(const std::string& path,

@@ -4,17 +4,16 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
-#include <string_view>
 
 namespace paperline::sources {
 
-// The index that the bundle's file names now; 0 without a file or without an index in it. Property
-// lists in XML are understood, which is what the application writes.
+// The index that the bundle's file names now; 0 without a file or without an index in it.
 [[nodiscard]] int32_t languageOfBundle(const std::string& bundlePath);
 
-// The same of the file's text.
-[[nodiscard]] int32_t languageOfPropertyList(std::string_view xml);
+// The same for the file's bytes.
+[[nodiscard]] int32_t languageOfPropertyList(std::span<const uint8_t> bytes);
 
 // The sentence for a condition code (TWCC_) in that language; null where there is none and the
 // source's own English words stay.

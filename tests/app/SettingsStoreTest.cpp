@@ -215,6 +215,25 @@ TEST_F(SettingsStoreTest, ChangesNothingForADamagedFile) {
     EXPECT_EQ(*find(written(), "ScannerName")->asString(), "kept"); // replaced by a whole one
 }
 
+TEST_F(SettingsStoreTest, SetsADamagedFileAsideBeforeItIsReplaced) {
+    const auto damage = [this](std::string_view text) {
+        return writeFile(file_, {reinterpret_cast<const uint8_t*>(text.data()), text.size()});
+    };
+    const auto textOf = [](const std::string& path) {
+        const auto bytes = readFile(path).value_or(std::vector<uint8_t>());
+        return std::string(bytes.begin(), bytes.end());
+    };
+    ASSERT_TRUE(damage("<plist><dict><key>first"));
+    controller_->writeSettingsAtTermination();
+    ASSERT_TRUE(damage("<plist><dict><key>second"));
+    controller_->writeSettingsAtTermination();
+    EXPECT_EQ(textOf(file_ + ".damaged"), "<plist><dict><key>first");
+    EXPECT_EQ(textOf(file_ + ".damaged 2"), "<plist><dict><key>second");
+    EXPECT_TRUE(find(written(), "Language") != nullptr);
+    controller_->writeSettingsAtTermination(); // of a whole file nothing is set aside
+    EXPECT_FALSE(fileExists(file_ + ".damaged 3"));
+}
+
 TEST_F(SettingsStoreTest, WritesWhatIsInForceAndKeepsUnknownKeys) {
     PropertyListDictionary old = profile("/old", 0, 0, 0);
     old["Theme"] = "dark";

@@ -13,18 +13,21 @@ using test::infoPlist;
 using test::TestPlaces;
 using test::writeText;
 
+std::optional<BundleInfo> infoIn(std::string_view text) {
+    return parseBundleInfo({reinterpret_cast<const uint8_t*>(text.data()), text.size()});
+}
+
 TEST(InfoPlist, ReadsTheExecutableAmongEntriesOfEveryType) {
-    const auto info =
-        parseBundleInfo("\xef\xbb\xbf<?xml version=\"1.0\"?>\n"
-                        "<!-- a comment with <key>CFBundleExecutable</key> -->\n"
-                        "<plist version='1.0'><dict>\n"
-                        "<key>Numbers</key><array><integer>1</integer></array>\n"
-                        "<key>Empty</key><string/>\n"
-                        "<key>Made</key><date>2024-01-01T00:00:00Z</date>\n"
-                        "<key>Inner</key><dict><key>CFBundleExecutable</key>"
-                        "<string>inner</string><key>x</key><dict/></dict>\n"
-                        "<key>CFBundleExecutable</key><string>scan &amp; more</string>\n"
-                        "<key>Yes</key><true/></dict></plist>");
+    const auto info = infoIn("\xef\xbb\xbf<?xml version=\"1.0\"?>\n"
+                             "<!-- a comment with <key>CFBundleExecutable</key> -->\n"
+                             "<plist version='1.0'><dict>\n"
+                             "<key>Numbers</key><array><integer>1</integer></array>\n"
+                             "<key>Empty</key><string/>\n"
+                             "<key>Made</key><date>2024-01-01T00:00:00Z</date>\n"
+                             "<key>Inner</key><dict><key>CFBundleExecutable</key>"
+                             "<string>inner</string><key>x</key><dict/></dict>\n"
+                             "<key>CFBundleExecutable</key><string>scan &amp; more</string>\n"
+                             "<key>Yes</key><true/></dict></plist>");
     ASSERT_TRUE(info);
     EXPECT_EQ(info->executable, "scan & more");
     EXPECT_FALSE(info->fallback);
@@ -32,7 +35,7 @@ TEST(InfoPlist, ReadsTheExecutableAmongEntriesOfEveryType) {
 
 TEST(InfoPlist, ReadsTheFallbackMarkInEveryFormThatSaysYes) {
     const auto fallback = [](const std::string& value) {
-        const auto info = parseBundleInfo(infoPlist("x", "<key>PaperlineFallback</key>" + value));
+        const auto info = infoIn(infoPlist("x", "<key>PaperlineFallback</key>" + value));
         return info && info->fallback;
     };
     EXPECT_TRUE(fallback("<true/>"));
@@ -45,19 +48,19 @@ TEST(InfoPlist, ReadsTheFallbackMarkInEveryFormThatSaysYes) {
 }
 
 TEST(InfoPlist, SkipsADeclarationWithAnInternalSubset) {
-    const auto info = parseBundleInfo("<!DOCTYPE plist [ <!ELEMENT plist ANY> ]><plist><dict>"
-                                      "<key>CFBundleExecutable</key><string>x</string>"
-                                      "</dict></plist>");
+    const auto info = infoIn("<!DOCTYPE plist [ <!ELEMENT plist ANY> ]><plist><dict>"
+                             "<key>CFBundleExecutable</key><string>x</string>"
+                             "</dict></plist>");
     ASSERT_TRUE(info);
     EXPECT_EQ(info->executable, "x");
 }
 
-TEST(InfoPlist, TakesNoTextThatEndsBeforeItsDictionaryDoes) {
+TEST(InfoPlist, TakesNoTextThatEndsBeforeItsListDoes) {
     const std::string whole = infoPlist("source");
-    const size_t end = whole.find("</dict>") + std::string("</dict>").size();
+    const size_t end = whole.find("</plist>") + std::string("</plist>").size();
     for (size_t length = 0; length < end; ++length)
-        EXPECT_FALSE(parseBundleInfo(whole.substr(0, length))) << length;
-    EXPECT_TRUE(parseBundleInfo(whole.substr(0, end)));
+        EXPECT_FALSE(infoIn(whole.substr(0, length))) << length;
+    EXPECT_TRUE(infoIn(whole.substr(0, end)));
 }
 
 TEST(InfoPlist, SurvivesEveryByteReplaced) {
@@ -66,7 +69,7 @@ TEST(InfoPlist, SurvivesEveryByteReplaced) {
         for (const char byte : {'<', '>', '/', '[', '\0', '\xff', '-'}) {
             std::string damaged = whole;
             damaged[at] = byte;
-            if (const auto info = parseBundleInfo(damaged)) {
+            if (const auto info = infoIn(damaged)) {
                 EXPECT_EQ(info->executable.find('/'), std::string::npos);
                 EXPECT_FALSE(info->executable.empty());
             }
@@ -76,24 +79,24 @@ TEST(InfoPlist, SurvivesEveryByteReplaced) {
 
 TEST(InfoPlist, TakesOnlyAPlainFileNameAsExecutable) {
     for (const char* name : {"", ".", "..", "../evil", "a/b", "/bin/true"})
-        EXPECT_FALSE(parseBundleInfo(infoPlist(name))) << name;
-    EXPECT_FALSE(parseBundleInfo(infoPlist(std::string("a\0b", 3))));
-    EXPECT_FALSE(parseBundleInfo(infoPlist(std::string(256, 'x'))));
-    EXPECT_FALSE(parseBundleInfo("<plist><dict/></plist>"));
-    EXPECT_FALSE(parseBundleInfo("<plist><dict><key>CFBundleExecutable</key>"
-                                 "<array/></dict></plist>"));
-    EXPECT_FALSE(parseBundleInfo("<plist><array/></plist>"));
-    EXPECT_FALSE(parseBundleInfo("bplist00\xd1\x01\x02"));
+        EXPECT_FALSE(infoIn(infoPlist(name))) << name;
+    EXPECT_FALSE(infoIn(infoPlist(std::string("a\0b", 3))));
+    EXPECT_FALSE(infoIn(infoPlist(std::string(256, 'x'))));
+    EXPECT_FALSE(infoIn("<plist><dict/></plist>"));
+    EXPECT_FALSE(infoIn("<plist><dict><key>CFBundleExecutable</key>"
+                        "<array/></dict></plist>"));
+    EXPECT_FALSE(infoIn("<plist><array/></plist>"));
+    EXPECT_FALSE(infoIn("bplist00\xd1\x01\x02"));
 }
 
-TEST(InfoPlist, CountsDeepNestingInsteadOfFollowingIt) {
+TEST(InfoPlist, RefusesDeepNesting) {
     std::string deep;
     for (int i = 0; i < 20000; ++i)
         deep += "<array>";
-    EXPECT_FALSE(parseBundleInfo(infoPlist("x", "<key>Deep</key>" + deep)));
+    EXPECT_FALSE(infoIn(infoPlist("x", "<key>Deep</key>" + deep)));
     for (int i = 0; i < 20000; ++i)
         deep += "</array>";
-    EXPECT_TRUE(parseBundleInfo(infoPlist("x", "<key>Deep</key>" + deep)));
+    EXPECT_FALSE(infoIn(infoPlist("x", "<key>Deep</key>" + deep)));
 }
 
 TEST(InfoPlistFile, IsARegularFileOfBoundedSize) {

@@ -7,7 +7,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count) {
     using namespace paperline;
-    const auto root = parsePropertyList({bytes, bytes + count});
+    const auto root = parsePropertyList({bytes, count});
     if (!root)
         return 0;
     const auto written = serialisePropertyList(*root);

@@ -42,7 +42,7 @@ QT_ROOMS = {"platform/qt", "controller", "viewer", "ui", "app"}
 QT_HEADER = re.compile(r"^Q[A-Za-z]|^Qt")
 # Library header -> the only room, or the only files, that may include it.
 ADAPTERS = {
-    r"^plist/": r"^platform/plist/",
+    r"^expat\.h$": r"^platform/plist/",
     r"^unicode/": r"^platform/host/",
     r"^(jpeglib|jerror|turbojpeg)\.h$": r"^codecs/jpeg/",
     r"^(png|libdeflate)\.h$": r"^codecs/png/",

@@ -21,6 +21,10 @@ std::string plist(const std::string& entries) {
            entries + "</dict>\n</plist>\n";
 }
 
+int32_t languageIn(std::string_view text) {
+    return languageOfPropertyList({reinterpret_cast<const uint8_t*>(text.data()), text.size()});
+}
+
 std::string profile(const std::string& entries) {
     return "\t<key>Default</key>\n\t<dict>\n" + entries + "\t</dict>\n";
 }
@@ -28,25 +32,22 @@ std::string profile(const std::string& entries) {
 const std::string swedishEntry = "\t\t<key>Language</key>\n\t\t<integer>24</integer>\n";
 
 TEST(LanguageOfPropertyList, IsTheDefaultProfilesEntry) {
-    EXPECT_EQ(languageOfPropertyList(plist(profile(swedishEntry))), swedish);
-    EXPECT_EQ(languageOfPropertyList(
-                  plist(profile("<key>Dpi</key><integer>300</integer>" + swedishEntry))),
+    EXPECT_EQ(languageIn(plist(profile(swedishEntry))), swedish);
+    EXPECT_EQ(languageIn(plist(profile("<key>Dpi</key><integer>300</integer>" + swedishEntry))),
               swedish);
-    EXPECT_EQ(
-        languageOfPropertyList(plist(profile("<key>Language</key> <integer>\n 7 </integer>"))), 7);
+    EXPECT_EQ(languageIn(plist(profile("<key>Language</key> <integer>\n 7 </integer>"))), 7);
 }
 
 TEST(LanguageOfPropertyList, IsNotTheOneOfAnotherContainer) {
     const std::string other = "<key>Language</key><integer>5</integer>";
-    EXPECT_EQ(languageOfPropertyList(plist(other)), 0);
-    EXPECT_EQ(languageOfPropertyList(plist("<key>Other</key><dict>" + other + "</dict>")), 0);
-    EXPECT_EQ(languageOfPropertyList(plist(profile("<key>Inner</key><dict>" + other + "</dict>"))),
-              0);
-    EXPECT_EQ(languageOfPropertyList(plist(profile("<key>Inner</key><array><dict>" + other +
-                                                   "</dict></array>" + swedishEntry))),
+    EXPECT_EQ(languageIn(plist(other)), 0);
+    EXPECT_EQ(languageIn(plist("<key>Other</key><dict>" + other + "</dict>")), 0);
+    EXPECT_EQ(languageIn(plist(profile("<key>Inner</key><dict>" + other + "</dict>"))), 0);
+    EXPECT_EQ(languageIn(plist(profile("<key>Inner</key><array><dict>" + other + "</dict></array>" +
+                                       swedishEntry))),
               swedish);
-    EXPECT_EQ(languageOfPropertyList(plist(profile("") + other)), 0);
-    EXPECT_EQ(languageOfPropertyList(plist("<!-- <key>Default</key><dict>" + other + " -->")), 0);
+    EXPECT_EQ(languageIn(plist(profile("") + other)), 0);
+    EXPECT_EQ(languageIn(plist("<!-- <key>Default</key><dict>" + other + " -->")), 0);
 }
 
 TEST(LanguageOfPropertyList, IsEnglishForDamage) {
@@ -59,7 +60,7 @@ TEST(LanguageOfPropertyList, IsEnglishForDamage) {
                              "<dict><key>Default</key><dict><key>Language</key><integer>many",
                              "<dict><key>Default</key><dict><key>Language</key><integer>"
                              "99999999999999999999</integer>"})
-        EXPECT_EQ(languageOfPropertyList(text), 0) << text;
+        EXPECT_EQ(languageIn(text), 0) << text;
 }
 
 TEST(LocalizedConditionText, LeavesEnglishAndUnknownLanguagesToTheSource) {
