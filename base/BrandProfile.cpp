@@ -11,8 +11,8 @@ namespace {
 constexpr const char* hastellCopyright = "Copyright (c) %d Hastell. All rights reserved";
 constexpr const char* corvaneCopyright = "Copyright (c) %d Corvane. All rights reserved";
 
-// Deliberate: brand 2 announces "Corvane" to TWAIN, brand 3 has brand 1's identity, and brands 5 to
-// 7 announce "Hatsell" although their copyright line says "Hastell".
+// Kept as they are: brand 2 announces "Corvane" to TWAIN, brand 3 shares brand 1's identity, and
+// brands 5 to 7 announce "Hatsell", unlike their copyright line.
 constexpr std::array<BrandProfile, 9> profiles{{
     {.productName = "Paperline",
      .copyrightFormat = "Copyright (c) %d. All rights reserved",
@@ -92,7 +92,7 @@ constexpr std::array<BrandProfile, 9> profiles{{
      .sourceBrandWord = "Hastell",
      .savesJpegByDefault = true,
      .offersPng = true},
-    // Any other number: brand 1 without JPEG as the default format.
+    // Any other number: brand 1's names; JPEG is the default of the listed brands only.
     {.productName = "Corvane Paperline",
      .copyrightFormat = corvaneCopyright,
      .twainManufacturer = "Corvane",

@@ -1,4 +1,4 @@
-// Names and features of the eight brands. Other numbers have a profile of their own.
+// Names and constants of the eight brands. Any other number behaves as the entry after the table.
 #pragma once
 
 #include <cstdint>
@@ -6,7 +6,7 @@
 
 namespace paperline {
 
-extern uint32_t gBrandNumber; // set by AppDelegate::init
+extern uint32_t gBrandNumber; // set by AppDelegate::init, never changed afterwards
 
 struct BrandProfile {
     const char* productName;     // About panel and window title
@@ -17,13 +17,13 @@ struct BrandProfile {
     const char* aboutKey; // application-menu texts
     const char* hideKey;
     const char* quitKey;
-    const char* sourceBrandWord; // in the manufacturer of its sources (brand 0: product family)
-    const char* sourceSecondBrandWord = nullptr; // alternative
+    const char* sourceBrandWord; // a source's maker must hold it (brand 0: its product family)
+    const char* sourceSecondBrandWord = nullptr; // or this one
     const char* supportedLanguages = "";         // "00,01,..."; empty: all 27
-    bool hasSaveCommand = true;      // Floppy icons, tooltip and File-menu entry of the save switch
+    bool hasSaveCommand = true; // the save switch has Floppy icons, a tooltip, a File-menu entry
     bool savesJpegByDefault = false; // else BMP
-    bool offersPng = false;          // in the format list
-    bool patchesMetadata = false;    // writes the scanner's maker and model into saved files
+    bool offersPng = false;          // PNG stands in the format list
+    bool patchesMetadata = false;    // scanner's maker and model go into saved files
 };
 
 const BrandProfile& brandProfile(uint32_t brandNumber);

@@ -45,9 +45,9 @@ private:
     void append(const std::string& entry);
 };
 
-extern CvOutputLog* gOutputLog; // created first by AppDelegate::init
+extern CvOutputLog* gOutputLog; // made by AppDelegate::init before anything else
 
-// Traces the start ("In ") and the end ("Out") of an operation.
+// Traces "In " when made and "Out" when it goes: one per operation, at its start.
 class TraceScope {
 public:
     explicit TraceScope(const char* operation) : operation_(operation) { write("In "); }

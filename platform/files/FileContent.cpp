@@ -1,14 +1,12 @@
 #include "platform/files/FileContent.h"
 
-#include "platform/files/Descriptor.h"
+#include "platform/files/Files.h"
 #include "platform/files/NewFile.h"
 #include "platform/files/PathText.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <fcntl.h>
-#include <new>
-#include <sys/stat.h>
+#include <exception>
 #include <unistd.h>
 
 namespace paperline {
@@ -58,23 +56,13 @@ std::optional<Bytes> readContent(const std::string& path, uint64_t maximumBytes)
             }
             capacity += std::max<size_t>(capacity / 2, 4096);
         }
-    } catch (const std::bad_alloc&) {
+    } catch (const std::exception&) { // no memory, or a size that no container can have
         return std::nullopt;
     }
 }
 
-bool somethingIsThere(const std::string& path) {
-    struct stat status = {};
-    return ::lstat(path.c_str(), &status) == 0;
-}
-
-bool isRegularFile(const std::string& path) {
-    struct stat status = {};
-    return ::lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
-}
-
 bool moveContent(const std::string& from, const std::string& to, bool sync) {
-    if (somethingIsThere(to))
+    if (statusOf(to))
         return false;
     // Sync the bytes before the name: a crash must not leave an empty file under it.
     if (sync) {
@@ -137,9 +125,8 @@ bool writeFileAtomically(const std::string& path, std::span<const uint8_t> bytes
     if (!file.isOpen() || !writeAll(file.descriptor(), bytes))
         return false;
     // An existing file keeps its permissions.
-    struct stat status = {};
-    if (::lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode))
-        (void)::fchmod(file.descriptor(), status.st_mode & 0777);
+    if (const auto status = statusOf(path); status && S_ISREG(status->st_mode))
+        (void)::fchmod(file.descriptor(), status->st_mode & 0777);
     if (!syncFile(file.descriptor()) || !file.replaceTarget())
         return false;
     syncFolderOf(path);
@@ -149,7 +136,7 @@ bool writeFileAtomically(const std::string& path, std::span<const uint8_t> bytes
 CreateResult createFileWhole(const std::string& path,
                              std::span<const uint8_t> bytes,
                              const AwaitBytes& awaitBytes) {
-    if (somethingIsThere(path))
+    if (statusOf(path))
         return CreateResult::alreadyThere;
     NewFile file(path);
     if (!file.isOpen())
@@ -174,11 +161,14 @@ CreateResult createFileWhole(const std::string& path,
 }
 
 bool copyFile(const std::string& from, const std::string& to) {
-    return !somethingIsThere(to) && copyContent(from, to, O_RDONLY, false);
+    return !statusOf(to) && copyContent(from, to, O_RDONLY, false);
 }
 
 bool linkOrCopyFile(const std::string& from, const std::string& to) {
-    return (isRegularFile(from) && ::link(from.c_str(), to.c_str()) == 0) || copyFile(from, to);
+    const std::optional<struct stat> status = statusOf(from);
+    const bool isLinked =
+        status && S_ISREG(status->st_mode) && ::link(from.c_str(), to.c_str()) == 0;
+    return isLinked || copyFile(from, to);
 }
 
 bool moveFile(const std::string& from, const std::string& to) {

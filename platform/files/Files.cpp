@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace paperline {
@@ -28,6 +27,11 @@ bool isOwnPrivateFolder(const std::string& path) {
 
 } // namespace
 
+std::optional<struct stat> statusOf(const std::string& path) {
+    struct stat status = {};
+    return ::lstat(path.c_str(), &status) == 0 ? std::optional(status) : std::nullopt;
+}
+
 bool fileExists(const std::string& path) {
     struct stat status = {};
     return ::stat(path.c_str(), &status) == 0;
@@ -44,10 +48,9 @@ bool isWritable(const std::string& path) {
 }
 
 bool ownedByUserOrRoot(const std::string& path) {
-    struct stat status = {};
-    if (::lstat(withoutTrailingSlashes(path).c_str(), &status) != 0 || S_ISLNK(status.st_mode))
-        return false;
-    return status.st_uid == ::geteuid() || status.st_uid == 0;
+    const std::optional<struct stat> status = statusOf(withoutTrailingSlashes(path));
+    return status && !S_ISLNK(status->st_mode) &&
+           (status->st_uid == ::geteuid() || status->st_uid == 0);
 }
 
 bool createFolder(const std::string& path) {

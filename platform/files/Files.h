@@ -2,11 +2,15 @@
 // are UTF-8.
 #pragma once
 
+#include <optional>
 #include <string>
+#include <sys/stat.h>
 #include <vector>
 
 namespace paperline {
 
+// Of a link, not of what it points to. Nothing if nothing has that name.
+std::optional<struct stat> statusOf(const std::string& path);
 bool fileExists(const std::string& path); // a file or a folder; a dangling link does not exist
 bool folderExists(const std::string& path);
 bool isWritable(const std::string& path); // for a folder: entries can be created in it

@@ -1,12 +1,11 @@
 #include "platform/files/NewFile.h"
 
+#include "platform/files/Files.h"
 #include "platform/files/PathText.h"
 
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace paperline {
@@ -38,11 +37,6 @@ int renameOverOwnEmptyFile(const std::string& from, const std::string& to) {
     return failure;
 }
 
-bool isFolder(const std::string& path) {
-    struct stat status = {};
-    return ::lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
-}
-
 } // namespace
 
 int renameWithoutReplacing(const std::string& from, const std::string& to) {
@@ -50,7 +44,7 @@ int renameWithoutReplacing(const std::string& from, const std::string& to) {
         return 0;
     if (errno != EINVAL && errno != ENOSYS && errno != ENOTSUP)
         return errno;
-    if (isFolder(from))
+    if (const auto status = statusOf(from); status && S_ISDIR(status->st_mode))
         return ENOTSUP;
     if (::link(from.c_str(), to.c_str()) == 0) {
         if (::unlink(from.c_str()) == 0)

@@ -8,7 +8,6 @@
 #include <climits>
 #include <cstring>
 #include <optional>
-#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
@@ -53,10 +52,8 @@ std::string defaultScratchRoot() {
 
 // True for links, too: another user may have made them.
 bool belongsToAnotherUser(const std::string& path) {
-    struct stat status = {};
-    if (::lstat(path.c_str(), &status) != 0)
-        return false;
-    return S_ISLNK(status.st_mode) || status.st_uid != ::geteuid();
+    const std::optional<struct stat> status = statusOf(path);
+    return status && (S_ISLNK(status->st_mode) || status->st_uid != ::geteuid());
 }
 
 bool fixedNamesAreOurs(const std::string& root) {

@@ -1,10 +1,10 @@
 #include "sources/framework/OptionLines.h"
 
 #include "platform/files/FileContent.h"
-#include "platform/host/Environment.h"
 #include "platform/places/StandardFolders.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace paperline::sources {
 
@@ -52,7 +52,8 @@ std::vector<OptionSetting> storedOptions(const std::string& product) {
 }
 
 std::vector<OptionSetting> scanOptions() {
-    return parseOptionSettings(environment("PAPERLINE_SOURCE_OPTIONS"));
+    const char* text = std::getenv("PAPERLINE_SOURCE_OPTIONS");
+    return text != nullptr ? parseOptionSettings(text) : std::vector<OptionSetting>{};
 }
 
 } // namespace paperline::sources

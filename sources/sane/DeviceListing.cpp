@@ -2,7 +2,6 @@
 
 #include "platform/files/FileContent.h"
 #include "platform/files/Files.h"
-#include "platform/host/Environment.h"
 #include "sources/worker/WorkerProcess.h"
 
 #include <algorithm>
@@ -22,9 +21,10 @@ constexpr size_t maximumDevices = 1000;
 constexpr const char* usualFolders = ".:/etc/sane.d";
 
 std::vector<std::string> configurationFolders() {
-    std::string folders = environment("SANE_CONFIG_DIR");
+    const char* set = std::getenv("SANE_CONFIG_DIR");
+    std::string folders = set != nullptr && *set != '\0' ? set : usualFolders;
     // A colon at the end asks for the usual folders as well.
-    if (folders.empty() || folders.ends_with(':'))
+    if (folders.ends_with(':'))
         folders += usualFolders;
     std::vector<std::string> parts;
     for (size_t start = 0; start <= folders.size();) {
@@ -84,8 +84,9 @@ public:
     SingleBackend() {
         if (const char* set = std::getenv("SANE_CONFIG_DIR"))
             before_ = set;
-        const std::string temporary = environment("TMPDIR");
-        folder_ = (temporary.starts_with('/') ? temporary : "/tmp") + "/paperline-sane-XXXXXX";
+        const char* temporary = std::getenv("TMPDIR");
+        folder_ = std::string(temporary != nullptr && *temporary == '/' ? temporary : "/tmp") +
+                  "/paperline-sane-XXXXXX";
         if (mkdtemp(folder_.data()) == nullptr)
             folder_.clear();
         // An empty one keeps the backends of other folders' from being switched on too.

@@ -1,7 +1,5 @@
 #include "sources/sane/OptionText.h"
 
-#include "platform/host/Utf.h"
-
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -20,6 +18,32 @@ std::string_view trimmed(std::string_view text) {
     if (start == std::string_view::npos)
         return {};
     return text.substr(start, text.find_last_not_of(" \t") - start + 1);
+}
+
+// Length of the UTF-8 sequence that starts the text, 0 when none does.
+size_t sequenceLength(std::string_view text) {
+    const auto first = static_cast<unsigned char>(text[0]);
+    const size_t length = first < 0x80                    ? 1
+                          : first >= 0xC2 && first < 0xE0 ? 2
+                          : first >= 0xE0 && first < 0xF0 ? 3
+                          : first >= 0xF0 && first < 0xF5 ? 4
+                                                          : 0;
+    if (length > text.size())
+        return 0;
+    for (size_t i = 1; i < length; ++i)
+        if ((static_cast<unsigned char>(text[i]) & 0xC0) != 0x80)
+            return 0;
+    return length;
+}
+
+bool isUtf8(std::string_view text) {
+    while (!text.empty()) {
+        const size_t length = sequenceLength(text);
+        if (length == 0)
+            return false;
+        text.remove_prefix(length);
+    }
+    return true;
 }
 
 } // namespace
@@ -109,7 +133,20 @@ bool containsIgnoringCase(std::string_view text, std::string_view part) {
 std::string utf8FromDriver(const char* text) {
     if (text == nullptr)
         return {};
-    return isValidUtf8(text) ? text : utf8FromLatin1(text);
+    const std::string_view given = text;
+    if (isUtf8(given))
+        return std::string(given);
+    std::string converted;
+    for (const char character : given) {
+        const auto code = static_cast<unsigned char>(character);
+        if (code < 0x80) {
+            converted += character;
+        } else {
+            converted += static_cast<char>(0xC0 | (code >> 6));
+            converted += static_cast<char>(0x80 | (code & 0x3F));
+        }
+    }
+    return converted;
 }
 
 } // namespace paperline::sources
