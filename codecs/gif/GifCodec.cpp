@@ -1,7 +1,6 @@
 #include "codecs/gif/GifCodec.h"
 
 #include "codecs/gif/GifRows.h"
-#include "codecs/pixels/PageLayout.h"
 
 #include <memory>
 #include <new>

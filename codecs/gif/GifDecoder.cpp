@@ -120,18 +120,15 @@ bool hasUsualPlace(const GifFileType& gif) {
            !isFarTooLong(gif.SWidth, frame.Width) && !isFarTooLong(gif.SHeight, frame.Height);
 }
 
-bool hasFewPixels(const GifFileType& gif, uint64_t maximumPixels) {
-    return gif.SWidth > 0 && gif.SHeight > 0 &&
-           withinPixels(static_cast<uint64_t>(gif.SWidth),
-                        static_cast<uint64_t>(gif.SHeight),
-                        maximumPixels);
+PixelSize screenSize(const GifFileType& gif) {
+    return {static_cast<uint32_t>(gif.SWidth), static_cast<uint32_t>(gif.SHeight)};
 }
 
 std::optional<GifPicture> decode(std::span<const uint8_t> file, uint64_t maximumPixels) {
     const size_t fileBytes = file.size();
     const GifHandle gif(DGifOpen(&file, readBytes, nullptr));
     int transparent = NO_TRANSPARENT_COLOR;
-    if (!gif || !hasFewPixels(*gif, maximumPixels) || !findPicture(*gif, transparent))
+    if (!gif || !isWithin(screenSize(*gif), maximumPixels) || !findPicture(*gif, transparent))
         return std::nullopt;
     if (!hasPalette(*gif) || !hasUsualPlace(*gif))
         return std::nullopt;

@@ -1,11 +1,9 @@
 // JPEG files by libjpeg-turbo.
 #pragma once
 
-#include "codecs/pixels/BitmapImageRep.h"
 #include "codecs/pixels/DecodedImage.h"
 
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <span>
 #include <vector>
@@ -13,7 +11,7 @@
 namespace paperline {
 
 struct JpegOptions {
-    int quality = 75;            // 1 to 100, the library's own scale
+    int quality = 75;            // 1 to 100, libjpeg's scale
     uint16_t horizontalDpi = 72; // stored in the JFIF header
     uint16_t verticalDpi = 72;
 };
@@ -23,13 +21,9 @@ struct JpegOptions {
 [[nodiscard]] std::optional<std::vector<uint8_t>> encodeJpeg(const BitmapImageRep& page,
                                                              const JpegOptions& options);
 
-// With a known resolution the image's size in points follows from it.
-// `scaleDenominator` 1, 2, 4 or 8 decodes at reduced size. Damaged data gives nothing; data that
-// ends early is damaged.
+// Grey as 8 bits, everything else as 24. Nothing when the data is damaged, ends early, or has more
+// than `maximumPixels`, which is checked before memory is allocated for them.
 [[nodiscard]] std::optional<DecodedImage> decodeJpeg(std::span<const uint8_t> bytes,
-                                                     int scaleDenominator = 1);
-
-// Pixels of the image as its header says; nothing when the header is damaged.
-[[nodiscard]] std::optional<Size> jpegPixelSize(std::span<const uint8_t> bytes);
+                                                     uint64_t maximumPixels = UINT64_MAX);
 
 } // namespace paperline

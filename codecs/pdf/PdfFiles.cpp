@@ -1,10 +1,9 @@
 #include "codecs/pdf/PdfFiles.h"
 
-#include "codecs/jpeg/JpegSegments.h"
+#include "codecs/jpeg/JpegHeader.h"
 #include "codecs/pdf/PdfDocument.h"
 #include "codecs/pictures/PictureReader.h"
 #include "codecs/pixels/DecodedImage.h"
-#include "codecs/pixels/PageLayout.h"
 #include "platform/files/NewFile.h"
 
 #include <array>
@@ -45,39 +44,21 @@ Size pagePointsOf(double widthPixels,
     return {points(widthPixels, horizontalDpi), points(heightPixels, verticalDpi)};
 }
 
-// The header of a JPEG file: most are short, some carry a camera's thumbnail or a colour profile.
 std::optional<JpegHeader> jpegHeaderOf(const std::string& path) {
-    constexpr size_t usualBytes = 16 * 1024;
-    constexpr size_t maximumBytes = 16 * 1024 * 1024;
-    const Descriptor file = openPicture(path);
-    if (!file.isOpen())
-        return std::nullopt;
-    std::vector<uint8_t> bytes;
-    for (size_t wanted = usualBytes; wanted <= maximumBytes; wanted *= 8) {
-        const size_t had = bytes.size();
-        bytes.resize(wanted);
-        const ptrdiff_t count = readUpTo(file.number(), std::span(bytes).subspan(had));
-        if (count < 0)
-            return std::nullopt;
-        bytes.resize(had + static_cast<size_t>(count));
-        if (std::optional<JpegHeader> header = readJpegHeader(bytes))
-            return header;
-        if (bytes.size() < wanted || bytes[0] != 0xFF)
-            return std::nullopt;
-    }
-    return std::nullopt;
+    ByteReader file(path);
+    return readJpegHeader(file);
 }
 
 Picture jpegPicture(const JpegHeader& header) {
     Picture picture;
-    picture.image = {header.widthPixels,
-                     header.heightPixels,
+    picture.image = {static_cast<int32_t>(header.size.width),
+                     static_cast<int32_t>(header.size.height),
                      header.components,
                      8,
                      true,
                      header.components == 4 && header.hasAdobeMarker};
     picture.pagePoints = pagePointsOf(
-        header.widthPixels, header.heightPixels, header.horizontalDpi, header.verticalDpi);
+        header.size.width, header.size.height, header.horizontalDpi, header.verticalDpi);
     return picture;
 }
 

@@ -1,23 +1,23 @@
 #include "codecs/png/PngWriter.h"
 
-#include "codecs/pixels/PageLayout.h"
 #include "codecs/png/PngDeflate.h"
+#include "codecs/png/PngErrors.h"
 #include "codecs/png/PngRows.h"
+#include "platform/files/ByteOrder.h"
 #include "platform/process/ParallelFor.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <csetjmp>
-#include <cstring>
 #include <memory>
 #include <new>
 
 #include <libdeflate.h>
-#include <png.h>
+#include <zlib.h>
 
-// The rows are filtered and compressed here; the library writes header, density and the framing of
-// the chunks. It jumps on errors: the functions that set the jump's target hold nothing with a
+// Rows are filtered and compressed here; the library writes the header, the density and the chunk
+// frames. It reports errors by longjmp: a function that calls setjmp has no locals with a
 // destructor.
 
 namespace paperline {
@@ -29,83 +29,49 @@ using Bytes = std::vector<uint8_t>;
 constexpr std::array<uint8_t, 2> streamHeader{0x78, 0x01};
 constexpr uint32_t checksumOfNothing = 1;
 
-// Filtered bytes coded as one block: small enough for a processor's cache and for codes that follow
-// the page's content, large enough for the codes' own size not to matter.
-constexpr size_t blockBytes = 256 * 1024;
+// Filtered bytes in one chunk, which is one deflate block: few enough for the processor's cache and
+// for codes that follow the page's content, enough for the codes' own size not to matter.
+constexpr size_t chunkBytes = 256 * 1024;
 
-struct PackedRows {
-    const BitmapImageRep& page;
-    size_t rowBytes;   // without the bytes that pad the page's rows
-    size_t pixelBytes; // 1 for 1-bit pages
-
-    std::span<const uint8_t> row(int32_t y) const { return page.row(y).first(rowBytes); }
-};
-
-// A part of the compressed stream and the checksum of what it stands for.
 struct Part {
     Bytes compressed;
-    uint32_t checksum = checksumOfNothing;
-    uint64_t filteredBytes = 0;
+    uint32_t checksum = checksumOfNothing; // of the filtered bytes
+    size_t filteredBytes = 0;
 };
 
-// The checksum (RFC 1950) of two stretches one behind the other.
-uint32_t joinedChecksum(uint32_t first, uint32_t second, uint64_t secondBytes) {
-    constexpr uint64_t prime = 65521;
-    const uint64_t firstSum = first & 0xFFFFU;
-    const uint64_t secondSum = second & 0xFFFFU;
-    const uint64_t length = secondBytes % prime;
-    const uint64_t low = (firstSum + secondSum + prime - 1) % prime;
-    const uint64_t high =
-        ((first >> 16U) + (second >> 16U) + length * (firstSum + prime - 1)) % prime;
-    return static_cast<uint32_t>(high << 16U | low);
+Part compressRows(const BitmapImageRep& page, size_t begin, size_t end) {
+    const size_t stride = page.packedRowBytes() + 1; // the filter's number in front
+    Bytes filtered((end - begin) * stride);
+    PngRowFilter filter(page.packedRowBytes(), static_cast<size_t>(page.samplesPerPixel()));
+    for (size_t y = begin; y < end; ++y) {
+        const auto row = static_cast<int32_t>(y);
+        filter.filter(page.packedRow(row),
+                      y > 0 ? page.packedRow(row - 1) : std::span<const uint8_t>(),
+                      &filtered[(y - begin) * stride]);
+    }
+    const bool isLast = end == static_cast<size_t>(page.pixelsHigh());
+    return {deflateBlock(filtered, isLast ? DeflatePlace::last : DeflatePlace::within),
+            libdeflate_adler32(checksumOfNothing, filtered.data(), filtered.size()),
+            filtered.size()};
 }
 
-// Grey and colour: stretches of rows, each a block of its own, coded side by side.
-class NoisyRows {
-public:
-    explicit NoisyRows(const PackedRows& rows)
-        : rows_(rows), rowsAPart_(std::max<size_t>(1, blockBytes / (rows.rowBytes + 1))),
-          partCount_((static_cast<size_t>(rows.page.pixelsHigh()) + rowsAPart_ - 1) / rowsAPart_) {}
-
-    // Empty when the memory cannot be had.
-    std::vector<Part> compress(unsigned threads) const {
-        std::vector<Part> parts(partCount_);
-        parallelFor(partCount_, threads, [&](size_t part, unsigned) {
-            try {
-                parts[part] = compressPart(part);
-            } catch (const std::bad_alloc&) {
-                parts[part] = {};
-            }
-        });
-        const bool whole = std::none_of(
-            parts.begin(), parts.end(), [](const Part& part) { return part.compressed.empty(); });
-        return whole ? std::move(parts) : std::vector<Part>();
-    }
-
-private:
-    Part compressPart(size_t number) const {
-        const auto height = static_cast<size_t>(rows_.page.pixelsHigh());
-        const size_t begin = number * rowsAPart_;
-        const size_t end = std::min(height, begin + rowsAPart_);
-        const size_t stride = rows_.rowBytes + 1;
-        Bytes filtered((end - begin) * stride);
-        PngRowFilter filter(rows_.rowBytes, rows_.pixelBytes);
-        for (size_t y = begin; y < end; ++y) {
-            const auto row = static_cast<int32_t>(y);
-            filter.filter(rows_.row(row),
-                          y > 0 ? rows_.row(row - 1) : std::span<const uint8_t>(),
-                          &filtered[(y - begin) * stride]);
+// Grey and colour: parts of whole rows, compressed in parallel. Empty when memory runs out.
+std::vector<Part> compressParts(const BitmapImageRep& page, unsigned threads) {
+    const auto height = static_cast<size_t>(page.pixelsHigh());
+    const size_t rowsOfPart = std::max<size_t>(1, chunkBytes / (page.packedRowBytes() + 1));
+    std::vector<Part> parts((height + rowsOfPart - 1) / rowsOfPart);
+    parallelFor(parts.size(), threads, [&](size_t part, unsigned) {
+        try {
+            const size_t begin = part * rowsOfPart;
+            parts[part] = compressRows(page, begin, std::min(height, begin + rowsOfPart));
+        } catch (const std::bad_alloc&) {
+            parts[part] = {};
         }
-        const bool isLast = number + 1 == partCount_;
-        return {deflateBlock(filtered, isLast ? DeflatePlace::last : DeflatePlace::within),
-                libdeflate_adler32(checksumOfNothing, filtered.data(), filtered.size()),
-                filtered.size()};
-    }
-
-    const PackedRows& rows_;
-    size_t rowsAPart_;
-    size_t partCount_;
-};
+    });
+    const bool isWhole = std::none_of(
+        parts.begin(), parts.end(), [](const Part& part) { return part.compressed.empty(); });
+    return isWhole ? std::move(parts) : std::vector<Part>();
+}
 
 struct CompressorFree {
     void operator()(libdeflate_compressor* compressor) const noexcept {
@@ -113,23 +79,18 @@ struct CompressorFree {
     }
 };
 
-// Bits of text and line art repeat; a search for matches in unfiltered rows finds most of it.
-Bytes compressBilevel(const PackedRows& rows) {
+// Text and line art repeat: the unfiltered rows, searched for matches. Empty when memory runs out.
+Bytes compressBilevel(const BitmapImageRep& page) {
     constexpr int level = 8;
     const std::unique_ptr<libdeflate_compressor, CompressorFree> compressor(
         libdeflate_alloc_compressor(level));
     if (!compressor)
         return {};
-    const auto height = static_cast<size_t>(rows.page.pixelsHigh());
-    const size_t stride = rows.rowBytes + 1; // the filter's number, 0, and the row
-    const unsigned usedBits = (static_cast<unsigned>(rows.page.pixelsWide()) + 7) % 8 + 1;
-    const auto lastByteMask = static_cast<uint8_t>(0xFF00U >> usedBits);
+    const auto height = static_cast<size_t>(page.pixelsHigh());
+    const size_t stride = page.packedRowBytes() + 1; // the filter's number, 0, in front
     Bytes plain(height * stride);
-    for (size_t y = 0; y < height; ++y) {
-        const std::span<const uint8_t> row = rows.row(static_cast<int32_t>(y));
-        std::copy(row.begin(), row.end(), &plain[y * stride + 1]);
-        plain[y * stride + rows.rowBytes] &= lastByteMask;
-    }
+    for (size_t y = 0; y < height; ++y)
+        page.copyPackedRow(static_cast<int32_t>(y), std::span(plain).subspan(y * stride + 1));
     Bytes stream(libdeflate_zlib_compress_bound(compressor.get(), plain.size()));
     stream.resize(libdeflate_zlib_compress(
         compressor.get(), plain.data(), plain.size(), stream.data(), stream.size()));
@@ -140,11 +101,11 @@ uint32_t pixelsPerMetre(double dpi) {
     return static_cast<uint32_t>(std::lround(std::clamp(dpi, 0.1, 1e6) / 0.0254));
 }
 
-// Frames chunks into a vector with the library.
+// Writes chunks to a vector.
 class PngFile {
 public:
     PngFile() {
-        png_ = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, jumpOut, sayNothing);
+        png_ = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, leavePng, ignorePngWarning);
         if (png_ != nullptr)
             info_ = png_create_info_struct(png_);
     }
@@ -186,22 +147,11 @@ public:
         return true;
     }
 
+    // Throws std::bad_alloc.
+    void reserve(size_t count) { bytes_.reserve(count); }
     Bytes takeBytes() { return std::move(bytes_); }
-    bool reserve(size_t count) {
-        try {
-            bytes_.reserve(count);
-            return true;
-        } catch (const std::bad_alloc&) {
-            return false;
-        }
-    }
 
 private:
-    [[noreturn]] static void jumpOut(png_structp png, png_const_charp /*message*/) {
-        png_longjmp(png, 1);
-    }
-    static void sayNothing(png_structp /*png*/, png_const_charp /*message*/) {}
-
     static bool append(Bytes& to, const uint8_t* bytes, size_t count) {
         try {
             to.insert(to.end(), bytes, bytes + count);
@@ -212,7 +162,7 @@ private:
     }
     static void appendBytes(png_structp png, png_bytep bytes, size_t count) {
         if (!append(*static_cast<Bytes*>(png_get_io_ptr(png)), bytes, count))
-            png_error(png, "no memory");
+            png_error(png, "out of memory");
     }
 
     Bytes bytes_;
@@ -220,7 +170,7 @@ private:
     png_infop info_ = nullptr;
 };
 
-// Chunks hold less than 2^31 bytes; larger streams go on in the next one.
+// A chunk holds less than 2^31 bytes; a longer stream continues in the next one.
 bool addData(PngFile& file, std::span<const uint8_t> stream) {
     constexpr size_t most = 1U << 30U;
     while (stream.size() > most) {
@@ -231,33 +181,32 @@ bool addData(PngFile& file, std::span<const uint8_t> stream) {
     return file.addChunk("IDAT", stream);
 }
 
-bool addParts(PngFile& file, std::vector<Part>& parts) {
+bool addParts(PngFile& file, std::vector<Part> parts) {
     if (parts.empty())
         return false;
-    uint32_t checksum = checksumOfNothing;
-    size_t total = 0;
+    uLong checksum = checksumOfNothing;
+    size_t total = 128; // the other chunks
     for (const Part& part : parts) {
-        checksum = joinedChecksum(checksum, part.checksum, part.filteredBytes);
+        checksum =
+            adler32_combine(checksum, part.checksum, static_cast<z_off_t>(part.filteredBytes));
         total += part.compressed.size() + 12; // length, type and checksum of the chunk
     }
     Bytes& first = parts.front().compressed;
     first.insert(first.begin(), streamHeader.begin(), streamHeader.end());
-    for (unsigned shift = 32; shift > 0; shift -= 8)
-        parts.back().compressed.push_back(static_cast<uint8_t>(checksum >> (shift - 8)));
-    constexpr size_t otherChunks = 128;
-    return file.reserve(total + otherChunks) &&
-           std::all_of(parts.begin(), parts.end(), [&file](const Part& part) {
-               return addData(file, part.compressed);
-           });
+    Bytes& last = parts.back().compressed;
+    last.resize(last.size() + 4);
+    writeInteger(std::span(last).last(4), std::endian::big, static_cast<uint32_t>(checksum));
+    file.reserve(total);
+    return std::all_of(parts.begin(), parts.end(), [&file](const Part& part) {
+        return addData(file, part.compressed);
+    });
 }
 
-bool addPicture(PngFile& file, const PackedRows& rows, unsigned threads) {
-    if (rows.page.bitsPerPixel() == 1) {
-        const Bytes stream = compressBilevel(rows);
-        return !stream.empty() && addData(file, stream);
-    }
-    std::vector<Part> parts = NoisyRows(rows).compress(threads);
-    return addParts(file, parts);
+bool addPicture(PngFile& file, const BitmapImageRep& page, unsigned threads) {
+    if (page.bitsPerPixel() != 1)
+        return addParts(file, compressParts(page, threads));
+    const Bytes stream = compressBilevel(page);
+    return !stream.empty() && addData(file, stream);
 }
 
 } // namespace
@@ -266,14 +215,10 @@ std::optional<std::vector<uint8_t>> encodePng(const BitmapImageRep& page,
                                               const PngOptions& options) {
     if (!hasPageLayout(page))
         return std::nullopt;
-    const int bits = page.bitsPerPixel();
-    const size_t rowBytes =
-        (static_cast<size_t>(page.pixelsWide()) * static_cast<size_t>(bits) + 7) / 8;
-    const PackedRows rows{page, rowBytes, bits == 24 ? 3U : 1U};
     try {
         PngFile file;
         const unsigned threads = options.threads == 0 ? processorCount() : options.threads;
-        if (!file.begin(page, options) || !addPicture(file, rows, threads) ||
+        if (!file.begin(page, options) || !addPicture(file, page, threads) ||
             !file.addChunk("IEND", {}))
             return std::nullopt;
         return file.takeBytes();

@@ -12,7 +12,7 @@
 namespace paperline {
 namespace {
 
-// Enough for the largest strip of a page with so many pixels, sixteen bytes each.
+// Enough for one strip of the whole page at sixteen bytes a pixel.
 tmsize_t largestAllocation(uint64_t maximumPixels) {
     constexpr uint64_t other = 64U << 20U; // directories, tables, profiles
     constexpr uint64_t most = std::numeric_limits<tmsize_t>::max();
@@ -66,7 +66,7 @@ double resolutionDpi(TIFF* tiff, uint32_t tag) {
                                       : static_cast<double>(value);
 }
 
-// Whether the file's rows are the page's, but for the polarity of grey.
+// Whether the file's rows are those of the page, possibly with inverted grey.
 bool hasPlainRows(TIFF* tiff, const PageTags& tags) {
     if (TIFFIsTiled(tiff) != 0)
         return false;
@@ -76,14 +76,14 @@ bool hasPlainRows(TIFF* tiff, const PageTags& tags) {
            tags.samplesPerPixel == 3 && tags.bitsPerSample == 8;
 }
 
-// Where a page is, and how much the library may take for it at once.
+// A page, and what the library may allocate for it at once.
 struct PagePlace {
     const std::string& path;
     int pageIndex;
     tmsize_t largestAllocation;
 };
 
-// The page's strips, each decoded to its place.
+// Decodes strips into the page.
 class StripReader {
 public:
     StripReader(const PagePlace& place, BitmapImageRep& page)
@@ -113,7 +113,7 @@ private:
     uint32_t rowsPerStrip_ = 0;
 };
 
-bool readStripsSideBySide(const PagePlace& place, uint32_t strips, BitmapImageRep& page) {
+bool readStripsInParallel(const PagePlace& place, uint32_t strips, BitmapImageRep& page) {
     std::vector<std::unique_ptr<StripReader>> readers(std::min<size_t>(processorCount(), strips));
     std::atomic<bool> whole{true};
     parallelFor(strips, static_cast<unsigned>(readers.size()), [&](size_t strip, unsigned worker) {
@@ -139,8 +139,8 @@ bool readPlainRows(TIFF* tiff, const PageTags& tags, const PagePlace& place, Bit
     if (TIFFScanlineSize64(tiff) != static_cast<uint64_t>(page.bytesPerRow()))
         return false;
     const uint32_t strips = TIFFNumberOfStrips(tiff);
-    const bool together = strips > 1 && page.bitmapData().size() >= worthThreads;
-    if (!(together ? readStripsSideBySide(place, strips, page) : readRowByRow(tiff, page)))
+    const bool inParallel = strips > 1 && page.bitmapData().size() >= worthThreads;
+    if (!(inParallel ? readStripsInParallel(place, strips, page) : readRowByRow(tiff, page)))
         return false;
     if (tags.photometric == PHOTOMETRIC_MINISWHITE)
         for (uint8_t& byte : page.bitmapData())
@@ -148,7 +148,7 @@ bool readPlainRows(TIFF* tiff, const PageTags& tags, const PagePlace& place, Bit
     return true;
 }
 
-// Colours come multiplied with their alpha.
+// The library premultiplies colours with their alpha.
 uint8_t onWhite(uint32_t channel, uint32_t pixel) {
     return static_cast<uint8_t>(std::min<uint32_t>(255, channel + 255 - TIFFGetA(pixel)));
 }
@@ -169,12 +169,12 @@ void putRow(const uint32_t* pixels, std::span<uint8_t> row, int pageBits, size_t
     }
 }
 
-// Everything else through the library's own conversion to 8-bit colours.
+// Everything else by the library's conversion to 8-bit RGBA.
 bool readConverted(TIFF* tiff, const PageTags& tags, BitmapImageRep& page) {
     const size_t width = tags.widthPixels;
     const std::unique_ptr<uint32_t[]> raster(new (std::nothrow)
                                                  uint32_t[width * tags.heightPixels]);
-    // The rows' stored order is kept: turning the page is its viewer's business.
+    // Rows keep their stored order: the viewer applies the orientation.
     if (!raster ||
         TIFFReadRGBAImageOriented(
             tiff, tags.widthPixels, tags.heightPixels, raster.get(), tags.orientation, 1) == 0)
@@ -196,7 +196,7 @@ decodeTiffPage(const std::string& path, int pageIndex, uint64_t maximumPixels) {
         TIFFSetDirectory(tiff.get(), static_cast<tdir_t>(pageIndex)) == 0)
         return std::nullopt;
     const std::optional<PageTags> tags = readTags(tiff.get());
-    if (!tags || !withinPixels(tags->widthPixels, tags->heightPixels, maximumPixels))
+    if (!tags || !isWithin({tags->widthPixels, tags->heightPixels}, maximumPixels))
         return std::nullopt;
     DecodedImage result;
     result.image = BitmapImageRep::makePage(static_cast<int32_t>(tags->widthPixels),

@@ -1,4 +1,4 @@
-// TIFF files by libtiff.
+// Decodes TIFF files by libtiff.
 #pragma once
 
 #include "codecs/pixels/DecodedImage.h"

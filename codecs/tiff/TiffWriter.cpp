@@ -1,6 +1,5 @@
 #include "codecs/tiff/TiffWriter.h"
 
-#include "codecs/pixels/PageLayout.h"
 #include "codecs/tiff/LzwEncoder.h"
 #include "codecs/tiff/TiffPages.h"
 #include "platform/process/ParallelFor.h"
