@@ -173,7 +173,7 @@ std::shared_ptr<BitmapImageRep> pageOfRows(PngRowReader& rows) {
             return nullptr;
         std::copy(row.begin(), row.end(), page->row(y).begin());
     }
-    return rows.isThrough() ? page : nullptr;
+    return rows.isComplete() ? page : nullptr;
 }
 
 } // namespace
