@@ -7,8 +7,6 @@
 #include "viewer/PageLoader.h"
 
 #include <algorithm>
-#include <atomic>
-#include <new>
 #include <optional>
 #include <vector>
 
@@ -42,12 +40,7 @@ std::optional<RowPlaces> rowPlaces(const std::string& path) {
 bool readBand(const FilePieces& file, const RowPlaces& rows, int first, QRgb* pixels) {
     const int count = std::min(rowsOfBand, rows.heightPixels - first);
     const auto width = static_cast<size_t>(rows.widthPixels);
-    std::vector<uint8_t> bytes;
-    try {
-        bytes.resize(static_cast<size_t>(count) * rows.rowBytes);
-    } catch (const std::bad_alloc&) {
-        return false;
-    }
+    std::vector<uint8_t> bytes(static_cast<size_t>(count) * rows.rowBytes);
     const uint64_t position = rows.firstByte + static_cast<uint64_t>(first) * rows.rowBytes;
     if (file.read(position, bytes) < bytes.size())
         return false;
@@ -71,13 +64,11 @@ QImage readColourBmp(const std::string& path) {
     if (image.isNull())
         return {};
     auto* pixels = reinterpret_cast<QRgb*>(image.bits());
-    std::atomic<bool> whole{true};
     const auto bands = static_cast<size_t>((rows->heightPixels - 1) / rowsOfBand + 1);
-    parallelFor(bands, processorCount(), [&](size_t band, unsigned) {
-        if (whole && !readBand(file, *rows, static_cast<int>(band) * rowsOfBand, pixels))
-            whole = false;
+    const bool isWhole = parallelForAll(bands, processorCount(), [&](size_t band, unsigned) {
+        return readBand(file, *rows, static_cast<int>(band) * rowsOfBand, pixels);
     });
-    return whole ? image : QImage();
+    return isWhole ? image : QImage();
 }
 
 } // namespace paperline

@@ -60,16 +60,11 @@ std::vector<Part> compressParts(const BitmapImageRep& page, unsigned threads) {
     const auto height = static_cast<size_t>(page.pixelsHigh());
     const size_t rowsOfPart = std::max<size_t>(1, chunkBytes / (page.packedRowBytes() + 1));
     std::vector<Part> parts((height + rowsOfPart - 1) / rowsOfPart);
-    parallelFor(parts.size(), threads, [&](size_t part, unsigned) {
-        try {
-            const size_t begin = part * rowsOfPart;
-            parts[part] = compressRows(page, begin, std::min(height, begin + rowsOfPart));
-        } catch (const std::bad_alloc&) {
-            parts[part] = {};
-        }
+    const bool isWhole = parallelForAll(parts.size(), threads, [&](size_t part, unsigned) {
+        const size_t begin = part * rowsOfPart;
+        parts[part] = compressRows(page, begin, std::min(height, begin + rowsOfPart));
+        return true;
     });
-    const bool isWhole = std::none_of(
-        parts.begin(), parts.end(), [](const Part& part) { return part.compressed.empty(); });
     return isWhole ? std::move(parts) : std::vector<Part>();
 }
 
