@@ -4,7 +4,6 @@
 #include "platform/process/ParallelFor.h"
 
 #include <algorithm>
-#include <atomic>
 #include <limits>
 #include <memory>
 #include <vector>
@@ -21,8 +20,7 @@ tmsize_t largestAllocation(uint64_t maximumPixels) {
 }
 
 struct PageTags {
-    uint32_t widthPixels = 0;
-    uint32_t heightPixels = 0;
+    PixelSize size;
     uint16_t bitsPerSample = 1;
     uint16_t samplesPerPixel = 1;
     uint16_t photometric = 0;
@@ -41,8 +39,8 @@ struct PageTags {
 
 std::optional<PageTags> readTags(TIFF* tiff) {
     PageTags tags;
-    if (TIFFGetField(tiff, TIFFTAG_IMAGEWIDTH, &tags.widthPixels) == 0 ||
-        TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &tags.heightPixels) == 0 ||
+    if (TIFFGetField(tiff, TIFFTAG_IMAGEWIDTH, &tags.size.width) == 0 ||
+        TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &tags.size.height) == 0 ||
         TIFFGetField(tiff, TIFFTAG_PHOTOMETRIC, &tags.photometric) == 0)
         return std::nullopt;
     TIFFGetFieldDefaulted(tiff, TIFFTAG_BITSPERSAMPLE, &tags.bitsPerSample);
@@ -50,10 +48,8 @@ std::optional<PageTags> readTags(TIFF* tiff) {
     TIFFGetFieldDefaulted(tiff, TIFFTAG_PLANARCONFIG, &tags.planes);
     TIFFGetFieldDefaulted(tiff, TIFFTAG_ORIENTATION, &tags.orientation);
     constexpr uint32_t mostSide = std::numeric_limits<int32_t>::max() / 32;
-    if (tags.widthPixels == 0 || tags.heightPixels == 0 || tags.widthPixels > mostSide ||
-        tags.heightPixels > mostSide)
-        return std::nullopt;
-    return tags;
+    return tags.size.width <= mostSide && tags.size.height <= mostSide ? std::optional(tags)
+                                                                       : std::nullopt;
 }
 
 double resolutionDpi(TIFF* tiff, uint32_t tag) {
@@ -113,34 +109,20 @@ private:
     uint32_t rowsPerStrip_ = 0;
 };
 
-bool readStripsInParallel(const PagePlace& place, uint32_t strips, BitmapImageRep& page) {
-    std::vector<std::unique_ptr<StripReader>> readers(std::min<size_t>(processorCount(), strips));
-    std::atomic<bool> whole{true};
-    parallelFor(strips, static_cast<unsigned>(readers.size()), [&](size_t strip, unsigned worker) {
-        if (!whole)
-            return;
-        if (!readers[worker])
-            readers[worker].reset(new (std::nothrow) StripReader(place, page));
-        if (!readers[worker] || !readers[worker]->read(static_cast<uint32_t>(strip)))
-            whole = false;
-    });
-    return whole;
-}
-
-bool readRowByRow(TIFF* tiff, BitmapImageRep& page) {
-    for (int32_t y = 0; y < page.pixelsHigh(); ++y)
-        if (TIFFReadScanline(tiff, page.row(y).data(), static_cast<uint32_t>(y), 0) != 1)
-            return false;
-    return true;
-}
-
 bool readPlainRows(TIFF* tiff, const PageTags& tags, const PagePlace& place, BitmapImageRep& page) {
     constexpr size_t worthThreads = 1024 * 1024;
     if (TIFFScanlineSize64(tiff) != static_cast<uint64_t>(page.bytesPerRow()))
         return false;
     const uint32_t strips = TIFFNumberOfStrips(tiff);
-    const bool inParallel = strips > 1 && page.bitmapData().size() >= worthThreads;
-    if (!(inParallel ? readStripsInParallel(place, strips, page) : readRowByRow(tiff, page)))
+    const unsigned workers =
+        page.bitmapData().size() < worthThreads ? 1 : std::min(processorCount(), strips);
+    std::vector<std::unique_ptr<StripReader>> readers(workers);
+    const auto read = [&](size_t strip, unsigned worker) {
+        if (!readers[worker])
+            readers[worker] = std::make_unique<StripReader>(place, page);
+        return readers[worker]->read(static_cast<uint32_t>(strip));
+    };
+    if (!parallelForAll(strips, workers, read))
         return false;
     if (tags.photometric == PHOTOMETRIC_MINISWHITE)
         for (uint8_t& byte : page.bitmapData())
@@ -171,13 +153,11 @@ void putRow(const uint32_t* pixels, std::span<uint8_t> row, int pageBits, size_t
 
 // Everything else by the library's conversion to 8-bit RGBA.
 bool readConverted(TIFF* tiff, const PageTags& tags, BitmapImageRep& page) {
-    const size_t width = tags.widthPixels;
-    const std::unique_ptr<uint32_t[]> raster(new (std::nothrow)
-                                                 uint32_t[width * tags.heightPixels]);
+    const auto [width, height] = tags.size;
+    const std::unique_ptr<uint32_t[]> raster(new (std::nothrow) uint32_t[size_t{width} * height]);
     // Rows keep their stored order: the viewer applies the orientation.
     if (!raster ||
-        TIFFReadRGBAImageOriented(
-            tiff, tags.widthPixels, tags.heightPixels, raster.get(), tags.orientation, 1) == 0)
+        TIFFReadRGBAImageOriented(tiff, width, height, raster.get(), tags.orientation, 1) == 0)
         return false;
     for (int32_t y = 0; y < page.pixelsHigh(); ++y)
         putRow(raster.get() + static_cast<size_t>(y) * width, page.row(y), tags.pageBits(), width);
@@ -196,11 +176,11 @@ decodeTiffPage(const std::string& path, int pageIndex, uint64_t maximumPixels) {
         TIFFSetDirectory(tiff.get(), static_cast<tdir_t>(pageIndex)) == 0)
         return std::nullopt;
     const std::optional<PageTags> tags = readTags(tiff.get());
-    if (!tags || !isWithin({tags->widthPixels, tags->heightPixels}, maximumPixels))
+    if (!tags || !isWithin(tags->size, maximumPixels))
         return std::nullopt;
     DecodedImage result;
-    result.image = BitmapImageRep::makePage(static_cast<int32_t>(tags->widthPixels),
-                                            static_cast<int32_t>(tags->heightPixels),
+    result.image = BitmapImageRep::makePage(static_cast<int32_t>(tags->size.width),
+                                            static_cast<int32_t>(tags->size.height),
                                             tags->pageBits());
     if (!result.image)
         return std::nullopt;

@@ -8,7 +8,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-// The library calls back by C linkage rules; the va_list is left alone.
 extern "C" {
 
 static int noteTiffError(TIFF* /*tiff*/,
@@ -47,11 +46,10 @@ OptionsHandle quietOptions(TiffErrors& errors) {
     return options;
 }
 
-// The position that a seek asks for; nothing below 0.
+// False for a position below 0.
 bool seekTo(uint64_t& position, toff_t offset, int whence, uint64_t size) {
     const uint64_t base = whence == SEEK_SET ? 0 : whence == SEEK_CUR ? position : size;
-    // Seeks back arrive as huge offsets that wrap.
-    const uint64_t target = base + offset;
+    const uint64_t target = base + offset; // backward offsets wrap around
     if (target > static_cast<uint64_t>(std::numeric_limits<int64_t>::max()))
         return false;
     position = target;
@@ -151,9 +149,8 @@ toff_t seekFile(thandle_t handle, toff_t offset, int whence) {
     return seekTo(file.position, offset, whence, size) ? file.position : seekFailed;
 }
 
-// How the library reaches what a handle stands for.
 struct Access {
-    const char* name; // in the library's messages
+    const char* name; // for the library's messages
     TIFFReadWriteProc read;
     TIFFReadWriteProc write;
     TIFFSeekProc seek;
