@@ -21,7 +21,7 @@ constexpr int32_t maximumSide = 65500;
 constexpr int maximumScans = 200;
 
 struct ErrorManager {
-    jpeg_error_mgr base{}; // first: the library hands out its address
+    jpeg_error_mgr base{}; // first: libjpeg's pointer to it is cast back
     std::jmp_buf target{};
     bool damaged = false;
 };
@@ -30,7 +30,7 @@ ErrorManager& errorsOf(j_common_ptr info) {
     return *reinterpret_cast<ErrorManager*>(info->err);
 }
 
-[[noreturn]] void jumpOut(j_common_ptr info) {
+[[noreturn]] void leave(j_common_ptr info) {
     std::longjmp(errorsOf(info).target, 1);
 }
 
@@ -40,18 +40,18 @@ bool isHarmless(int messageCode) {
            messageCode == JWRN_JFIF_MAJOR || messageCode == JWRN_BOGUS_PROGRESSION;
 }
 
-void noteMessage(j_common_ptr info, int level) {
+void noteWarning(j_common_ptr info, int level) {
     if (level < 0 && !isHarmless(info->err->msg_code))
         errorsOf(info).damaged = true;
 }
 
-void sayNothing(j_common_ptr /*info*/) {}
+void printNothing(j_common_ptr /*info*/) {}
 
 jpeg_error_mgr* prepare(ErrorManager& errors) {
     jpeg_std_error(&errors.base);
-    errors.base.error_exit = jumpOut;
-    errors.base.emit_message = noteMessage;
-    errors.base.output_message = sayNothing;
+    errors.base.error_exit = leave;
+    errors.base.emit_message = noteWarning;
+    errors.base.output_message = printNothing;
     return &errors.base;
 }
 
@@ -147,7 +147,7 @@ private:
             // The library only reads them.
             JSAMPROW samples = const_cast<uint8_t*>(row.data());
             if (page.bitsPerPixel() == 1) {
-                spread(row, greyRow);
+                expandBits(row, {greyRow, info_.image_width}, 255);
                 samples = greyRow;
             }
             jpeg_write_scanlines(&info_, &samples, 1);
@@ -156,30 +156,21 @@ private:
         return true;
     }
 
-    void spread(std::span<const uint8_t> bits, uint8_t* grey) const {
-        for (size_t x = 0; x < info_.image_width; ++x)
-            grey[x] = (bits[x / 8] & (0x80U >> (x % 8))) != 0 ? 255 : 0;
-    }
-
     ErrorManager errors_;
     VectorDestination destination_;
     jpeg_compress_struct info_{};
 };
 
-struct ScanWatch {
-    jpeg_progress_mgr base{};
-};
-
-void watchScans(j_common_ptr info) {
+void limitScans(j_common_ptr info) {
     if (reinterpret_cast<j_decompress_ptr>(info)->input_scan_number > maximumScans)
-        jumpOut(info);
+        leave(info);
 }
 
 class Decoder {
 public:
     Decoder() {
         info_.err = prepare(errors_);
-        watch_.base.progress_monitor = watchScans;
+        progress_.progress_monitor = limitScans;
     }
     ~Decoder() { jpeg_destroy_decompress(&info_); }
     Decoder(const Decoder&) = delete;
@@ -189,7 +180,7 @@ public:
         if (setjmp(errors_.target) != 0)
             return false;
         jpeg_create_decompress(&info_);
-        info_.progress = &watch_.base;
+        info_.progress = &progress_;
         jpeg_mem_src(&info_, bytes.data(), static_cast<unsigned long>(bytes.size()));
         jpeg_read_header(&info_, TRUE);
         if (info_.jpeg_color_space == JCS_CMYK || info_.jpeg_color_space == JCS_YCCK)
@@ -248,7 +239,7 @@ private:
     }
 
     ErrorManager errors_;
-    ScanWatch watch_;
+    jpeg_progress_mgr progress_{};
     jpeg_decompress_struct info_{};
 };
 

@@ -1,4 +1,4 @@
-// JPEG files by libjpeg-turbo.
+// Encodes and decodes JPEG files by libjpeg-turbo.
 #pragma once
 
 #include "codecs/pixels/DecodedImage.h"
@@ -16,8 +16,8 @@ struct JpegOptions {
     uint16_t verticalDpi = 72;
 };
 
-// A baseline JPEG of a 1, 8 or 24-bit page: grey for 1 and 8 bits, YCbCr 4:2:0 for 24. Nothing when
-// the page has another layout, is larger than 65,500 pixels a side, or memory runs out.
+// Baseline JPEG: grey for pages of 1 and 8 bits a pixel, YCbCr 4:2:0 for 24. Nothing when the page
+// has another layout, is larger than 65,500 pixels a side, or memory runs out.
 [[nodiscard]] std::optional<std::vector<uint8_t>> encodeJpeg(const BitmapImageRep& page,
                                                              const JpegOptions& options);
 

@@ -75,7 +75,7 @@ std::optional<DecodedImage> decode(const std::string& path) {
     return readPicture(path, 0, maximumPicturePixels);
 }
 
-// What was cut off has no mark at its end. Some whole files have bytes behind it.
+// False for truncated files, and for complete ones with bytes after the end of the image.
 bool hasEndMark(const std::string& path) {
     const Descriptor file = openPicture(path);
     std::array<uint8_t, 2> end{};
@@ -85,7 +85,8 @@ bool hasEndMark(const std::string& path) {
            end[1] == 0xD9;
 }
 
-// JPEG as it is where every reader has its kind; anything else as the pixels it holds.
+// Common JPEG files are embedded as they are, without an end mark only if they can be decoded;
+// other files by their pixels.
 std::optional<Picture> inspect(const std::string& path) {
     const std::optional<JpegHeader> header = jpegHeaderOf(path);
     const bool isCommonJpeg = header && header->isCommon;
@@ -121,10 +122,8 @@ bool giveFile(const std::string& path, const PdfSink& sink) {
 }
 
 bool givePixels(const BitmapImageRep& page, const PdfSink& sink) {
-    const auto rowBytes =
-        static_cast<size_t>((int64_t{page.pixelsWide()} * page.bitsPerPixel() + 7) / 8);
     for (int32_t y = 0; y < page.pixelsHigh(); ++y)
-        if (!sink(page.row(y).data(), rowBytes))
+        if (!sink(page.row(y).data(), page.packedRowBytes()))
             return false;
     return true;
 }
@@ -148,7 +147,7 @@ bool writeDocument(PdfDocument& document, NewFile& file, const PdfImageData& ima
     return document.write(imageData, sink) && file.replaceTarget();
 }
 
-// A document without pictures.
+// For a document without images.
 bool noImage(size_t /*image*/, const PdfSink& /*sink*/) {
     return false;
 }
@@ -176,7 +175,7 @@ PdfJoiner::Added PdfJoiner::add(const std::string& pictureFile) {
     if (!document_->addImagePage(
             picture->image, picture->pagePoints.width, picture->pagePoints.height))
         return Added::outputFailed;
-    // Page files stand in one folder: their short names need no memory of their own.
+    // Only the names in the common folder are kept: short strings need no heap memory.
     const bool isBesideFirst = pictureFile.starts_with(folder_) &&
                                pictureFile.find('/', folder_.size()) == std::string::npos;
     pictures_.push_back(isBesideFirst ? pictureFile.substr(folder_.size()) : pictureFile);

@@ -74,6 +74,11 @@ void BitmapImageRep::copyPackedRow(int32_t y, std::span<uint8_t> target) const {
         target[packed.size() - 1] &= static_cast<uint8_t>(0xFF00U >> bitsOfLastByte);
 }
 
+void expandBits(std::span<const uint8_t> bits, std::span<uint8_t> target, uint8_t one) {
+    for (size_t x = 0; x < target.size(); ++x)
+        target[x] = (bits[x / 8] & (0x80U >> (x % 8))) != 0 ? one : uint8_t{0};
+}
+
 bool hasPageLayout(const BitmapImageRep& image) {
     const int bits = image.bitsPerPixel();
     return (bits == 1 || bits == 8 || bits == 24) && image.bitsPerSample() == (bits == 1 ? 1 : 8) &&

@@ -74,6 +74,9 @@ private:
     PageMemory data_;
 };
 
+// One byte for each bit, highest bit first: 0 or `one`.
+void expandBits(std::span<const uint8_t> bits, std::span<uint8_t> target, uint8_t one);
+
 // Whether an image can be a page: one sample of 1 or 8 bits a pixel, or three of 8.
 [[nodiscard]] bool hasPageLayout(const BitmapImageRep& image);
 

@@ -83,29 +83,29 @@ struct PagePlace {
 class StripReader {
 public:
     StripReader(const PagePlace& place, BitmapImageRep& page)
-        : page_(page), tiff_(openTiffFile(place.path, place.largestAllocation, errors_)) {
-        if (tiff_ && TIFFSetDirectory(tiff_.get(), static_cast<tdir_t>(place.pageIndex)) == 0)
-            tiff_.reset();
-        if (tiff_)
-            TIFFGetFieldDefaulted(tiff_.get(), TIFFTAG_ROWSPERSTRIP, &rowsPerStrip_);
+        : page_(page), file_(place.path, place.largestAllocation),
+          isOpen_(file_.tiff() != nullptr &&
+                  TIFFSetDirectory(file_.tiff(), static_cast<tdir_t>(place.pageIndex)) != 0) {
+        if (isOpen_)
+            TIFFGetFieldDefaulted(file_.tiff(), TIFFTAG_ROWSPERSTRIP, &rowsPerStrip_);
     }
 
     bool read(uint32_t strip) {
         const uint64_t firstRow = uint64_t{strip} * rowsPerStrip_;
         const auto height = static_cast<uint64_t>(page_.pixelsHigh());
-        if (!tiff_ || firstRow >= height)
+        if (!isOpen_ || firstRow >= height)
             return false;
         const uint64_t rows = std::min<uint64_t>(rowsPerStrip_, height - firstRow);
         const auto bytes = static_cast<tmsize_t>(rows * static_cast<uint64_t>(page_.bytesPerRow()));
         uint8_t* target = page_.row(static_cast<int32_t>(firstRow)).data();
-        return TIFFReadEncodedStrip(tiff_.get(), strip, target, bytes) == bytes &&
-               errors_.count == 0;
+        return TIFFReadEncodedStrip(file_.tiff(), strip, target, bytes) == bytes &&
+               !file_.hasErrors();
     }
 
 private:
     BitmapImageRep& page_;
-    TiffErrors errors_;
-    TiffHandle tiff_;
+    TiffFile file_;
+    bool isOpen_;
     uint32_t rowsPerStrip_ = 0;
 };
 
@@ -168,14 +168,14 @@ bool readConverted(TIFF* tiff, const PageTags& tags, BitmapImageRep& page) {
 
 std::optional<DecodedImage>
 decodeTiffPage(const std::string& path, int pageIndex, uint64_t maximumPixels) {
-    TiffErrors errors;
     const PagePlace place{path, pageIndex, largestAllocation(maximumPixels)};
-    const TiffHandle tiff = openTiffFile(path, place.largestAllocation, errors);
+    const TiffFile file(path, place.largestAllocation);
+    TIFF* const tiff = file.tiff();
     constexpr int mostPages = std::numeric_limits<uint16_t>::max();
-    if (!tiff || pageIndex < 0 || pageIndex >= mostPages ||
-        TIFFSetDirectory(tiff.get(), static_cast<tdir_t>(pageIndex)) == 0)
+    if (tiff == nullptr || pageIndex < 0 || pageIndex >= mostPages ||
+        TIFFSetDirectory(tiff, static_cast<tdir_t>(pageIndex)) == 0)
         return std::nullopt;
-    const std::optional<PageTags> tags = readTags(tiff.get());
+    const std::optional<PageTags> tags = readTags(tiff);
     if (!tags || !isWithin(tags->size, maximumPixels))
         return std::nullopt;
     DecodedImage result;
@@ -184,20 +184,19 @@ decodeTiffPage(const std::string& path, int pageIndex, uint64_t maximumPixels) {
                                             tags->pageBits());
     if (!result.image)
         return std::nullopt;
-    const bool whole = hasPlainRows(tiff.get(), *tags)
-                           ? readPlainRows(tiff.get(), *tags, place, *result.image)
-                           : readConverted(tiff.get(), *tags, *result.image);
-    if (!whole || errors.count > 0)
+    const bool isWhole = hasPlainRows(tiff, *tags)
+                             ? readPlainRows(tiff, *tags, place, *result.image)
+                             : readConverted(tiff, *tags, *result.image);
+    if (!isWhole || file.hasErrors())
         return std::nullopt;
-    result.horizontalDpi = resolutionDpi(tiff.get(), TIFFTAG_XRESOLUTION);
-    result.verticalDpi = resolutionDpi(tiff.get(), TIFFTAG_YRESOLUTION);
+    result.horizontalDpi = resolutionDpi(tiff, TIFFTAG_XRESOLUTION);
+    result.verticalDpi = resolutionDpi(tiff, TIFFTAG_YRESOLUTION);
     return result;
 }
 
 int tiffPageCount(const std::string& path) {
-    TiffErrors errors;
-    const TiffHandle tiff = openTiffFile(path, largestAllocation(0), errors);
-    return tiff ? static_cast<int>(TIFFNumberOfDirectories(tiff.get())) : 0;
+    const TiffFile file(path, largestAllocation(0));
+    return file.tiff() != nullptr ? static_cast<int>(TIFFNumberOfDirectories(file.tiff())) : 0;
 }
 
 } // namespace paperline

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <fcntl.h>
 #include <limits>
 #include <new>
 #include <sys/stat.h>
@@ -36,15 +37,6 @@ namespace paperline {
 namespace {
 
 using OptionsHandle = std::unique_ptr<TIFFOpenOptions, decltype(&TIFFOpenOptionsFree)>;
-
-OptionsHandle quietOptions(TiffErrors& errors) {
-    OptionsHandle options(TIFFOpenOptionsAlloc(), &TIFFOpenOptionsFree);
-    if (options) {
-        TIFFOpenOptionsSetErrorHandlerExtR(options.get(), noteTiffError, &errors);
-        TIFFOpenOptionsSetWarningHandlerExtR(options.get(), ignoreTiffWarning, nullptr);
-    }
-    return options;
-}
 
 // False for a position below 0.
 bool seekTo(uint64_t& position, toff_t offset, int whence, uint64_t size) {
@@ -160,10 +152,17 @@ struct Access {
 constexpr Access memoryAccess{"memory", readMemory, writeMemory, seekMemory, sizeOfMemory};
 constexpr Access fileAccess{"file", readFileAt, writeFileAt, seekFile, sizeOfFile};
 
-TiffHandle openThrough(const Access& access, thandle_t data, const char* mode, TiffErrors& errors) {
-    const OptionsHandle options = quietOptions(errors);
+TiffHandle openThrough(const Access& access,
+                       thandle_t data,
+                       const char* mode,
+                       TiffErrors& errors,
+                       tmsize_t largestAllocation) {
+    const OptionsHandle options(TIFFOpenOptionsAlloc(), &TIFFOpenOptionsFree);
     if (!options)
         return nullptr;
+    TIFFOpenOptionsSetErrorHandlerExtR(options.get(), noteTiffError, &errors);
+    TIFFOpenOptionsSetWarningHandlerExtR(options.get(), ignoreTiffWarning, nullptr);
+    TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), largestAllocation);
     return TiffHandle(TIFFClientOpenExt(access.name,
                                         mode,
                                         data,
@@ -179,20 +178,24 @@ TiffHandle openThrough(const Access& access, thandle_t data, const char* mode, T
 
 } // namespace
 
-TiffHandle openTiffFile(const std::string& path, tmsize_t largestAllocation, TiffErrors& errors) {
-    const OptionsHandle options = quietOptions(errors);
-    if (!options)
-        return nullptr;
-    TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), largestAllocation);
-    return TiffHandle(TIFFOpenExt(path.c_str(), "rm", options.get()));
-}
-
 TiffHandle openTiffMemory(TiffMemory& memory, const char* mode, TiffErrors& errors) {
-    return openThrough(memoryAccess, &memory, mode, errors);
+    return openThrough(memoryAccess, &memory, mode, errors, 0);
 }
 
-TiffHandle openTiffDescriptor(TiffDescriptor& file, const char* mode, TiffErrors& errors) {
-    return openThrough(fileAccess, &file, mode, errors);
+TiffHandle openTiffDescriptor(TiffDescriptor& file,
+                              const char* mode,
+                              TiffErrors& errors,
+                              tmsize_t largestAllocation) {
+    return openThrough(fileAccess, &file, mode, errors, largestAllocation);
+}
+
+TiffFile::TiffFile(const std::string& path, tmsize_t largestAllocation)
+    : file_(openFile(path, O_RDONLY | O_NONBLOCK | O_NOCTTY)) {
+    struct stat status = {};
+    if (!file_.isOpen() || ::fstat(file_.number(), &status) != 0 || !S_ISREG(status.st_mode))
+        return;
+    access_.number = file_.number();
+    tiff_ = openTiffDescriptor(access_, "rm", errors_, largestAllocation);
 }
 
 } // namespace paperline

@@ -23,11 +23,6 @@ struct TiffErrors {
     int count = 0;
 };
 
-// Opens a file for reading, unmapped: a mapped file that is truncated meanwhile would raise SIGBUS.
-// The library allocates at most `largestAllocation` bytes at once; 0: any number.
-[[nodiscard]] TiffHandle
-openTiffFile(const std::string& path, tmsize_t largestAllocation, TiffErrors& errors);
-
 // A TIFF file in memory. Must outlive the handle.
 struct TiffMemory {
     std::vector<uint8_t> bytes;
@@ -42,7 +37,25 @@ struct TiffDescriptor {
     uint64_t position = 0;
     bool writeFailed = false;
 };
-[[nodiscard]] TiffHandle
-openTiffDescriptor(TiffDescriptor& file, const char* mode, TiffErrors& errors);
+[[nodiscard]] TiffHandle openTiffDescriptor(TiffDescriptor& file,
+                                            const char* mode,
+                                            TiffErrors& errors,
+                                            tmsize_t largestAllocation = 0);
+
+// A regular file opened for reading, its first page current. Not mapped: truncating a mapped file
+// raises SIGBUS.
+class TiffFile {
+public:
+    // The library allocates at most `largestAllocation` bytes at once; 0: any number.
+    explicit TiffFile(const std::string& path, tmsize_t largestAllocation = 0);
+    TIFF* tiff() const { return tiff_.get(); } // null: not a TIFF file
+    bool hasErrors() const { return errors_.count > 0; }
+
+private:
+    Descriptor file_;
+    TiffErrors errors_;
+    TiffDescriptor access_;
+    TiffHandle tiff_;
+};
 
 } // namespace paperline

@@ -5,9 +5,7 @@
 #include "codecs/tiff/TiffWriter.h"
 #include "platform/files/NewFile.h"
 
-#include <fcntl.h>
 #include <optional>
-#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
@@ -18,26 +16,6 @@ constexpr double declaredDpi = 300;
 constexpr double fallbackDpi = 72; // of pages without a resolution
 // For the tags of a page and the offsets of its strips.
 constexpr uint64_t directoryBytes = 64 * 1024;
-
-// A TIFF file opened for reading, its first page current.
-class PageSource {
-public:
-    explicit PageSource(const std::string& path)
-        : file_(openFile(path, O_RDONLY | O_NONBLOCK | O_NOCTTY)) {
-        struct stat status = {};
-        if (!file_.isOpen() || ::fstat(file_.number(), &status) != 0 || !S_ISREG(status.st_mode))
-            return;
-        access_.number = file_.number();
-        tiff_ = openTiffDescriptor(access_, "rm", errors_);
-    }
-    TIFF* tiff() const { return tiff_.get(); } // null: not a TIFF file
-
-private:
-    Descriptor file_;
-    TiffErrors errors_;
-    TiffDescriptor access_;
-    TiffHandle tiff_;
-};
 
 // Whether the raw strips keep their meaning in a little-endian file.
 bool hasPortableData(TIFF* tiff) {
@@ -167,7 +145,7 @@ TiffJoiner::Added TiffJoiner::appendEncoded(const std::string& pageFile) {
 TiffJoiner::Added TiffJoiner::add(const std::string& pageFile) {
     if (!isOpen())
         return Added::outputFailed;
-    const PageSource page(pageFile);
+    const TiffFile page(pageFile);
     if (page.tiff() == nullptr)
         return appendEncoded(pageFile);
     if (joining_ == TiffJoining::unchanged)
