@@ -37,7 +37,7 @@ inline constexpr size_t jpegSegmentHeaderBytes = 4;
 // JFIF's density units in dots per inch; 0 for a mere aspect ratio.
 double jpegDpi(unsigned unit, unsigned density);
 
-// Nothing when the file is no JPEG file or has no frame header. Reads a bounded number of segments.
+// Nothing when the file is not JPEG or has no frame header. Reads a bounded number of segments.
 [[nodiscard]] std::optional<JpegHeader> readJpegHeader(ByteReader& file);
 
 } // namespace paperline

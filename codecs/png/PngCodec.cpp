@@ -1,6 +1,5 @@
 #include "codecs/png/PngCodec.h"
 
-#include "codecs/png/PngErrors.h"
 #include "codecs/png/PngRowReader.h"
 #include "codecs/png/PngStream.h"
 
@@ -9,6 +8,8 @@
 #include <csetjmp>
 #include <limits>
 #include <vector>
+
+#include <png.h>
 
 // The library reports errors by longjmp. A function that calls setjmp has no locals with a
 // destructor.
@@ -22,7 +23,7 @@ constexpr size_t longestRow = 4 * 1024 * 1024;
 class PngReader {
 public:
     explicit PngReader(std::span<const uint8_t> bytes) : file_(bytes), rest_(bytes) {
-        png_ = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, leavePng, ignorePngWarning);
+        png_ = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, jumpOut, printNothing);
         if (png_ != nullptr)
             info_ = png_create_info_struct(png_);
     }
@@ -85,6 +86,11 @@ public:
     double verticalDpi() const { return dpi(png_get_y_pixels_per_meter(png_, info_)); }
 
 private:
+    [[noreturn]] static void jumpOut(png_structp png, png_const_charp /*message*/) {
+        png_longjmp(png, 1);
+    }
+    static void printNothing(png_structp /*png*/, png_const_charp /*message*/) {}
+
     static void readBytes(png_structp png, png_bytep target, size_t count) {
         auto& reader = *static_cast<PngReader*>(png_get_io_ptr(png));
         if (count > reader.rest_.size())

@@ -14,7 +14,7 @@ constexpr uint32_t noString = UINT32_MAX; // code 4095, which is never used
 constexpr unsigned narrowest = 9;
 constexpr unsigned widest = 12;
 
-// Code width after n codes behind the clear code.
+// The code width after n codes since the clear code.
 unsigned widthAfter(size_t codeCount) {
     unsigned width = narrowest;
     while (width < widest && codeCount + firstCode >= (size_t{1} << width))
