@@ -20,8 +20,11 @@ public:
         const std::string input =
             comparison_.prepare ? comparison_.prepare(page.pnmFile) : page.pnmFile;
         for (int round = 0; round < rounds && !failed_; ++round) {
-            encode(page, round == 0);
-            runTool(input, round == 0);
+            encode(comparison_.encode, page, ourTimes_, round == 0 ? &ourBytes_ : nullptr);
+            if (comparison_.library)
+                encode(comparison_.library, page, toolTimes_, round == 0 ? &toolBytes_ : nullptr);
+            else
+                runTool(input, round == 0);
         }
     }
 
@@ -34,13 +37,16 @@ public:
     }
 
 private:
-    void encode(const BenchPage& page, bool counts) {
+    void encode(const EncoderComparison::Encode& encoder,
+                const BenchPage& page,
+                std::vector<double>& times,
+                int64_t* sum) {
         const double begin = millisecondsNow();
-        const auto bytes = comparison_.encode(*page.pixels);
-        ourTimes_.push_back(millisecondsNow() - begin);
+        const auto bytes = encoder(*page.pixels);
+        times.push_back(millisecondsNow() - begin);
         failed_ = failed_ || !bytes;
-        if (counts && bytes)
-            ourBytes_ += static_cast<int64_t>(bytes->size());
+        if (sum != nullptr && bytes)
+            *sum += static_cast<int64_t>(bytes->size());
     }
 
     void runTool(const std::string& input, bool counts) {

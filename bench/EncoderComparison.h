@@ -1,4 +1,5 @@
-// One of our encoders, in process, against a public tool, one process for each page.
+// One of our encoders, in process, against a public tool, which runs as one process for each page,
+// or against a library, in process, too.
 #pragma once
 
 #include "bench/Cases.h"
@@ -20,12 +21,15 @@ struct ToolCommand {
 };
 
 struct EncoderComparison {
+    using Encode = std::function<std::optional<std::vector<uint8_t>>(const BitmapImageRep& page)>;
+
     std::string work; // "PNG, colour"
     PageKind kind = PageKind::colour;
     int dpi = 300;
-    std::function<std::optional<std::vector<uint8_t>>(const BitmapImageRep& page)> encode;
+    Encode encode;
     std::string toolName;
     std::function<ToolCommand(const std::string& inputFile, const std::string& outputFile)> tool;
+    Encode library; // instead of a tool
     // Makes the tool's input out of a PNM file and gives its name; not timed. Without it the tool
     // reads the PNM file.
     std::function<std::string(const std::string& pnmFile)> prepare;

@@ -3,7 +3,7 @@
 #include "codecs/gif/GifCodec.h"
 #include "codecs/jpeg/JpegCodec.h"
 #include "codecs/jpeg/JpegMetadata.h"
-#include "codecs/pictures/PictureReader.h"
+#include "codecs/pictures/PictureFormat.h"
 #include "codecs/png/PngWriter.h"
 #include "codecs/tiff/TiffMetadata.h"
 #include "output/PdfCodecs.h"

@@ -67,11 +67,11 @@ std::optional<PageLayout> pageLayout(const TW_IMAGEINFO& info) {
 }
 
 bool PageBuffers::preparePage(const PageLayout& layout) {
-    // The memory that took the last page has its kernel pages already, the other one may not.
-    if (changedPlaces_ && bitmap_.use_count() == 1)
-        bitmap_->exchangePixels(buffer_);
-    changedPlaces_ = false;
-    // A bitmap that somebody still looks at (a thumbnail being made) is left to him.
+    // The memory that took the last page has no page faults left, the other one may.
+    if (swapped_ && bitmap_.use_count() == 1)
+        bitmap_->swapPixels(buffer_);
+    swapped_ = false;
+    // A bitmap that is still in use (a thumbnail being made) is left to its user.
     if (!bitmap_ || bitmap_.use_count() > 1 || !sameLayout(layout.bitmap, *bitmap_)) {
         bitmap_.reset();
         bitmap_ = BitmapImageRep::make(layout.bitmap, bitmapSpareBytes);
@@ -126,10 +126,10 @@ PageBuffers::CopiedRows PageBuffers::copyStrip(const TW_IMAGEMEMXFER& strip) {
     const std::span<uint8_t> page = bitmap_->bitmapData();
     const uint64_t stripBytes = rows * lineBytes;
     if (strip.BytesPerRow == lineBytes && stripBytes <= usedBytes_) {
-        // Lines as they stand in the page: a whole page changes places with the buffer.
+        // The lines are laid out as in the page: a whole page is swapped, not copied.
         if (rows == height) {
-            bitmap_->exchangePixels(buffer_);
-            changedPlaces_ = !changedPlaces_;
+            bitmap_->swapPixels(buffer_);
+            swapped_ = !swapped_;
             capacity_ = usedBytes_;
         } else {
             std::memcpy(page.data() + strip.YOffset * lineBytes, buffer_.get(), stripBytes);

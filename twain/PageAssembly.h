@@ -69,7 +69,7 @@ private:
     PageMemory buffer_;
     size_t capacity_ = 0;
     size_t usedBytes_ = 0;
-    bool changedPlaces_ = false; // buffer and bitmap have each other's first memory
+    bool swapped_ = false; // an odd number of times since preparePage
     std::shared_ptr<BitmapImageRep> bitmap_;
     std::vector<bool> filledRows_;
 };

@@ -1,14 +1,12 @@
 #include "viewer/BmpPage.h"
 
-#include "platform/files/Descriptor.h"
+#include "codecs/bmp/BmpFile.h"
+#include "codecs/bmp/BmpHeader.h"
 #include "platform/process/ParallelFor.h"
 #include "viewer/ColourRows.h"
 #include "viewer/PageLoader.h"
 
 #include <algorithm>
-#include <array>
-#include <atomic>
-#include <new>
 #include <optional>
 #include <vector>
 
@@ -22,48 +20,29 @@ struct RowPlaces {
     uint64_t rowBytes = 0;
 };
 
-std::optional<RowPlaces> rowPlaces(const RegularFile& file) {
-    std::array<uint8_t, 54> header{};
-    if (readAt(file.descriptor.number(), 0, header) != header.size())
+std::optional<RowPlaces> rowPlaces(const std::string& path) {
+    ByteReader file(path);
+    const std::optional<BmpHeader> header = readBmpHeader(file);
+    if (!file.hasText(0, "BM") || !header || !header->isOwnColour ||
+        !isWithin(header->picture.size, maximumPagePixels))
         return std::nullopt;
-    const auto number = [&header](size_t at, size_t count) {
-        uint32_t value = 0;
-        for (size_t byte = count; byte > 0; --byte)
-            value = value << 8 | header[at + byte - 1];
-        return value;
-    };
-    constexpr uint32_t plainHeaderBytes = 40;
-    constexpr uint32_t colourBits = 24;
-    const uint32_t width = number(18, 4);
-    const uint32_t height = number(22, 4); // others are negative: the first row first
-    const bool isPlainColour = header[0] == 'B' && header[1] == 'M' &&
-                               number(14, 4) == plainHeaderBytes && number(26, 2) == 1 &&
-                               number(28, 2) == colourBits && number(30, 4) == 0;
-    const uint64_t pixels = uint64_t{width} * height;
-    if (!isPlainColour || pixels == 0 || pixels > maximumPagePixels || height > INT32_MAX)
-        return std::nullopt;
+    const auto [width, height] = header->picture.size;
     const RowPlaces rows{static_cast<int>(width),
                          static_cast<int>(height),
-                         number(10, 4),
-                         (uint64_t{width} * 3 + 3) / 4 * 4};
+                         header->pixelOffset,
+                         bmpStride(static_cast<int32_t>(width), 24)};
     const bool isWhole =
-        rows.firstByte >= header.size() &&
-        rows.firstByte + rows.rowBytes * height <= static_cast<uint64_t>(file.status.st_size);
+        rows.firstByte >= bmpHeaderBytes && file.byte(rows.firstByte + rows.rowBytes * height - 1);
     return isWhole ? std::optional(rows) : std::nullopt;
 }
 
 // Rows of the file from `first` on, each to its place.
-bool readBand(int file, const RowPlaces& rows, int first, QRgb* pixels) {
+bool readBand(const FilePieces& file, const RowPlaces& rows, int first, QRgb* pixels) {
     const int count = std::min(rowsOfBand, rows.heightPixels - first);
     const auto width = static_cast<size_t>(rows.widthPixels);
-    std::vector<uint8_t> bytes;
-    try {
-        bytes.resize(static_cast<size_t>(count) * rows.rowBytes);
-    } catch (const std::bad_alloc&) {
-        return false;
-    }
+    std::vector<uint8_t> bytes(static_cast<size_t>(count) * rows.rowBytes);
     const uint64_t position = rows.firstByte + static_cast<uint64_t>(first) * rows.rowBytes;
-    if (readAt(file, position, bytes) != bytes.size())
+    if (file.read(position, bytes) < bytes.size())
         return false;
     for (int row = 0; row < count; ++row) {
         const auto y = static_cast<size_t>(rows.heightPixels - 1 - first - row);
@@ -77,22 +56,19 @@ bool readBand(int file, const RowPlaces& rows, int first, QRgb* pixels) {
 } // namespace
 
 QImage readColourBmp(const std::string& path) {
-    const std::optional<RegularFile> file = openRegularFile(path);
-    const std::optional<RowPlaces> rows = file ? rowPlaces(*file) : std::nullopt;
-    if (!rows)
+    const FilePieces file(path);
+    const std::optional<RowPlaces> rows = rowPlaces(path);
+    if (!file.isOpen() || !rows)
         return {};
     QImage image = newColourImage(rows->widthPixels, rows->heightPixels);
     if (image.isNull())
         return {};
     auto* pixels = reinterpret_cast<QRgb*>(image.bits());
-    std::atomic<bool> whole{true};
     const auto bands = static_cast<size_t>((rows->heightPixels - 1) / rowsOfBand + 1);
-    parallelFor(bands, processorCount(), [&](size_t band, unsigned) {
-        const int first = static_cast<int>(band) * rowsOfBand;
-        if (whole && !readBand(file->descriptor.number(), *rows, first, pixels))
-            whole = false;
+    const bool isWhole = parallelForAll(bands, processorCount(), [&](size_t band, unsigned) {
+        return readBand(file, *rows, static_cast<int>(band) * rowsOfBand, pixels);
     });
-    return whole ? image : QImage();
+    return isWhole ? image : QImage();
 }
 
 } // namespace paperline

@@ -1,5 +1,6 @@
 #include "viewer/PageLoader.h"
 
+#include "codecs/pictures/PictureFormat.h"
 #include "codecs/pictures/PictureHeader.h"
 #include "codecs/pictures/PictureReader.h"
 #include "codecs/pixels/DecodedImage.h"
@@ -32,16 +33,22 @@ PageLoadError whyNotReadable(const std::string& path) {
                                                           : PageLoadError::cannotOpen;
 }
 
+// PNM pictures are read, but not shown.
+PictureFormat shownFormat(const std::string& path) {
+    const PictureFormat format = pictureFormat(path);
+    return format == PictureFormat::pnm ? PictureFormat::none : format;
+}
+
 // What the path says, unless the content contradicts it: a picture below a folder whose name
 // contains "pdf" is no PDF file.
 PageFileKind fileKind(const std::string& path) {
     const PageFileKind byPath = pageFileKind(path);
     if (byPath != PageFileKind::pdf)
         return byPath;
-    switch (pictureKind(path)) {
-    case PictureKind::none:
+    switch (shownFormat(path)) {
+    case PictureFormat::none:
         return PageFileKind::pdf;
-    case PictureKind::tiff:
+    case PictureFormat::tiff:
         return PageFileKind::tiff;
     default:
         return PageFileKind::singleImage;
@@ -90,27 +97,27 @@ struct Wanted {
     int longSidePixels; // 0: all of them
 };
 
-QImage decode(const std::string& path, int pageIndex, PictureKind kind, const Wanted& wanted) {
-    if (kind == PictureKind::tiff)
+QImage decode(const std::string& path, int pageIndex, PictureFormat format, const Wanted& wanted) {
+    if (format == PictureFormat::tiff)
         return decodeByPlatform(path, pageIndex);
-    if (kind == PictureKind::png) {
+    if (format == PictureFormat::png) {
         if (const QImage image = readOwnPng(path); !image.isNull())
             return image;
         if (const QImage image = decodeByPlatform(path, pageIndex); !image.isNull())
             return image;
     }
-    if (kind == PictureKind::bmp)
+    if (format == PictureFormat::bmp)
         if (const QImage image = readColourBmp(path); !image.isNull())
             return image;
-    if (kind == PictureKind::gif)
+    if (format == PictureFormat::gif)
         if (const QImage image = readGif(path); !image.isNull())
             return image;
-    return decodeByQt(path, wanted.pageSize, wanted.longSidePixels, kind == PictureKind::jpeg);
+    return decodeByQt(path, wanted.pageSize, wanted.longSidePixels, format == PictureFormat::jpeg);
 }
 
 LoadedPage loadPicture(const std::string& path, int pageIndex, int longSidePixels) {
-    const PictureKind kind = pictureKind(path);
-    if (kind == PictureKind::none)
+    const PictureFormat format = shownFormat(path);
+    if (format == PictureFormat::none)
         return failure(whyNotReadable(path));
     const std::optional<PictureHeader> header = readPictureHeader(path, pageIndex);
     if (!header)
@@ -122,7 +129,7 @@ LoadedPage loadPicture(const std::string& path, int pageIndex, int longSidePixel
         return failure(PageLoadError::tooManyPixels);
     auto raster = std::make_shared<PageRaster>();
     raster->pixels = header->size;
-    raster->image = decode(path, pageIndex, kind, {header->size, longSidePixels});
+    raster->image = decode(path, pageIndex, format, {header->size, longSidePixels});
     if (raster->image.isNull())
         return failure(PageLoadError::damaged);
     return {PageLoadError::none, raster, header->properties};

@@ -27,7 +27,7 @@ bool putRows(PngRowReader& rows, QImage& image) {
         else
             std::copy(row.begin(), row.end(), place);
     }
-    return rows.isThrough();
+    return rows.isComplete();
 }
 
 } // namespace

@@ -1,13 +1,11 @@
 #include "codecs/bmp/BmpFile.h"
 
+#include "codecs/bmp/BmpHeader.h"
 #include "codecs/bmp/ChannelSwap.h"
 #include "platform/files/Descriptor.h"
 #include "platform/files/FileContent.h"
 
-#include <sys/mman.h>
-
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <utility>
 
@@ -15,90 +13,52 @@ namespace paperline {
 
 namespace {
 
-constexpr uint32_t headerBytes = 54;
 constexpr double inchesPerMetre = 39.37;
 constexpr uint64_t spareRows = 10;
-constexpr size_t hugePageBytes = size_t{2} << 20;
 
 uint64_t samplesOf(int bitsPerPixel) {
     return bitsPerPixel == 24 ? 3 : 1;
 }
 
-// Shift counts wrap at 32, so 32 bits per pixel have one entry.
+// Shift counts wrap at 32, so 32 bits a pixel have one entry.
 uint64_t paletteEntries(int bitsPerPixel) {
     return bitsPerPixel == 24 ? 0 : uint64_t{1} << (static_cast<unsigned>(bitsPerPixel) % 32);
 }
 
-// A page's block is written once and read once: fewer, larger memory pages save most of its cost.
-void* allocateBlock(size_t byteCount) {
-    if (byteCount < 2 * hugePageBytes)
-        return std::malloc(byteCount);
-    if (byteCount > SIZE_MAX - hugePageBytes)
-        return nullptr;
-    const size_t rounded = (byteCount + hugePageBytes - 1) / hugePageBytes * hugePageBytes;
-    void* block = std::aligned_alloc(hugePageBytes, rounded);
-    if (block != nullptr)
-        (void)::madvise(block, rounded, MADV_HUGEPAGE); // advice: its refusal costs only time
-    return block;
+// The memory of the last large block.
+PageMemory spareMemory;
+
+// The spare memory if it has that size; it is freed before other memory is allocated.
+PageMemory takeSpareMemory(size_t byteCount) {
+    if (spareMemory.get_deleter().mappedBytes != byteCount)
+        spareMemory.reset();
+    return std::exchange(spareMemory, {});
 }
-
-// Memory of an earlier block. A spare of another size makes way before a new one is asked for.
-constexpr size_t worthKeeping = 2 * hugePageBytes;
-uint8_t* spareMemory = nullptr;
-size_t spareBytes = 0;
-
-uint8_t* takeSpareMemory(size_t byteCount) {
-    if (spareBytes != byteCount)
-        freeSpareBmpMemory();
-    spareBytes = 0;
-    return std::exchange(spareMemory, nullptr);
-}
-
-// Where the fields of both headers start. The reserved ones stay zero, as does biCompression.
-enum Field : size_t {
-    bfType = 0,
-    bfSize = 2,
-    bfReserved1 = 6,
-    bfReserved2 = 8,
-    bfOffBits = 10,
-    biSize = 14,
-    biWidth = 18,
-    biHeight = 22,
-    biPlanes = 26,
-    biBitCount = 28,
-    biCompression = 30,
-    biSizeImage = 34,
-    biXPelsPerMeter = 38,
-    biYPelsPerMeter = 42,
-    biClrUsed = 46,
-    biClrImportant = 50,
-};
 
 class RecordWriter {
 public:
-    explicit RecordWriter(BmpHeaderRecord& record) : record_(record) {}
-    void word(size_t offset, uint64_t value) { littleEndian(offset, value, 2); }
-    void doubleWord(size_t offset, uint64_t value) { littleEndian(offset, value, 4); }
-    void paletteEntry(size_t index, uint8_t level) {
-        std::fill_n(
-            record_.begin() + static_cast<std::ptrdiff_t>(headerBytes + 4 * index), 3, level);
+    explicit RecordWriter(std::span<uint8_t> record) : record_(record) {}
+    void word(BmpField field, int value) {
+        writeInteger(record_.subspan(field), std::endian::little, static_cast<uint16_t>(value));
+    }
+    void doubleWord(BmpField field, uint64_t value) {
+        writeInteger(record_.subspan(field), std::endian::little, static_cast<uint32_t>(value));
+    }
+    void greyEntry(size_t index, uint8_t level) {
+        std::ranges::fill(record_.subspan(bmpHeaderBytes + 4 * index, 3), level);
     }
 
 private:
-    void littleEndian(size_t offset, uint64_t value, size_t count) {
-        for (size_t i = 0; i < count; ++i)
-            record_[offset + i] = static_cast<uint8_t>(value >> (8 * i));
-    }
-    BmpHeaderRecord& record_;
+    std::span<uint8_t> record_;
 };
 
 void fillPalette(RecordWriter& fields, int bitsPerPixel) {
     if (bitsPerPixel == 1)
-        fields.paletteEntry(1, 0xFF);
+        fields.greyEntry(1, 0xFF);
     if (bitsPerPixel != 8)
         return;
     for (size_t level = 0; level < 256; ++level)
-        fields.paletteEntry(level, static_cast<uint8_t>(level));
+        fields.greyEntry(level, static_cast<uint8_t>(level));
 }
 
 uint32_t pelsPerMetre(uint32_t dpi) {
@@ -107,13 +67,10 @@ uint32_t pelsPerMetre(uint32_t dpi) {
 }
 
 uint32_t heightOf(const BmpHeaderRecord& header) {
-    const auto byteAt = [&header](size_t index) {
-        return static_cast<uint32_t>(header[biHeight + index]);
-    };
-    return byteAt(0) | byteAt(1) << 8 | byteAt(2) << 16 | byteAt(3) << 24;
+    return readInteger<uint32_t>(std::span(header).subspan(biHeight), std::endian::little);
 }
 
-// As "wb" opens it, but through no link that a stranger laid into a shared folder.
+// Like "wb", but never through a link that another user put into a shared folder.
 std::FILE* openForBinaryWriting(const char* fileName) {
     Descriptor file = openForWriting(fileName);
     std::FILE* stream = file.isOpen() ? ::fdopen(file.number(), "wb") : nullptr;
@@ -124,7 +81,7 @@ std::FILE* openForBinaryWriting(const char* fileName) {
 
 } // namespace
 
-BmpAllocator bmpAllocator = allocateBlock;
+BmpAllocator bmpAllocator = allocatePageMemory;
 std::FILE* bmpMessageStream = nullptr;
 
 uint64_t bmpStride(int32_t pixelsWide, int bitsPerPixel) {
@@ -132,7 +89,7 @@ uint64_t bmpStride(int32_t pixelsWide, int bitsPerPixel) {
 }
 
 uint32_t bmpPixelOffset(int bitsPerPixel) {
-    return static_cast<uint32_t>(headerBytes + 4 * paletteEntries(bitsPerPixel));
+    return static_cast<uint32_t>(bmpHeaderBytes + 4 * paletteEntries(bitsPerPixel));
 }
 
 BmpHeaderRecord makeBmpHeader(const BmpPageLayout& page, uint32_t xResDpi, uint32_t yResDpi) {
@@ -144,13 +101,13 @@ BmpHeaderRecord makeBmpHeader(const BmpPageLayout& page, uint32_t xResDpi, uint3
     BmpHeaderRecord record{};
     RecordWriter fields(record);
     fields.word(bfType, 0x4D42);
-    fields.doubleWord(bfSize, headerBytes + uint64_t{pixelOffset} + imageBytes);
+    fields.doubleWord(bfSize, bmpHeaderBytes + uint64_t{pixelOffset} + imageBytes);
     fields.doubleWord(bfOffBits, pixelOffset);
-    fields.doubleWord(biSize, 40);
+    fields.doubleWord(biSize, bmpInfoHeaderBytes);
     fields.doubleWord(biWidth, static_cast<uint32_t>(page.pixelsWide));
     fields.doubleWord(biHeight, static_cast<uint32_t>(page.pixelsHigh));
     fields.word(biPlanes, 1);
-    fields.word(biBitCount, static_cast<uint64_t>(page.bitsPerPixel));
+    fields.word(biBitCount, page.bitsPerPixel);
     fields.doubleWord(biSizeImage, imageBytes);
     fields.doubleWord(biXPelsPerMeter, pelsPerMetre(xResDpi));
     fields.doubleWord(biYPelsPerMeter, pelsPerMetre(yResDpi));
@@ -178,19 +135,14 @@ void swapRedAndBlue(uint8_t* pixels, int32_t rows, int64_t bytesPerRow) {
         swapFirstAndThird(pixels + y * stride, stride / 3 + 1);
 }
 
-void BmpBlock::Release::operator()(uint8_t* memory) const noexcept {
-    if (byteCount < worthKeeping) {
-        std::free(memory);
-        return;
-    }
-    freeSpareBmpMemory();
-    spareMemory = memory;
-    spareBytes = byteCount;
+void BmpBlock::Release::operator()(uint8_t* bytes) const noexcept {
+    PageMemory memory(bytes, pageMemory);
+    if (pageMemory.mappedBytes != 0) // large
+        spareMemory = std::move(memory);
 }
 
 void freeSpareBmpMemory() {
-    std::free(std::exchange(spareMemory, nullptr));
-    spareBytes = 0;
+    spareMemory.reset();
 }
 
 std::optional<BmpBlock> BmpBlock::allocate(const BmpPageLayout& page) {
@@ -207,12 +159,13 @@ std::optional<BmpBlock> BmpBlock::allocate(const BmpPageLayout& page) {
         total > static_cast<uint64_t>(PTRDIFF_MAX))
         return std::nullopt;
     const auto byteCount = static_cast<size_t>(total);
-    uint8_t* memory = takeSpareMemory(byteCount);
-    if (memory == nullptr)
-        memory = static_cast<uint8_t*>(bmpAllocator(byteCount));
-    if (memory == nullptr)
+    PageMemory memory = takeSpareMemory(byteCount);
+    if (!memory)
+        memory = bmpAllocator(byteCount);
+    if (!memory)
         return std::nullopt;
-    block.memory_ = {memory, {byteCount}};
+    const FreePageMemory freePageMemory = memory.get_deleter();
+    block.memory_ = {memory.release(), {freePageMemory}};
     return block;
 }
 
@@ -224,7 +177,7 @@ void BmpBlock::copyFileRows(const uint8_t* pixels, uint64_t firstFileRow, uint64
         const uint64_t length = std::min(rowLength, rowBytes_ - offset);
         uint8_t* target = rows() + offset;
         std::memcpy(target, pixels + (rowCount - 1 - fileRow) * rowLength, length);
-        if (length < stride_) // padding: fresh memory would carry whatever lay there into the file
+        if (length < stride_) // padding: reused memory holds an earlier page
             std::memset(target + length, 0, stride_ - length);
     }
 }

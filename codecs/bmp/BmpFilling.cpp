@@ -8,10 +8,10 @@ namespace paperline {
 namespace {
 
 constexpr uint64_t worthAThread = uint64_t{2} << 20; // bytes of pixels
-constexpr uint64_t bandBytes = 128 * 1024;           // what stays in a processor's cache
+constexpr uint64_t bandBytes = 128 * 1024;           // fits the processor's cache
 
-// A swap that reaches over a row's end and a copy that reaches over a file row's make the order of
-// the rows count.
+// False when a swap reaches past the end of a row, or a copy past that of a file row: then the
+// order of the rows matters.
 bool rowsAreIndependent(const BmpPageLayout& page, uint64_t stride) {
     return (page.bitsPerPixel != 24 || page.bytesPerRow % 3 == 0) &&
            static_cast<uint64_t>(page.bytesPerRow) <= stride;
@@ -29,7 +29,7 @@ BmpFilling::BmpFilling(BmpBlock& block, uint8_t* pixels) : block_(block), pixels
             helper_ = std::thread([this] { fill(); });
             return;
         } catch (const std::exception&) {
-            // No thread, or no memory for one: then before the file is written.
+            // No thread or no memory for one: fill() runs here.
         }
     }
     fill();
@@ -61,7 +61,7 @@ void BmpFilling::fill() {
                            page.bytesPerRow);
         block_.copyFileRows(pixels_, row, count);
         row += count;
-        // In one order with the look at who waits: a weaker store could miss one who begins to.
+        // seq_cst: pairs with the wait; release could lose a wake-up.
         filledRows_.store(static_cast<uint32_t>(row));
         filledRows_.notify_one();
     }

@@ -1,4 +1,4 @@
-// Brings a page's pixels into its file's order while the file is already being written.
+// Converts a page to the pixel order of BMP files while the file is already being written.
 #pragma once
 
 #include "codecs/bmp/BmpFile.h"
@@ -11,15 +11,15 @@ namespace paperline {
 
 class BmpFilling {
 public:
-    // Exchanges red and blue of 24-bit pixels, in place, and copies the rows into the block, those
-    // that come first in the file first. A large page is filled by a thread of its own: pixels and
-    // block must stay, and be left alone where they are not awaited, until this object ends.
+    // Swaps red and blue of 24-bit pixels in place and copies the rows into the block, in the order
+    // of the file. A large page is filled by a thread: pixels and block must outlive this object,
+    // and only what was awaited may be read.
     BmpFilling(BmpBlock& block, uint8_t* pixels);
-    ~BmpFilling(); // waits for the end
+    ~BmpFilling(); // waits until the block is filled
     BmpFilling(const BmpFilling&) = delete;
     BmpFilling& operator=(const BmpFilling&) = delete;
 
-    // Returns when so many bytes of the file's rows are there, or all are.
+    // Returns when the first `rowBytes` bytes of the file's rows are filled, or all of them.
     void await(uint64_t rowBytes);
     void awaitAll() { await(block_.stride() * block_.fileRowCount()); }
 

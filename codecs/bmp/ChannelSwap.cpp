@@ -17,10 +17,10 @@ void swapOneByOne(uint8_t* bytes, size_t count) {
 
 #if defined(__x86_64__)
 
-// Sixteen groups at a time: 48 bytes are three registers, and only the two groups that lie across
-// registers need bytes of a neighbour.
+// Sixteen groups at a time fill three registers; only the two groups that cross a register boundary
+// need bytes of a neighbour.
 __attribute__((target("ssse3"))) size_t swapBySixteen(uint8_t* bytes, size_t count) {
-    constexpr char no = -1; // gives a zero byte
+    constexpr char no = -1; // yields a zero byte
     const __m128i first = _mm_setr_epi8(2, 1, 0, 5, 4, 3, 8, 7, 6, 11, 10, 9, 14, 13, 12, no);
     const __m128i firstFromSecond =
         _mm_setr_epi8(no, no, no, no, no, no, no, no, no, no, no, no, no, no, no, 1);

@@ -6,7 +6,7 @@
 
 namespace paperline {
 
-// Swaps bytes 0 and 2 of each of `count` groups of three that follow one another.
+// Swaps bytes 0 and 2 of each of `count` consecutive groups of three.
 void swapFirstAndThird(uint8_t* bytes, size_t count);
 
 } // namespace paperline

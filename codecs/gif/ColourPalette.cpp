@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <unordered_map>
+#include <unordered_set>
 
 namespace paperline {
 namespace {
@@ -12,13 +12,14 @@ constexpr unsigned bitsPerAxis = 5; // of the histogram
 constexpr size_t stepsPerAxis = size_t{1} << bitsPerAxis;
 constexpr unsigned droppedBits = 8 - bitsPerAxis;
 
-// Pixels of one cell of the histogram. Looking at no more than this many keeps the sums in 32 bits.
+// Sums of so many samples fit 32 bits.
 constexpr int64_t mostSamples = int64_t{1} << 24;
 
+// A cell of the histogram, with the sums of its pixels' samples.
 struct Cell {
     uint32_t count = 0;
     std::array<uint32_t, 3> sum{};
-    std::array<uint8_t, 3> place{};
+    std::array<uint8_t, 3> position{}; // along each axis
 };
 
 struct Sums {
@@ -37,7 +38,7 @@ struct Sums {
             rest.sum[axis] = sum[axis] - other.sum[axis];
         return rest;
     }
-    // What the mean explains of the squares: the more, the smaller the error that is left.
+    // The part of the sum of squares that the mean explains; the rest is the error.
     double explained() const {
         if (count <= 0)
             return 0;
@@ -52,21 +53,21 @@ Sums sumsOf(const Cell& cell) {
              static_cast<double>(cell.sum[2])}};
 }
 
-// A range of the list of cells, and its best cut: cells up to `place` on `axis` go to one side.
+// A range of the list of cells and its best cut, after `position` on `axis`.
 struct Box {
     size_t begin = 0, end = 0;
     Sums total;
-    double gain = 0; // 0: a single cell, nothing to cut
+    double gain = 0; // 0: cannot be cut
     size_t axis = 0;
-    uint8_t place = 0;
+    uint8_t position = 0;
 };
 
 using Projection = std::array<Sums, stepsPerAxis>;
 
 void findCutOnAxis(Box& box, size_t axis, const Projection& projection) {
     Sums left;
-    for (size_t place = 0; place + 1 < stepsPerAxis; ++place) {
-        left.add(projection[place]);
+    for (size_t position = 0; position + 1 < stepsPerAxis; ++position) {
+        left.add(projection[position]);
         const Sums right = box.total.without(left);
         if (left.count <= 0 || right.count <= 0)
             continue;
@@ -74,7 +75,7 @@ void findCutOnAxis(Box& box, size_t axis, const Projection& projection) {
         if (gain > box.gain) {
             box.gain = gain;
             box.axis = axis;
-            box.place = static_cast<uint8_t>(place);
+            box.position = static_cast<uint8_t>(position);
         }
     }
 }
@@ -86,14 +87,14 @@ Box makeBox(const std::vector<Cell>& cells, size_t begin, size_t end) {
         const Sums sums = sumsOf(cells[at]);
         box.total.add(sums);
         for (size_t axis = 0; axis < 3; ++axis)
-            projections[axis][cells[at].place[axis]].add(sums);
+            projections[axis][cells[at].position[axis]].add(sums);
     }
     for (size_t axis = 0; axis < 3; ++axis)
         findCutOnAxis(box, axis, projections[axis]);
     return box;
 }
 
-// Every second pixel of every second row, staggered; fewer of a very large page.
+// Every second pixel of every second row, staggered; fewer rows of a very large page.
 std::vector<Cell> countColours(const BitmapImageRep& page) {
     std::vector<Cell> table(stepsPerAxis * stepsPerAxis * stepsPerAxis);
     const auto width = static_cast<size_t>(page.pixelsWide());
@@ -105,19 +106,18 @@ std::vector<Cell> countColours(const BitmapImageRep& page) {
         const size_t first = width > 1 ? static_cast<size_t>(y / rowStep % 2) : 0;
         for (size_t x = first; x < width; x += 2) {
             const uint8_t* pixel = row.data() + 3 * x;
-            const size_t place = static_cast<size_t>(pixel[0] >> droppedBits) << (2 * bitsPerAxis) |
-                                 static_cast<size_t>(pixel[1] >> droppedBits) << bitsPerAxis |
-                                 static_cast<size_t>(pixel[2] >> droppedBits);
-            Cell& cell = table[place];
+            Cell& cell = table[static_cast<size_t>(pixel[0] >> droppedBits) << (2 * bitsPerAxis) |
+                               static_cast<size_t>(pixel[1] >> droppedBits) << bitsPerAxis |
+                               static_cast<size_t>(pixel[2] >> droppedBits)];
             ++cell.count;
             for (size_t axis = 0; axis < 3; ++axis)
                 cell.sum[axis] += pixel[axis];
         }
     }
     for (size_t at = 0; at < table.size(); ++at)
-        table[at].place = {static_cast<uint8_t>(at >> (2 * bitsPerAxis)),
-                           static_cast<uint8_t>(at >> bitsPerAxis & (stepsPerAxis - 1)),
-                           static_cast<uint8_t>(at & (stepsPerAxis - 1))};
+        table[at].position = {static_cast<uint8_t>(at >> (2 * bitsPerAxis)),
+                              static_cast<uint8_t>(at >> bitsPerAxis & (stepsPerAxis - 1)),
+                              static_cast<uint8_t>(at & (stepsPerAxis - 1))};
     std::erase_if(table, [](const Cell& cell) { return cell.count == 0; });
     return table;
 }
@@ -130,17 +130,15 @@ uint8_t meanOf(const Sums& sums, size_t axis) {
 
 Palette coloursOfPage(const BitmapImageRep& page) {
     Palette palette;
-    std::unordered_map<uint32_t, bool> seen;
+    std::unordered_set<uint32_t> seen;
     uint32_t previous = UINT32_MAX;
     for (int32_t y = 0; y < page.pixelsHigh(); ++y) {
         const std::span<const uint8_t> row = page.row(y);
         for (size_t x = 0; x < static_cast<size_t>(page.pixelsWide()); ++x) {
             const PaletteColour colour{row[3 * x], row[3 * x + 1], row[3 * x + 2]};
-            const uint32_t key = static_cast<uint32_t>(colour.red) << 16 |
-                                 static_cast<uint32_t>(colour.green) << 8 | colour.blue;
-            if (key == previous || !seen.emplace(key, true).second)
+            if (colour.key() == previous || !seen.insert(colour.key()).second)
                 continue;
-            previous = key;
+            previous = colour.key();
             if (palette.size() == mostPaletteColours)
                 return {};
             palette.push_back(colour);
@@ -153,17 +151,18 @@ Palette choosePalette(const BitmapImageRep& page) {
     std::vector<Cell> cells = countColours(page);
     std::vector<Box> boxes{makeBox(cells, 0, cells.size())};
     while (boxes.size() < mostPaletteColours) {
-        const auto widest = std::max_element(
+        const auto best = std::max_element(
             boxes.begin(), boxes.end(), [](const Box& a, const Box& b) { return a.gain < b.gain; });
-        if (widest->gain <= 0)
+        if (best->gain <= 0)
             break;
-        const Box box = *widest;
+        const Box box = *best;
         const auto first = cells.begin() + static_cast<std::ptrdiff_t>(box.begin);
         const auto last = cells.begin() + static_cast<std::ptrdiff_t>(box.end);
-        const auto middle = std::partition(
-            first, last, [&box](const Cell& cell) { return cell.place[box.axis] <= box.place; });
+        const auto middle = std::partition(first, last, [&box](const Cell& cell) {
+            return cell.position[box.axis] <= box.position;
+        });
         const auto cut = static_cast<size_t>(middle - cells.begin());
-        *widest = makeBox(cells, box.begin, cut);
+        *best = makeBox(cells, box.begin, cut);
         boxes.push_back(makeBox(cells, cut, box.end));
     }
     Palette palette;

@@ -1,4 +1,4 @@
-// Few colours for a page of many.
+// Reduces a page's colours to a palette.
 #pragma once
 
 #include "codecs/pixels/BitmapImageRep.h"
@@ -11,19 +11,21 @@ namespace paperline {
 
 struct PaletteColour {
     uint8_t red = 0, green = 0, blue = 0;
+
+    uint32_t key() const { return uint32_t{red} << 16 | uint32_t{green} << 8 | blue; }
     bool operator==(const PaletteColour&) const = default;
 };
 
 inline constexpr size_t mostPaletteColours = 256;
 using Palette = std::vector<PaletteColour>;
 
-// The colours of a 24-bit page, in the order in which they first appear; empty when there are more
+// The colours of a 24-bit page in the order of their first appearance; empty when there are more
 // than 256.
 Palette coloursOfPage(const BitmapImageRep& page);
 
-// Up to 256 colours that stand for those of a 24-bit page with the smallest squared error that
-// cutting the colour space along its axes can reach (after Wu): the box whose best cut takes away
-// most of the error is cut next, and each box gives its mean. A quarter of the pixels is looked at.
+// Up to 256 colours for a 24-bit page, by Wu's method: the colour space is cut into boxes along its
+// axes, always by the cut that removes most of the squared error, and each box yields its mean.
+// Looks at a quarter of the pixels.
 Palette choosePalette(const BitmapImageRep& page);
 
 } // namespace paperline

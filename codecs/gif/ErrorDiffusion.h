@@ -1,4 +1,4 @@
-// Puts a palette's colours in place of a page's, so that areas keep their mean colour.
+// Maps a page to a palette by error diffusion (Floyd and Steinberg).
 #pragma once
 
 #include "codecs/gif/ColourPalette.h"
@@ -12,11 +12,10 @@ namespace paperline {
 
 class ErrorDiffusion {
 public:
-    // 1 to 256 colours; rows are `widthPixels` wide.
+    // A palette of 1 to 256 colours, rows of `widthPixels` pixels.
     ErrorDiffusion(const Palette& palette, int32_t widthPixels);
 
-    // The next row, RGB, as places in the palette. What a pixel misses goes to its neighbours to
-    // the right and below, by the weights of Floyd and Steinberg.
+    // Writes the palette indices of the page's next row of RGB pixels.
     void mapRow(std::span<const uint8_t> rgb, std::span<uint8_t> indices);
 
 private:
@@ -24,8 +23,8 @@ private:
 
     std::array<std::array<int32_t, 3>, mostPaletteColours> colours_{};
     size_t colourCount_;
-    std::vector<int16_t> nearest_; // by the upper 5 bits of red, green and blue; -1: not asked yet
-    std::vector<int16_t> missed_;  // sixteenths, for the next row; a pixel more at both ends
+    std::vector<int16_t> nearest_; // by the upper 5 bits of red, green and blue; -1: unknown
+    std::vector<int16_t> errors_;  // in 1/16, for the next row; with a pixel more at both ends
 };
 
 } // namespace paperline

@@ -1,7 +1,6 @@
 #include "codecs/gif/GifCodec.h"
 
 #include "codecs/gif/GifRows.h"
-#include "codecs/pixels/PageLayout.h"
 
 #include <memory>
 #include <new>
@@ -19,7 +18,7 @@ int appendBytes(GifFileType* gif, const GifByteType* bytes, int count) {
         file.insert(file.end(), bytes, bytes + count);
         return count;
     } catch (const std::bad_alloc&) {
-        return 0; // the library takes it as a failed write
+        return 0; // a failed write for the library
     }
 }
 
@@ -33,19 +32,19 @@ struct ColourMapFreer {
 };
 using ColourMapHandle = std::unique_ptr<ColorMapObject, ColourMapFreer>;
 
-// Tables hold a power of two of colours, two at least; the rest stays black.
+// The number of colours is a power of two, at least 2; unused ones are black.
 ColourMapHandle makeColourMap(const Palette& palette) {
     int count = 2;
     while (static_cast<size_t>(count) < palette.size())
         count *= 2;
     ColourMapHandle map(GifMakeMapObject(count, nullptr));
-    for (size_t place = 0; map && place < palette.size(); ++place)
-        map->Colors[place] = {palette[place].red, palette[place].green, palette[place].blue};
+    for (size_t index = 0; map && index < palette.size(); ++index)
+        map->Colors[index] = {palette[index].red, palette[index].green, palette[index].blue};
     return map;
 }
 
 bool putHeader(GifFileType& gif, const BitmapImageRep& page, ColorMapObject& map) {
-    EGifSetGifVersion(&gif, false); // 87a: nothing here needs more
+    EGifSetGifVersion(&gif, false); // 87a
     return EGifPutScreenDesc(
                &gif, page.pixelsWide(), page.pixelsHigh(), map.BitsPerPixel, 0, &map) == GIF_OK &&
            EGifPutImageDesc(&gif, 0, 0, page.pixelsWide(), page.pixelsHigh(), false, nullptr) ==

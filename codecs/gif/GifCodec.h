@@ -1,4 +1,4 @@
-// GIF files by giflib.
+// Encodes GIF files by giflib.
 #pragma once
 
 #include "codecs/pixels/BitmapImageRep.h"
@@ -9,10 +9,10 @@
 
 namespace paperline {
 
-// A GIF of one picture. 1-bit pages have two colours and 1 bit a pixel, grey ones the 256 greys;
-// both are exact. 24-bit pages of at most 256 colours are exact, too, others get the best 256 with
-// error diffusion. The format has no place for a resolution. Nothing when the page has another
-// layout, is larger than 65,535 pixels a side, or memory runs out.
+// A GIF of one image. 1-bit pages (two colours), grey pages (256) and 24-bit pages of at most 256
+// colours are exact; others get a palette of 256 colours with error diffusion. GIF stores no
+// resolution. Nothing when the page has another layout, is larger than 65,535 pixels a side, or
+// memory runs out.
 [[nodiscard]] std::optional<std::vector<uint8_t>> encodeGif(const BitmapImageRep& page);
 
 } // namespace paperline

@@ -14,7 +14,7 @@ namespace paperline {
 namespace {
 
 constexpr PaletteColour white{255, 255, 255};
-// Some readers lose rows of pictures that do not even have one in the second pass.
+// Some readers lose rows of images without a row in the second pass.
 constexpr int32_t fewestInterlacedRows = 5;
 
 struct GifCloser {
@@ -30,11 +30,11 @@ int readBytes(GifFileType* gif, GifByteType* target, int count) {
     return static_cast<int>(taken);
 }
 
-// The place of the transparent colour, or NO_TRANSPARENT_COLOR, which stays when the extension is
-// another one. False when it is damaged.
+// Sets the transparent index if the extension is a graphics control block. False when it is
+// damaged.
 bool readExtension(GifFileType& gif, int& transparent) {
     int kind = 0;
-    GifByteType* block = nullptr; // its length in front
+    GifByteType* block = nullptr; // its length first
     if (DGifGetExtension(&gif, &kind, &block) != GIF_OK)
         return false;
     if (kind == GRAPHICS_EXT_FUNC_CODE) {
@@ -49,8 +49,8 @@ bool readExtension(GifFileType& gif, int& transparent) {
     return true;
 }
 
-// Goes on to the file's first picture.
-bool findPicture(GifFileType& gif, int& transparent) {
+// Skips to the first image.
+bool findImage(GifFileType& gif, int& transparent) {
     GifRecordType record = UNDEFINED_RECORD_TYPE;
     while (DGifGetRecordType(&gif, &record) == GIF_OK) {
         if (record == IMAGE_DESC_RECORD_TYPE)
@@ -61,21 +61,18 @@ bool findPicture(GifFileType& gif, int& transparent) {
     return false;
 }
 
-bool lieWithin(int32_t start, int32_t length, int32_t whole) {
-    return start >= 0 && length > 0 && length <= whole && start <= whole - length;
+// Along one axis. Some readers refuse a screen more than ten times as long as its image.
+bool fits(int32_t start, int32_t length, int32_t screen) {
+    constexpr int32_t alwaysAccepted = 200;
+    return start >= 0 && length > 0 && length <= screen && start <= screen - length &&
+           screen / 10 <= std::max(length, alwaysAccepted);
 }
 
-// Readers distrust a screen more than ten times as long as what it shows.
-bool isFarTooLong(int32_t screen, int32_t picture) {
-    constexpr int32_t anyway = 200;
-    return screen / 10 > std::max(picture, anyway);
-}
-
-// The codes of all blocks and the spare bytes behind them; empty when the file ends before.
+// The codes of all blocks, then the spare bytes; empty when the file ends early.
 std::vector<uint8_t> readCodes(GifFileType& gif, int& literalBits, size_t mostBytes) {
     std::vector<uint8_t> codes;
     codes.reserve(mostBytes);
-    GifByteType* block = nullptr; // its length in front
+    GifByteType* block = nullptr; // its length first
     if (DGifGetCode(&gif, &literalBits, &block) != GIF_OK)
         return {};
     while (block != nullptr) {
@@ -91,49 +88,39 @@ PaletteColour colourOf(const GifColorType& colour) {
     return {colour.Red, colour.Green, colour.Blue};
 }
 
-void takeColours(const GifFileType& gif, int transparent, GifPicture& picture) {
+void setColours(const GifFileType& gif, int transparent, GifPicture& picture) {
     const bool hasOwnPalette = gif.Image.ColorMap != nullptr;
     const ColorMapObject& map = hasOwnPalette ? *gif.Image.ColorMap : *gif.SColorMap;
     picture.colours.fill(white);
     const auto count = std::min(static_cast<size_t>(map.ColorCount), picture.colours.size());
-    for (size_t place = 0; place < count; ++place)
-        picture.colours[place] = colourOf(map.Colors[place]);
+    std::transform(map.Colors, map.Colors + count, picture.colours.begin(), colourOf);
     if (transparent != NO_TRANSPARENT_COLOR) {
         picture.colours[static_cast<size_t>(transparent)] = white;
         picture.behind = white;
     } else if (gif.SColorMap != nullptr) {
-        const GifColorType* const colours = gif.SColorMap->Colors;
-        const bool meansNothing = gif.SBackGroundColor >= gif.SColorMap->ColorCount;
-        picture.behind = meansNothing ? white : colourOf(colours[gif.SBackGroundColor]);
+        const bool isColour = gif.SBackGroundColor < gif.SColorMap->ColorCount;
+        picture.behind = isColour ? colourOf(gif.SColorMap->Colors[gif.SBackGroundColor]) : white;
     }
 }
 
-bool hasPalette(const GifFileType& gif) {
-    return gif.Image.ColorMap != nullptr || gif.SColorMap != nullptr;
-}
-
-bool hasUsualPlace(const GifFileType& gif) {
+// Whether all readers agree on the image.
+bool isUnambiguous(const GifFileType& gif) {
     const GifImageDesc& frame = gif.Image;
-    const bool isInterlacedForNothing = frame.Interlace && frame.Height < fewestInterlacedRows;
-    return !isInterlacedForNothing && lieWithin(frame.Left, frame.Width, gif.SWidth) &&
-           lieWithin(frame.Top, frame.Height, gif.SHeight) &&
-           !isFarTooLong(gif.SWidth, frame.Width) && !isFarTooLong(gif.SHeight, frame.Height);
+    return (frame.ColorMap != nullptr || gif.SColorMap != nullptr) &&
+           (!frame.Interlace || frame.Height >= fewestInterlacedRows) &&
+           fits(frame.Left, frame.Width, gif.SWidth) && fits(frame.Top, frame.Height, gif.SHeight);
 }
 
-bool hasFewPixels(const GifFileType& gif, uint64_t maximumPixels) {
-    return gif.SWidth > 0 && gif.SHeight > 0 &&
-           withinPixels(static_cast<uint64_t>(gif.SWidth),
-                        static_cast<uint64_t>(gif.SHeight),
-                        maximumPixels);
+PixelSize screenSize(const GifFileType& gif) {
+    return {static_cast<uint32_t>(gif.SWidth), static_cast<uint32_t>(gif.SHeight)};
 }
 
 std::optional<GifPicture> decode(std::span<const uint8_t> file, uint64_t maximumPixels) {
     const size_t fileBytes = file.size();
     const GifHandle gif(DGifOpen(&file, readBytes, nullptr));
     int transparent = NO_TRANSPARENT_COLOR;
-    if (!gif || !hasFewPixels(*gif, maximumPixels) || !findPicture(*gif, transparent))
-        return std::nullopt;
-    if (!hasPalette(*gif) || !hasUsualPlace(*gif))
+    if (!gif || !isWithin(screenSize(*gif), maximumPixels) || !findImage(*gif, transparent) ||
+        !isUnambiguous(*gif))
         return std::nullopt;
     const GifImageDesc& frame = gif->Image;
     GifPicture picture;
@@ -144,18 +131,18 @@ std::optional<GifPicture> decode(std::span<const uint8_t> file, uint64_t maximum
     picture.width = frame.Width;
     picture.height = frame.Height;
     picture.isInterlaced = frame.Interlace;
-    takeColours(*gif, transparent, picture);
+    setColours(*gif, transparent, picture);
     int literalBits = 0;
     const std::vector<uint8_t> codes = readCodes(*gif, literalBits, fileBytes);
-    const uint64_t pixels =
-        uint64_t{static_cast<uint32_t>(frame.Width)} * static_cast<uint32_t>(frame.Height);
     picture.memory =
-        expandLzw(codes, static_cast<unsigned>(literalBits), static_cast<size_t>(pixels));
+        expandLzw(codes,
+                  static_cast<unsigned>(literalBits),
+                  static_cast<size_t>(frame.Width) * static_cast<size_t>(frame.Height));
     return picture.memory ? std::optional(std::move(picture)) : std::nullopt;
 }
 
-// Interlaced pictures store every eighth row first, then those between them, the rest of the even
-// ones, and the odd ones.
+// The position of row `y` in an interlaced image: rows 0, 8, 16... come first, then 4, 12..., then
+// 2, 6..., then the odd ones.
 int32_t storedRow(int32_t y, int32_t height) {
     const int32_t eighths = (height + 7) / 8;
     const int32_t quarters = eighths + (height + 3) / 8;

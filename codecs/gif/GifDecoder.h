@@ -1,4 +1,4 @@
-// GIF files as pages: the first picture, read by giflib and expanded here.
+// Decodes the first image of GIF files: blocks are read by giflib, LZW is decoded here.
 #pragma once
 
 #include "codecs/gif/ColourPalette.h"
@@ -12,25 +12,22 @@
 
 namespace paperline {
 
-// A picture on its screen: what it leaves free shows the colour behind it, white where the picture
-// is transparent somewhere.
 struct GifPicture {
     int32_t screenWidth = 0, screenHeight = 0;
-    int32_t left = 0, top = 0, width = 0, height = 0; // within the screen
+    int32_t left = 0, top = 0, width = 0, height = 0; // of the image within the screen
     bool isInterlaced = false;
-    // What a pixel means: white where it is transparent, or means nothing.
+    // White for the transparent index and for indices without a colour.
     std::array<PaletteColour, mostPaletteColours> colours{};
-    PaletteColour behind;
+    PaletteColour behind; // of the screen outside the image
     PageMemory memory;
 
     bool isGrey() const;
-    std::span<const uint8_t> row(int32_t y) const; // of the picture, 0 at its top
+    std::span<const uint8_t> row(int32_t y) const; // of the image, 0 at its top
 };
 
-// The file's first picture. Nothing when it is damaged, has more than `maximumPixels` (which is
-// tested before memory is taken), or is one that readers make different things of: without any
-// palette, beyond its screen, on a screen far too large, interlaced with fewer than five rows, or
-// with more or fewer pixels than it says.
+// Nothing when the file is damaged, has more than `maximumPixels` (checked before memory is
+// allocated), or when readers disagree on it: no palette, an image beyond its screen or on one far
+// too large, interlaced with fewer than five rows, more or fewer pixels than declared.
 [[nodiscard]] std::optional<GifPicture> decodeGif(std::span<const uint8_t> file,
                                                   uint64_t maximumPixels);
 

@@ -12,7 +12,7 @@
 namespace paperline {
 namespace {
 
-// Black and white, or the greys: the sample is the place.
+// Black and white, or grey: the sample is the index.
 class PlainRows : public GifRows {
 public:
     explicit PlainRows(const BitmapImageRep& page)
@@ -31,8 +31,7 @@ public:
         if (page_.bitsPerPixel() == 8)
             std::copy_n(samples.begin(), row_.size(), row_.begin());
         else
-            for (size_t x = 0; x < row_.size(); ++x)
-                row_[x] = static_cast<uint8_t>(samples[x / 8] >> (7 - x % 8) & 1);
+            expandBits(samples, row_, 1);
         return row_;
     }
 
@@ -42,19 +41,13 @@ private:
     std::vector<uint8_t> row_;
 };
 
-uint32_t keyOf(unsigned red, unsigned green, unsigned blue) {
-    return red << 16 | green << 8 | blue;
-}
-
-// Pages of few colours keep them.
+// At most 256 colours.
 class ExactRows : public GifRows {
 public:
     ExactRows(const BitmapImageRep& page, Palette colours)
         : page_(page), palette_(std::move(colours)), row_(static_cast<size_t>(page.pixelsWide())) {
-        for (size_t place = 0; place < palette_.size(); ++place) {
-            const PaletteColour& colour = palette_[place];
-            places_[keyOf(colour.red, colour.green, colour.blue)] = static_cast<uint8_t>(place);
-        }
+        for (size_t index = 0; index < palette_.size(); ++index)
+            indices_[palette_[index].key()] = static_cast<uint8_t>(index);
     }
 
     const Palette& palette() const override { return palette_; }
@@ -62,13 +55,13 @@ public:
     std::span<uint8_t> row(int32_t y) override {
         const std::span<const uint8_t> samples = page_.row(y);
         uint32_t previous = UINT32_MAX;
-        uint8_t place = 0;
+        uint8_t index = 0;
         for (size_t x = 0; x < row_.size(); ++x) {
-            const uint32_t key = keyOf(samples[3 * x], samples[3 * x + 1], samples[3 * x + 2]);
-            if (key != previous)
-                place = places_.find(key)->second;
-            previous = key;
-            row_[x] = place;
+            const PaletteColour colour{samples[3 * x], samples[3 * x + 1], samples[3 * x + 2]};
+            if (colour.key() != previous)
+                index = indices_.find(colour.key())->second;
+            previous = colour.key();
+            row_[x] = index;
         }
         return row_;
     }
@@ -76,12 +69,11 @@ public:
 private:
     const BitmapImageRep& page_;
     Palette palette_;
-    std::unordered_map<uint32_t, uint8_t> places_;
+    std::unordered_map<uint32_t, uint8_t> indices_; // by the colour's key
     std::vector<uint8_t> row_;
 };
 
-// Colours are reduced on a thread of its own, ahead of the taker: half of a GIF's work is its
-// compression, which is the taker's.
+// More colours: a thread maps the rows ahead of the caller, whose compression takes as long.
 class ReducedRows : public GifRows {
 public:
     explicit ReducedRows(const BitmapImageRep& page)
@@ -91,7 +83,7 @@ public:
         try {
             ahead_ = std::thread([this] { reduceAll(); });
         } catch (const std::system_error&) {
-            reduceAll(); // no thread to be had: first one, then the other
+            reduceAll();
         }
     }
     ~ReducedRows() override {
@@ -107,11 +99,11 @@ public:
             rowsDone_.wait(done, std::memory_order_acquire);
             done = rowsDone_.load(std::memory_order_acquire);
         }
-        return place(y);
+        return indicesOf(y);
     }
 
 private:
-    std::span<uint8_t> place(int32_t y) {
+    std::span<uint8_t> indicesOf(int32_t y) {
         const auto width = static_cast<size_t>(page_.pixelsWide());
         return std::span(indices_).subspan(static_cast<size_t>(y) * width, width);
     }
@@ -119,7 +111,7 @@ private:
     void reduceAll() {
         constexpr int32_t rowsAtOnce = 32;
         for (int32_t y = 0; y < page_.pixelsHigh(); ++y) {
-            diffusion_.mapRow(page_.row(y), place(y));
+            diffusion_.mapRow(page_.row(y), indicesOf(y));
             if ((y + 1) % rowsAtOnce != 0 && y + 1 < page_.pixelsHigh())
                 continue;
             rowsDone_.store(y + 1, std::memory_order_release);

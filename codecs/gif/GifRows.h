@@ -1,4 +1,4 @@
-// A page's rows as places in a palette, one after the other.
+// A page's rows as palette indices, one after the other.
 #pragma once
 
 #include "codecs/gif/ColourPalette.h"
@@ -18,12 +18,12 @@ public:
     GifRows& operator=(const GifRows&) = delete;
 
     virtual const Palette& palette() const = 0;
-    // Rows are asked for from the top, each once. A row is good until the next is asked for, and
-    // its taker may write into it.
+    // To be called for each row once, from the top. Valid until the next call; the caller may
+    // overwrite it.
     virtual std::span<uint8_t> row(int32_t y) = 0;
 };
 
-// For a 1, 8 or 24-bit page, which is borrowed. Throws std::bad_alloc.
+// For a 1, 8 or 24-bit page, which must outlive the rows. Throws std::bad_alloc.
 std::unique_ptr<GifRows> makeGifRows(const BitmapImageRep& page);
 
 } // namespace paperline

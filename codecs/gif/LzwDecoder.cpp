@@ -1,5 +1,7 @@
 #include "codecs/gif/LzwDecoder.h"
 
+#include "platform/files/ByteOrder.h"
+
 #include <array>
 #include <cstring>
 #include <utility>
@@ -9,12 +11,12 @@ namespace {
 
 constexpr unsigned widest = 12;
 constexpr uint32_t mostCodes = uint32_t{1} << widest;
-// Most strings are shorter: such a piece is moved at once, whatever is needed of it.
+// Strings are copied in pieces of this size; most are shorter.
 constexpr size_t pieceBytes = 16;
 
-// Every string of the table but the literals is written somewhere in the picture: the code before
-// and the pixel that came next. So a code's string is a place and a length, and the literals stand
-// in front of the picture.
+// Each string of the code table already stands in the picture: the previous string and the pixel
+// after it. So a code is an offset and a length, and the literals are stored in front of the
+// picture.
 class LzwExpander {
 public:
     LzwExpander(std::span<const uint8_t> codes, unsigned literalBits, uint8_t* bytes)
@@ -22,16 +24,16 @@ public:
           literalBits_(literalBits), clearCode_(uint32_t{1} << literalBits), bytes_(bytes) {
         for (uint32_t literal = 0; literal < clearCode_; ++literal) {
             bytes_[literal] = static_cast<uint8_t>(literal);
-            places_[literal] = literal;
+            offsets_[literal] = literal;
             lengths_[literal] = 1;
         }
         clear();
     }
 
-    // Whether the codes fill the bytes up to `end` and no more.
+    // Whether the codes fill the bytes exactly up to `end`.
     bool expandTo(uint32_t end) {
-        auto place = static_cast<uint32_t>(lzwFirstPixel);
-        while (place < end) {
+        auto offset = static_cast<uint32_t>(lzwFirstPixel);
+        while (offset < end) {
             if (!hasCode())
                 return false;
             const uint32_t code = takeCode();
@@ -40,14 +42,14 @@ public:
                 continue;
             }
             addString();
-            // Neither the end's code nor one that is not yet known has a length.
+            // 0 for the end code and for unknown codes.
             const uint32_t length = code < nextCode_ ? lengths_[code] : 0;
-            if (length == 0 || length > end - place)
+            if (length == 0 || length > end - offset)
                 return false;
-            copyString(places_[code], place, length);
-            previousPlace_ = place;
+            copyString(offsets_[code], offset, length);
+            previousOffset_ = offset;
             previousLength_ = length;
-            place += length;
+            offset += length;
         }
         return !hasCode() || takeCode() == clearCode_ + 1;
     }
@@ -62,33 +64,31 @@ private:
     bool hasCode() const { return bit_ + width_ <= codeBits_; }
 
     uint32_t takeCode() {
-        const uint8_t* at = codes_ + bit_ / 8;
-        const uint32_t piece =
-            uint32_t{at[0]} | uint32_t{at[1]} << 8 | uint32_t{at[2]} << 16 | uint32_t{at[3]} << 24;
+        const auto piece = readInteger<uint32_t>({codes_ + bit_ / 8, 4}, std::endian::little);
         const uint32_t code = piece >> bit_ % 8 & ((uint32_t{1} << width_) - 1);
         bit_ += width_;
         return code;
     }
 
-    // The string before and the pixel behind it, which is about to be written.
+    // The previous string and the pixel after it, which is about to be written.
     void addString() {
         if (previousLength_ == 0 || nextCode_ == mostCodes)
             return;
-        places_[nextCode_] = previousPlace_;
+        offsets_[nextCode_] = previousOffset_;
         lengths_[nextCode_] = static_cast<uint16_t>(previousLength_ + 1);
         ++nextCode_;
         if (nextCode_ == uint32_t{1} << width_ && width_ < widest)
             ++width_;
     }
 
-    // May write up to a piece more than the string.
+    // Writes up to a piece more than the string.
     void copyString(uint32_t from, uint32_t to, uint32_t length) {
         for (uint32_t done = 0; done < length; done += pieceBytes) {
             std::array<uint8_t, pieceBytes> piece;
             std::memcpy(piece.data(), bytes_ + from + done, pieceBytes);
             std::memcpy(bytes_ + to + done, piece.data(), pieceBytes);
         }
-        if (from + length > to) // it ends with its own first pixel
+        if (from + length > to) // the string ends with its own first pixel
             bytes_[to + length - 1] = bytes_[to];
     }
 
@@ -99,10 +99,10 @@ private:
     unsigned width_ = 0;
     uint32_t clearCode_;
     uint32_t nextCode_ = 0;
-    uint32_t previousPlace_ = 0;
-    uint32_t previousLength_ = 0; // 0: the next code is the first of a table
+    uint32_t previousOffset_ = 0;
+    uint32_t previousLength_ = 0; // 0: the next code is the first after a clear code
     uint8_t* bytes_;
-    std::array<uint32_t, mostCodes> places_{};
+    std::array<uint32_t, mostCodes> offsets_{};
     std::array<uint16_t, mostCodes> lengths_{};
 };
 

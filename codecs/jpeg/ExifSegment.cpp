@@ -13,7 +13,7 @@
 namespace paperline {
 namespace {
 
-// A segment's length counts itself with two bytes.
+// A segment's length is 16 bits and counts its own two bytes.
 constexpr size_t largestContent = 65535 - 2;
 
 struct Releaser {
@@ -31,7 +31,7 @@ struct Value {
     std::span<const uint8_t> bytes; // in the byte order of the data
 };
 
-// The tag must not be there yet.
+// Adds an entry whose tag `directory` does not have yet.
 bool add(ExifContent* directory, const Value& value) {
     const Handle<ExifMem> memory(exif_mem_new_default());
     const Handle<ExifEntry> entry(memory ? exif_entry_new_mem(memory.get()) : nullptr);
@@ -69,7 +69,7 @@ bool addShort(ExifContent* directory, ExifTag tag, uint16_t number) {
     return add(directory, {tag, EXIF_FORMAT_SHORT, 1, bytes});
 }
 
-// Whole numbers as N/1, others to a hundredth.
+// Whole numbers as N/1, others in hundredths.
 bool addResolution(ExifContent* directory, ExifTag tag, double dpi) {
     const double hundredths = std::round(std::clamp(dpi, 0.01, 1e6) * 100);
     const bool isWhole = std::fmod(hundredths, 100) == 0;
@@ -109,10 +109,11 @@ bool describe(const ExifPicture& picture, ExifData& data, bool resolutionIsKnown
                               !addResolution(main, EXIF_TAG_Y_RESOLUTION, picture.verticalDpi) ||
                               !addShort(main, EXIF_TAG_RESOLUTION_UNIT, 2))) // inches
         return false;
-    // The library's own choice is the one for colour: Y, Cb, Cr.
-    constexpr std::array<uint8_t, 4> lightOnly{1, 0, 0, 0};
+    // The library's default is for colour: Y, Cb, Cr.
+    constexpr std::array<uint8_t, 4> luminanceOnly{1, 0, 0, 0};
     return picture.components != 1 ||
-           add(details, {EXIF_TAG_COMPONENTS_CONFIGURATION, EXIF_FORMAT_UNDEFINED, 4, lightOnly});
+           add(details,
+               {EXIF_TAG_COMPONENTS_CONFIGURATION, EXIF_FORMAT_UNDEFINED, 4, luminanceOnly});
 }
 
 } // namespace
@@ -136,7 +137,7 @@ std::optional<std::vector<uint8_t>> exifSegment(const ExifPicture& picture,
     }
     if (!describe(picture, *data, resolutionIsKnown))
         return std::nullopt;
-    exif_data_fix(data.get()); // adds what the standard demands
+    exif_data_fix(data.get()); // adds the required tags
 
     unsigned char* bytes = nullptr;
     unsigned size = 0;

@@ -15,14 +15,14 @@ struct ExifPicture {
     int32_t widthPixels = 0;
     int32_t heightPixels = 0;
     int components = 0;       // 1 grey, 3 colour
-    double horizontalDpi = 0; // 0: not known
+    double horizontalDpi = 0; // 0: unknown
     double verticalDpi = 0;
 };
 
-// The content of an APP1 segment, from "Exif" on, with what the standard demands of a compressed
-// picture. `older` is the content of the file's own EXIF segment, or nothing: how the picture lies,
-// and its resolution when `picture` does not know it, are carried over, no other tag. Nothing when
-// the result does not fit a segment.
+// The content of an APP1 segment, from "Exif" on, with the tags that the standard requires for a
+// compressed image. `older` is the content of the file's own EXIF segment, or empty: its
+// orientation, and its resolution when `picture` has none, are carried over, no other tag. Nothing
+// when the result does not fit a segment.
 [[nodiscard]] std::optional<std::vector<uint8_t>> exifSegment(const ExifPicture& picture,
                                                               std::span<const uint8_t> older);
 

@@ -1,7 +1,6 @@
 #include "codecs/jpeg/JpegCodec.h"
 
-#include "codecs/pixels/DecodedImage.h"
-#include "codecs/pixels/PageLayout.h"
+#include "codecs/jpeg/JpegHeader.h"
 
 #include <algorithm>
 #include <csetjmp>
@@ -11,19 +10,18 @@
 #include <jerror.h>
 #include <jpeglib.h>
 
-// The library reports errors by a jump. Each function below that sets the jump's target holds
-// nothing with a destructor and changes none of its locals afterwards; what must be released
-// belongs to an object of its caller.
+// The library reports errors by longjmp. A function that calls setjmp has no locals with a
+// destructor and changes none of its locals afterwards; its caller owns what must be released.
 
 namespace paperline {
 namespace {
 
 constexpr int32_t maximumSide = 65500;
-// A file of many scans over a large page keeps a decoder busy for hours.
+// Thousands of progressive scans over a large page would take hours to decode.
 constexpr int maximumScans = 200;
 
 struct ErrorManager {
-    jpeg_error_mgr base{}; // first: the library hands out its address
+    jpeg_error_mgr base{}; // first: libjpeg's pointer to it is cast back
     std::jmp_buf target{};
     bool damaged = false;
 };
@@ -32,32 +30,32 @@ ErrorManager& errorsOf(j_common_ptr info) {
     return *reinterpret_cast<ErrorManager*>(info->err);
 }
 
-[[noreturn]] void jumpOut(j_common_ptr info) {
+[[noreturn]] void leave(j_common_ptr info) {
     std::longjmp(errorsOf(info).target, 1);
 }
 
-// Warnings that leave every pixel as its writer meant it.
+// Warnings that do not mean damaged pixels.
 bool isHarmless(int messageCode) {
     return messageCode == JWRN_EXTRANEOUS_DATA || messageCode == JWRN_ADOBE_XFORM ||
            messageCode == JWRN_JFIF_MAJOR || messageCode == JWRN_BOGUS_PROGRESSION;
 }
 
-void noteMessage(j_common_ptr info, int level) {
+void noteWarning(j_common_ptr info, int level) {
     if (level < 0 && !isHarmless(info->err->msg_code))
         errorsOf(info).damaged = true;
 }
 
-void sayNothing(j_common_ptr /*info*/) {}
+void printNothing(j_common_ptr /*info*/) {}
 
 jpeg_error_mgr* prepare(ErrorManager& errors) {
     jpeg_std_error(&errors.base);
-    errors.base.error_exit = jumpOut;
-    errors.base.emit_message = noteMessage;
-    errors.base.output_message = sayNothing;
+    errors.base.error_exit = leave;
+    errors.base.emit_message = noteWarning;
+    errors.base.output_message = printNothing;
     return &errors.base;
 }
 
-// Collects the file in a vector that the library knows nothing of.
+// Writes the file to a vector.
 struct VectorDestination {
     jpeg_destination_mgr base{};
     std::vector<uint8_t> bytes;
@@ -108,7 +106,7 @@ public:
                                                const JpegOptions& options) {
         const auto rowSamples = static_cast<size_t>(page.pixelsWide());
         std::vector<uint8_t> greyRow;
-        // Most pages shrink to less than a thirtieth; the buffer doubles when one does not.
+        // Enough for most pages; the buffer doubles when it is full.
         const size_t guess = page.bitmapData().size() / 32 + 65536;
         if (!resizeTo(greyRow, page.bitsPerPixel() == 1 ? rowSamples : 0) ||
             !resizeTo(destination_.bytes, guess))
@@ -146,10 +144,10 @@ private:
         while (info_.next_scanline < info_.image_height) {
             const std::span<const uint8_t> row =
                 page.row(static_cast<int32_t>(info_.next_scanline));
-            // The library only reads what it is given.
+            // The library only reads them.
             JSAMPROW samples = const_cast<uint8_t*>(row.data());
             if (page.bitsPerPixel() == 1) {
-                spread(row, greyRow);
+                expandBits(row, {greyRow, info_.image_width}, 255);
                 samples = greyRow;
             }
             jpeg_write_scanlines(&info_, &samples, 1);
@@ -158,112 +156,90 @@ private:
         return true;
     }
 
-    void spread(std::span<const uint8_t> bits, uint8_t* grey) const {
-        for (size_t x = 0; x < info_.image_width; ++x)
-            grey[x] = (bits[x / 8] & (0x80U >> (x % 8))) != 0 ? 255 : 0;
-    }
-
     ErrorManager errors_;
     VectorDestination destination_;
     jpeg_compress_struct info_{};
 };
 
-struct ScanWatch {
-    jpeg_progress_mgr base{};
-};
-
-void watchScans(j_common_ptr info) {
+void limitScans(j_common_ptr info) {
     if (reinterpret_cast<j_decompress_ptr>(info)->input_scan_number > maximumScans)
-        jumpOut(info);
+        leave(info);
 }
 
 class Decoder {
 public:
     Decoder() {
         info_.err = prepare(errors_);
-        watch_.base.progress_monitor = watchScans;
+        progress_.progress_monitor = limitScans;
     }
     ~Decoder() { jpeg_destroy_decompress(&info_); }
     Decoder(const Decoder&) = delete;
     Decoder& operator=(const Decoder&) = delete;
 
-    bool readHeader(std::span<const uint8_t> bytes, int scaleDenominator) {
+    bool readHeader(std::span<const uint8_t> bytes) {
         if (setjmp(errors_.target) != 0)
             return false;
         jpeg_create_decompress(&info_);
-        info_.progress = &watch_.base;
+        info_.progress = &progress_;
         jpeg_mem_src(&info_, bytes.data(), static_cast<unsigned long>(bytes.size()));
         jpeg_read_header(&info_, TRUE);
-        info_.scale_num = 1;
-        info_.scale_denom = static_cast<unsigned>(scaleDenominator);
         if (info_.jpeg_color_space == JCS_CMYK || info_.jpeg_color_space == JCS_YCCK)
             info_.out_color_space = JCS_CMYK;
         else if (info_.jpeg_color_space != JCS_GRAYSCALE)
             info_.out_color_space = JCS_RGB;
-        jpeg_calc_output_dimensions(&info_);
         return !errors_.damaged;
     }
 
+    PixelSize size() const { return {info_.image_width, info_.image_height}; }
+
     std::optional<DecodedImage> decode() {
         DecodedImage result;
-        const bool grey = info_.out_color_space == JCS_GRAYSCALE;
-        result.image = BitmapImageRep::makePage(static_cast<int32_t>(info_.output_width),
-                                                static_cast<int32_t>(info_.output_height),
-                                                grey ? 8 : 24);
-        std::vector<uint8_t> inkRow;
-        const bool inks = info_.out_color_space == JCS_CMYK;
-        if (!result.image || !resizeTo(inkRow, inks ? size_t{4} * info_.output_width : 0) ||
-            !readRows(*result.image, inks ? inkRow.data() : nullptr) || errors_.damaged)
+        const bool isGrey = info_.out_color_space == JCS_GRAYSCALE;
+        const bool isCmyk = info_.out_color_space == JCS_CMYK;
+        std::vector<uint8_t> cmykRow;
+        result.image = BitmapImageRep::makePage(static_cast<int32_t>(info_.image_width),
+                                                static_cast<int32_t>(info_.image_height),
+                                                isGrey ? 8 : 24);
+        if (!result.image || !resizeTo(cmykRow, isCmyk ? size_t{4} * info_.image_width : 0) ||
+            !readRows(*result.image, isCmyk ? cmykRow.data() : nullptr) || errors_.damaged)
             return std::nullopt;
-        setResolution(result);
+        if (info_.saw_JFIF_marker) {
+            result.horizontalDpi = jpegDpi(info_.density_unit, info_.X_density);
+            result.verticalDpi = jpegDpi(info_.density_unit, info_.Y_density);
+        }
         return result;
     }
 
-    Size pixelSize() const {
-        return {static_cast<double>(info_.image_width), static_cast<double>(info_.image_height)};
-    }
-
 private:
-    bool readRows(BitmapImageRep& image, uint8_t* inkRow) {
+    bool readRows(BitmapImageRep& image, uint8_t* cmykRow) {
         if (setjmp(errors_.target) != 0)
             return false;
         jpeg_start_decompress(&info_);
         while (info_.output_scanline < info_.output_height) {
             const std::span<uint8_t> row = image.row(static_cast<int32_t>(info_.output_scanline));
-            JSAMPROW samples = inkRow != nullptr ? inkRow : row.data();
+            JSAMPROW samples = cmykRow != nullptr ? cmykRow : row.data();
             if (jpeg_read_scanlines(&info_, &samples, 1) != 1)
                 return false;
-            if (inkRow != nullptr)
-                mixInks(inkRow, row);
+            if (cmykRow != nullptr)
+                putRgb(cmykRow, row);
         }
         jpeg_finish_decompress(&info_);
         return true;
     }
 
-    // Files with Adobe's marker hold the light that the inks leave, others the inks.
-    void mixInks(const uint8_t* inks, std::span<uint8_t> rgb) const {
-        const unsigned turned = info_.saw_Adobe_marker ? 0U : 255U;
+    // Adobe stores CMYK inverted.
+    void putRgb(const uint8_t* cmyk, std::span<uint8_t> rgb) const {
+        const unsigned inverted = info_.saw_Adobe_marker ? 0U : 255U;
         for (size_t x = 0; x < info_.output_width; ++x) {
-            const unsigned black = inks[4 * x + 3] ^ turned;
+            const unsigned black = cmyk[4 * x + 3] ^ inverted;
             for (size_t channel = 0; channel < 3; ++channel)
                 rgb[3 * x + channel] =
-                    static_cast<uint8_t>(((inks[4 * x + channel] ^ turned) * black + 127) / 255);
+                    static_cast<uint8_t>(((cmyk[4 * x + channel] ^ inverted) * black + 127) / 255);
         }
     }
 
-    void setResolution(DecodedImage& result) const {
-        if (!info_.saw_JFIF_marker || (info_.density_unit != 1 && info_.density_unit != 2))
-            return;
-        const double perInch = info_.density_unit == 2 ? 2.54 : 1.0;
-        result.horizontalDpi = info_.X_density * perInch;
-        result.verticalDpi = info_.Y_density * perInch;
-        if (result.horizontalDpi > 0 && result.verticalDpi > 0)
-            result.image->setSize({pixelSize().width * 72 / result.horizontalDpi,
-                                   pixelSize().height * 72 / result.verticalDpi});
-    }
-
     ErrorManager errors_;
-    ScanWatch watch_;
+    jpeg_progress_mgr progress_{};
     jpeg_decompress_struct info_{};
 };
 
@@ -282,20 +258,11 @@ std::optional<std::vector<uint8_t>> encodeJpeg(const BitmapImageRep& page,
     return encoder.encode(page, options);
 }
 
-std::optional<DecodedImage> decodeJpeg(std::span<const uint8_t> bytes, int scaleDenominator) {
-    const bool known = scaleDenominator == 1 || scaleDenominator == 2 || scaleDenominator == 4 ||
-                       scaleDenominator == 8;
+std::optional<DecodedImage> decodeJpeg(std::span<const uint8_t> bytes, uint64_t maximumPixels) {
     Decoder decoder;
-    if (!known || bytes.empty() || !decoder.readHeader(bytes, scaleDenominator))
+    if (bytes.empty() || !decoder.readHeader(bytes) || !isWithin(decoder.size(), maximumPixels))
         return std::nullopt;
     return decoder.decode();
-}
-
-std::optional<Size> jpegPixelSize(std::span<const uint8_t> bytes) {
-    Decoder decoder;
-    if (bytes.empty() || !decoder.readHeader(bytes, 1))
-        return std::nullopt;
-    return decoder.pixelSize();
 }
 
 } // namespace paperline

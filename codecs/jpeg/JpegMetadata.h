@@ -1,4 +1,4 @@
-// Texts in a JPEG file that is already written.
+// Changes maker and model in a JPEG file.
 #pragma once
 
 #include <cstdint>
@@ -9,13 +9,13 @@
 
 namespace paperline {
 
-// The file with a new EXIF segment behind its JFIF ones, in place of any older EXIF: maker and
-// model, and what the standard demands (codecs/jpeg/ExifSegment.h). Every other segment and the
-// picture's data are copied as they are. Nothing when the bytes are no JPEG file.
+// The file with one new EXIF segment after its JFIF segments, in place of any older ones: maker,
+// model and what the standard requires (codecs/jpeg/ExifSegment.h). All other segments and the
+// compressed data are copied unchanged. Nothing when the bytes are not a JPEG file.
 [[nodiscard]] std::optional<std::vector<uint8_t>> jpegWithMakeAndModel(
     std::span<const uint8_t> jpeg, const std::string& make, const std::string& model);
 
-// The same in a file. Atomic: on failure (false) the file is as it was.
+// The same for a file. Atomic: on failure (false) the file is unchanged.
 [[nodiscard]] bool
 setJpegMakeAndModel(const std::string& path, const std::string& make, const std::string& model);
 

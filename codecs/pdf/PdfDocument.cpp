@@ -52,7 +52,7 @@ std::string dateText(int64_t secondsSinceEpoch) {
     return text;
 }
 
-// Runs what the library may throw out of.
+// Turns the library's exceptions to false.
 template <typename Action> bool succeeds(const Action& action) {
     try {
         action();
@@ -102,25 +102,25 @@ PdfBox PdfInput::mediaBox(int page) const {
     return box;
 }
 
-// A page costs its dictionary and its image's. Everything that pages have in common is one object
-// that all of them hold: thousands of pages must not sit in memory.
+// What consecutive pages have in common is one object for all of them, so that thousands of pages
+// take little memory.
 struct PdfDocument::Library {
     std::shared_ptr<QPDF> file;
     std::shared_ptr<PdfImageProvider> provider;
     QPDFObjectHandle root; // of the page tree
-    QPDFObjectHandle node; // of the last pages
+    QPDFObjectHandle node; // of the page tree, for the last pages
     int pagesInNode = pagesPerNode;
     int pageCount = 0;
 
     QPDFObjectHandle pageType, imageType, jpegFilter, eightBits;
 
-    // Of the image page before.
+    // Of the previous image page.
     double widthPoints = 0, heightPoints = 0;
     QPDFObjectHandle mediaBox, contents;
     PdfImage lastImage;
     QPDFObjectHandle widthPixels, heightPixels, colourSpace;
 
-    // The page that is drawn on.
+    // The page being drawn on.
     QPDFObjectHandle drawnPage;
     std::string drawing;
     int drawnForms = 0;
@@ -145,7 +145,7 @@ PdfDocument::Library::Library(int64_t creationSeconds)
     const std::string date = dateText(creationSeconds);
     if (!date.empty())
         information.replaceKey("/CreationDate", QPDFObjectHandle::newString(date));
-    // A reference: whoever patches the producer finds its text in an object of its own.
+    // As an indirect object, where the patch of the producer looks for the text.
     information.replaceKey("/Producer",
                            file->makeIndirectObject(QPDFObjectHandle::newString(pdfProducer)));
     file->getTrailer().replaceKey("/Info", file->makeIndirectObject(information));
@@ -156,7 +156,7 @@ void PdfDocument::Library::endNode() {
         node.replaceKey("/Count", QPDFObjectHandle::newInteger(pagesInNode));
 }
 
-// Two levels below the root's: a viewer finds a page among thousands without reading them all.
+// The page tree has two levels, so that viewers find a page without reading all others.
 void PdfDocument::Library::addPage(QPDFObjectHandle page) {
     if (pagesInNode == pagesPerNode) {
         endNode();
@@ -297,7 +297,7 @@ bool PdfDocument::write(const PdfImageData& imageData, const PdfSink& sink) {
         writer.setObjectStreamMode(qpdf_o_disable);
         writer.setCompressStreams(true);
         writer.setDecodeLevel(qpdf_dl_none);
-        writer.setStaticID(true); // the output puts the digest of the document in its place
+        writer.setStaticID(true); // PdfOutput replaces it
         writer.write();
     });
     library.provider->setData({});

@@ -1,5 +1,5 @@
-// PDF documents by qpdf: built page by page, written in one go without holding any page's data.
-// Compiled as C++17, which the library's headers need: no C++20 here.
+// PDF documents by qpdf, built page by page and written without holding image data in memory. This
+// header and its .cpp are compiled as C++17, which qpdf's headers need.
 #pragma once
 
 #include <cstddef>
@@ -10,7 +10,7 @@
 
 namespace paperline {
 
-// The producer of every document. A patch of 34 bytes covers all of it.
+// The producer of every document. Its length is fixed: it is overwritten in place by 34 bytes.
 inline constexpr char pdfProducer[] = "Paperline document scanning, Linux";
 static_assert(sizeof(pdfProducer) == 34 + 1);
 
@@ -22,20 +22,20 @@ struct PdfBox {
     double height = 0;
 };
 
-// One picture that fills its page.
+// An image that fills its page.
 struct PdfImage {
     int32_t widthPixels = 0;
     int32_t heightPixels = 0;
     int components = 1; // 1 grey, 3 RGB, 4 CMYK
     int bitsPerComponent = 8;
-    bool isJpeg = false; // the data is a whole JPEG file; else rows packed to whole bytes, 0 black
-    bool isInverted = false; // CMYK holds light, not ink
+    bool isJpeg = false;     // the data is a JPEG file; else packed rows, 0 is black
+    bool isInverted = false; // as Adobe stores CMYK
 };
 
-// Takes the next bytes; false: no more can be taken.
+// Receives the next bytes; false: they cannot be written.
 using PdfSink = std::function<bool(const uint8_t* bytes, size_t count)>;
-// Hands over all data of the image of that number, counted from 0 in the order of their pages.
-// False: it cannot be read any more, or the sink refused.
+// Passes the data of an image to the sink; images are numbered from 0 in the order of their pages.
+// False: it cannot be read any more, or the sink failed.
 using PdfImageData = std::function<bool(size_t image, const PdfSink& sink)>;
 
 // A PDF file to draw pages from.
@@ -45,7 +45,7 @@ public:
     PdfInput(const PdfInput&) = delete;
     PdfInput& operator=(const PdfInput&) = delete;
 
-    // Null when the file is no PDF, needs a password, or is damaged beyond repair.
+    // Null when the file is not a PDF, needs a password, or is damaged beyond repair.
     [[nodiscard]] static std::unique_ptr<PdfInput> open(const std::string& path);
 
     int pageCount() const;
@@ -58,23 +58,23 @@ private:
     std::unique_ptr<Library> library_;
 };
 
-// Equal pages and an equal time give equal bytes.
+// The bytes depend on the pages and the creation time only.
 class PdfDocument {
 public:
     ~PdfDocument();
     PdfDocument(const PdfDocument&) = delete;
     PdfDocument& operator=(const PdfDocument&) = delete;
 
-    // `creationSeconds` since the epoch; stored in universal time. Null: no memory.
+    // `creationSeconds` since the epoch, stored in UTC. Null when memory runs out.
     [[nodiscard]] static std::unique_ptr<PdfDocument> make(int64_t creationSeconds);
 
-    // All of them: false when the library refused, and the document is as good as before.
+    // These return false when the library fails; the document stays as before.
     [[nodiscard]] bool addImagePage(const PdfImage& image, double widthPoints, double heightPoints);
     [[nodiscard]] bool addEmptyPage(const PdfBox& mediaBox);
-    // Draws onto the last empty page, in the other page's coordinates.
+    // Draws page `page` of the input, counted from 1, on the last empty page.
     [[nodiscard]] bool drawOnLastPage(const PdfInput& input, int page);
 
-    // Writes the whole document to the sink. May be called once.
+    // Writes the document to the sink. To be called once.
     [[nodiscard]] bool write(const PdfImageData& imageData, const PdfSink& sink);
 
 private:

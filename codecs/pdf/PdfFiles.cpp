@@ -1,10 +1,9 @@
 #include "codecs/pdf/PdfFiles.h"
 
-#include "codecs/jpeg/JpegSegments.h"
+#include "codecs/jpeg/JpegHeader.h"
 #include "codecs/pdf/PdfDocument.h"
 #include "codecs/pictures/PictureReader.h"
 #include "codecs/pixels/DecodedImage.h"
-#include "codecs/pixels/PageLayout.h"
 #include "platform/files/NewFile.h"
 
 #include <array>
@@ -33,40 +32,21 @@ Size pagePointsOf(double widthPixels,
     return {points(widthPixels, horizontalDpi), points(heightPixels, verticalDpi)};
 }
 
-// The header of a JPEG file: most are short, some carry a camera's thumbnail or a colour profile.
 std::optional<JpegHeader> jpegHeaderOf(const std::string& path) {
-    constexpr size_t usualBytes = 16 * 1024;
-    constexpr size_t maximumBytes = 16 * 1024 * 1024;
-    const std::optional<RegularFile> file = openRegularFile(path);
-    if (!file)
-        return std::nullopt;
-    std::vector<uint8_t> bytes;
-    for (size_t wanted = usualBytes; wanted <= maximumBytes; wanted *= 8) {
-        const size_t had = bytes.size();
-        bytes.resize(wanted);
-        const std::optional<size_t> count =
-            readUpTo(file->descriptor.number(), std::span(bytes).subspan(had));
-        if (!count)
-            return std::nullopt;
-        bytes.resize(had + *count);
-        if (std::optional<JpegHeader> header = readJpegHeader(bytes))
-            return header;
-        if (bytes.size() < wanted || bytes[0] != 0xFF)
-            return std::nullopt;
-    }
-    return std::nullopt;
+    ByteReader file(path);
+    return readJpegHeader(file);
 }
 
 Picture jpegPicture(const JpegHeader& header) {
     Picture picture;
-    picture.image = {header.widthPixels,
-                     header.heightPixels,
+    picture.image = {static_cast<int32_t>(header.size.width),
+                     static_cast<int32_t>(header.size.height),
                      header.components,
                      8,
                      true,
                      header.components == 4 && header.hasAdobeMarker};
     picture.pagePoints = pagePointsOf(
-        header.widthPixels, header.heightPixels, header.horizontalDpi, header.verticalDpi);
+        header.size.width, header.size.height, header.horizontalDpi, header.verticalDpi);
     return picture;
 }
 
@@ -83,7 +63,7 @@ std::optional<DecodedImage> decode(const std::string& path) {
     return readPicture(path, 0, maximumPicturePixels);
 }
 
-// What was cut off has no mark at its end. Some whole files have bytes behind it.
+// False for truncated files, and for complete ones with bytes after the end of the image.
 bool hasEndMark(const std::string& path) {
     const std::optional<RegularFile> file = openRegularFile(path);
     std::array<uint8_t, 2> end{};
@@ -94,7 +74,8 @@ bool hasEndMark(const std::string& path) {
            end[1] == 0xD9;
 }
 
-// JPEG as it is where every reader has its kind; anything else as the pixels it holds.
+// Common JPEG files are embedded as they are, without an end mark only if they can be decoded;
+// other files by their pixels.
 std::optional<Picture> inspect(const std::string& path) {
     const std::optional<JpegHeader> header = jpegHeaderOf(path);
     const bool isCommonJpeg = header && header->isCommon;
@@ -130,10 +111,8 @@ bool giveFile(const std::string& path, const PdfSink& sink) {
 }
 
 bool givePixels(const BitmapImageRep& page, const PdfSink& sink) {
-    const auto rowBytes =
-        static_cast<size_t>((int64_t{page.pixelsWide()} * page.bitsPerPixel() + 7) / 8);
     for (int32_t y = 0; y < page.pixelsHigh(); ++y)
-        if (!sink(page.row(y).data(), rowBytes))
+        if (!sink(page.row(y).data(), page.packedRowBytes()))
             return false;
     return true;
 }
@@ -157,7 +136,7 @@ bool writeDocument(PdfDocument& document, NewFile& file, const PdfImageData& ima
     return document.write(imageData, sink) && file.replaceTarget();
 }
 
-// A document without pictures.
+// For a document without images.
 bool noImage(size_t /*image*/, const PdfSink& /*sink*/) {
     return false;
 }
@@ -185,7 +164,7 @@ PdfJoiner::Added PdfJoiner::add(const std::string& pictureFile) {
     if (!document_->addImagePage(
             picture->image, picture->pagePoints.width, picture->pagePoints.height))
         return Added::outputFailed;
-    // Page files stand in one folder: their short names need no memory of their own.
+    // Only the names in the common folder are kept: short strings need no heap memory.
     const bool isBesideFirst = pictureFile.starts_with(folder_) &&
                                pictureFile.find('/', folder_.size()) == std::string::npos;
     pictures_.push_back(isBesideFirst ? pictureFile.substr(folder_.size()) : pictureFile);

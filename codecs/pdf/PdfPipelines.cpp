@@ -12,9 +12,9 @@ namespace paperline {
 namespace {
 
 constexpr size_t bufferBytes = 256 * 1024;
-// Of a longer piece, an image's data, the start and the length tell it from every other.
+// Of longer pieces, which are image data, the start and the length go into the digest.
 constexpr size_t digestedBytes = 4096;
-// What the writer puts for each half of the identifier when it is told not to make one.
+// qpdf's static identifier, which it writes twice.
 constexpr std::string_view staticIdentifier = "<31415926535897932384626433832795>";
 
 } // namespace
@@ -29,7 +29,7 @@ void PdfImageProvider::provideStreamData(QPDFObjGen const& object, Pipeline* pip
                            return true;
                        });
     if (!given)
-        throw std::runtime_error("a page's picture cannot be read");
+        throw std::runtime_error("the image cannot be read");
     pipeline->finish();
 }
 

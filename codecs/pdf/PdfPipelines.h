@@ -1,4 +1,4 @@
-// What stands between qpdf's writer and the rest: where images come from, where bytes go.
+// Input and output of qpdf's writer.
 #pragma once
 
 #include "codecs/pdf/PdfDocument.h"
@@ -13,7 +13,7 @@
 
 namespace paperline {
 
-// Asks for an image's data when the writer comes to it.
+// Reads an image when the writer comes to it.
 class PdfImageProvider : public QPDFObjectHandle::StreamDataProvider {
 public:
     void addImage(int objectNumber) { objectNumbers_.push_back(objectNumber); }
@@ -26,14 +26,13 @@ private:
     PdfImageData data_;
 };
 
-// Gathers the writer's many small pieces, and gives the document an identifier that is made of its
-// own content: the writer's are made of the clock, or of every byte, which takes as long as all the
-// rest.
+// Buffers the writer's small pieces and makes the document's identifier from its content. qpdf's
+// own identifiers depend on the clock or digest every byte, which doubles the time.
 class PdfOutput : public Pipeline {
 public:
     explicit PdfOutput(const PdfSink& sink);
     void write(unsigned char const* data, size_t length) override;
-    void finish() override { (void)flush(); } // also called while an exception is on its way
+    void finish() override { (void)flush(); } // also called during stack unwinding
     [[nodiscard]] bool flush();
 
 private:

@@ -1,4 +1,4 @@
-// A page's pixels: interleaved samples, top row first, rows `bytesPerRow` apart.
+// An image's pixels: interleaved samples, top row first, rows `bytesPerRow` apart.
 #pragma once
 
 #include "codecs/pixels/Geometry.h"
@@ -13,7 +13,7 @@
 namespace paperline {
 
 // Bytes of an image whose rows are packed to whole bytes; nothing when a number is not positive or
-// the product leaves 63 bits.
+// the product needs more than 63 bits.
 [[nodiscard]] std::optional<uint64_t>
 imageByteCount(int32_t widthPixels, int32_t heightPixels, int bitsPerPixel);
 
@@ -28,12 +28,12 @@ public:
         int64_t bytesPerRow = 0;
     };
 
-    // Owns bytesPerRow x pixelsHigh zeroed bytes and `spareBytes` behind them. Nothing when a
-    // number is not positive, a row does not hold its pixels, or the memory cannot be had.
+    // Allocates bytesPerRow x pixelsHigh zeroed bytes, followed by `spareBytes`. Null when a number
+    // is not positive, a row does not hold its pixels, or memory runs out.
     [[nodiscard]] static std::shared_ptr<BitmapImageRep> make(const Layout& layout,
                                                               size_t spareBytes = 0);
 
-    // A page of 1, 8 (grey) or 24 bits (RGB) with rows of the fewest whole bytes.
+    // A page of 1, 8 (grey) or 24 bits (RGB) a pixel with packed rows.
     [[nodiscard]] static std::shared_ptr<BitmapImageRep>
     makePage(int32_t widthPixels, int32_t heightPixels, int bitsPerPixel);
 
@@ -46,15 +46,22 @@ public:
 
     std::span<uint8_t> bitmapData() { return {data_.get(), byteCount_}; }
     std::span<const uint8_t> bitmapData() const { return {data_.get(), byteCount_}; }
-    std::span<const uint8_t> row(int32_t y) const; // empty outside the page
+    std::span<const uint8_t> row(int32_t y) const; // empty outside the image
     std::span<uint8_t> row(int32_t y);
 
-    // Gives the pixels away for others; both memories hold at least bitmapData()'s bytes and what
-    // the maker asked for behind them. Pointers into them stay good.
-    void exchangePixels(PageMemory& memory) { data_.swap(memory); }
+    // A row of the image without its padding.
+    size_t packedRowBytes() const {
+        return static_cast<size_t>((int64_t{pixelsWide()} * bitsPerPixel() + 7) / 8);
+    }
+    std::span<const uint8_t> packedRow(int32_t y) const { return row(y).first(packedRowBytes()); }
+    // The same copied, with the bits after the last pixel set to 0.
+    void copyPackedRow(int32_t y, std::span<uint8_t> target) const;
 
-    // Size in points; the resolution in dots per inch is pixels x 72 / points. Starts at one point
-    // a pixel.
+    // Exchanges the pixel memory with `memory`, which is at least as large, spare bytes included.
+    // Pointers into both stay valid.
+    void swapPixels(PageMemory& memory) { data_.swap(memory); }
+
+    // In points; dots per inch are pixels x 72 / points. Initially one point a pixel.
     Size size() const { return size_; }
     void setSize(Size sizePoints) { size_ = sizePoints; }
 
@@ -66,5 +73,11 @@ private:
     size_t byteCount_ = 0;
     PageMemory data_;
 };
+
+// One byte for each bit, highest bit first: 0 or `one`.
+void expandBits(std::span<const uint8_t> bits, std::span<uint8_t> target, uint8_t one);
+
+// Whether an image can be a page: one sample of 1 or 8 bits a pixel, or three of 8.
+[[nodiscard]] bool hasPageLayout(const BitmapImageRep& image);
 
 } // namespace paperline

@@ -1,4 +1,4 @@
-// What every decoder gives.
+// What every decoder returns.
 #pragma once
 
 #include "codecs/pixels/BitmapImageRep.h"
@@ -9,12 +9,9 @@
 namespace paperline {
 
 struct DecodedImage {
-    std::shared_ptr<BitmapImageRep> image; // 8 or 24 bits
+    std::shared_ptr<BitmapImageRep> image; // 1, 8 or 24 bits a pixel
     double horizontalDpi = 0;              // 0: the file does not say
     double verticalDpi = 0;
 };
-
-// True for a size that is not empty and has at most `maximumPixels`.
-bool withinPixels(uint64_t widthPixels, uint64_t heightPixels, uint64_t maximumPixels);
 
 } // namespace paperline

@@ -7,8 +7,7 @@
 namespace paperline {
 namespace {
 
-constexpr size_t largePieceBytes = size_t{2} << 20;
-constexpr size_t worthMapping = 2 * largePieceBytes;
+constexpr size_t hugePageBytes = size_t{2} << 20;
 
 } // namespace
 
@@ -20,14 +19,14 @@ void FreePageMemory::operator()(uint8_t* bytes) const noexcept {
 }
 
 PageMemory allocatePageMemory(size_t byteCount) {
-    if (byteCount < worthMapping)
+    if (byteCount < 2 * hugePageBytes)
         return PageMemory(static_cast<uint8_t*>(std::calloc(byteCount, 1)));
-    void* place =
+    void* bytes =
         ::mmap(nullptr, byteCount, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (place == MAP_FAILED)
+    if (bytes == MAP_FAILED)
         return {};
-    (void)::madvise(place, byteCount, MADV_HUGEPAGE); // advice: its refusal costs only time
-    return PageMemory(static_cast<uint8_t*>(place), {byteCount});
+    (void)::madvise(bytes, byteCount, MADV_HUGEPAGE); // refusal costs only time
+    return PageMemory(static_cast<uint8_t*>(bytes), {byteCount});
 }
 
 } // namespace paperline

@@ -13,8 +13,8 @@ struct FreePageMemory {
 };
 using PageMemory = std::unique_ptr<uint8_t[], FreePageMemory>;
 
-// Zeroed bytes, untouched until they are used; nothing when they cannot be had. Much memory lies in
-// large pieces where the system has them: first touches cost a fault for each piece.
+// Zeroed bytes; null when memory runs out. From 4 MiB on in huge pages where the system has them: a
+// page fault costs more than the copy into a page of 4 KiB.
 [[nodiscard]] PageMemory allocatePageMemory(size_t byteCount);
 
 } // namespace paperline

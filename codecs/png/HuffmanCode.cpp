@@ -16,8 +16,8 @@ struct Node {
     size_t parent = 0;
 };
 
-// The tree's nodes, leaves first. Leaves come sorted by weight, and joined nodes arise in the order
-// of theirs, so the two lightest are always at the front of one of two queues.
+// The tree's nodes, leaves first. Leaves come sorted by weight and joined nodes are made in the
+// order of their weights, so the lightest node is always at the front of one of these two queues.
 std::vector<Node> huffmanTree(std::vector<Node> nodes) {
     const size_t leaves = nodes.size();
     size_t leaf = 0;
@@ -36,7 +36,7 @@ std::vector<Node> huffmanTree(std::vector<Node> nodes) {
     return nodes;
 }
 
-// How many leaves have each depth; deeper ones count at `longest`.
+// The number of leaves at each depth; those deeper than `longest` count as `longest`.
 LengthCounts countDepths(const std::vector<Node>& tree, size_t leaves, unsigned longest) {
     std::vector<unsigned> depths(tree.size());
     LengthCounts counts{};
@@ -48,8 +48,8 @@ LengthCounts countDepths(const std::vector<Node>& tree, size_t leaves, unsigned 
     return counts;
 }
 
-// Cutting depths off takes more codes than there are. One of the longest at a time gets a place
-// beside a shorter one, which becomes a bit longer.
+// Cut depths ask for more codes than exist. Each step lengthens a shorter code by a bit, which
+// makes room for one of the longest codes beside it.
 void makeRoom(LengthCounts& counts, unsigned longest) {
     size_t taken = 0;
     for (unsigned length = 1; length <= longest; ++length)
@@ -64,7 +64,7 @@ void makeRoom(LengthCounts& counts, unsigned longest) {
     }
 }
 
-// Symbols that occur, the rarest first; equal ones in their own order.
+// The symbols that occur, rarest first; equal ones in ascending order.
 std::vector<size_t> sortedSymbols(std::span<const uint32_t> frequencies) {
     std::vector<size_t> symbols;
     for (size_t symbol = 0; symbol < frequencies.size(); ++symbol)
@@ -113,7 +113,7 @@ void assignHuffmanCodes(std::span<const uint32_t> frequencies,
         for (size_t code = 0; code < counts[length]; ++code)
             codes[symbols[rarest++]].length = static_cast<uint16_t>(length);
 
-    // Canonical: shorter codes first, equal lengths in the symbols' order.
+    // Canonical codes: shorter ones first, equal lengths in the order of symbols.
     unsigned next = 0;
     for (unsigned length = 1; length <= longest; ++length) {
         for (HuffmanCode& code : codes)

@@ -1,4 +1,4 @@
-// Prefix codes by frequency, as deflate wants them: canonical, limited in length, bits reversed.
+// Huffman codes for deflate: canonical, limited in length, bits reversed.
 #pragma once
 
 #include <cstdint>
@@ -7,16 +7,16 @@
 namespace paperline {
 
 struct HuffmanCode {
-    uint16_t bits = 0;   // the first bit of the code lowest
+    uint16_t bits = 0;   // the code's first bit is the lowest
     uint16_t length = 0; // 0: the symbol does not occur
 };
 
-// The lowest `count` bits in opposite order.
+// The lowest `count` bits in reverse order.
 unsigned reversedBits(unsigned bits, unsigned count);
 
-// Codes for the symbols whose frequency is not 0, none longer than `longest` bits (at most 15,
-// 2^longest at least the number of symbols). `codes` has the size of `frequencies`. A symbol that
-// is alone gets one bit.
+// Codes for the symbols whose frequency is not 0, of at most `longest` bits (up to 15, and
+// 2^longest at least the number of symbols). A single symbol gets one bit. `codes` and
+// `frequencies` have the same size.
 void assignHuffmanCodes(std::span<const uint32_t> frequencies,
                         unsigned longest,
                         std::span<HuffmanCode> codes);

@@ -11,19 +11,19 @@
 
 #include <png.h>
 
-// As with JPEG, the library jumps on errors: the functions that set the jump's target hold nothing
-// with a destructor.
+// The library reports errors by longjmp. A function that calls setjmp has no locals with a
+// destructor.
 
 namespace paperline {
 namespace {
 
-// Memory for rows is taken before their bytes are seen. Ours are far shorter.
+// PngRowReader allocates two rows before it sees their bytes. Real ones are far shorter.
 constexpr size_t longestRow = 4 * 1024 * 1024;
 
 class PngReader {
 public:
     explicit PngReader(std::span<const uint8_t> bytes) : file_(bytes), rest_(bytes) {
-        png_ = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, jumpOut, sayNothing);
+        png_ = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, jumpOut, printNothing);
         if (png_ != nullptr)
             info_ = png_create_info_struct(png_);
     }
@@ -44,11 +44,11 @@ public:
         return true;
     }
 
-    uint64_t widthPixels() const { return png_get_image_width(png_, info_); }
-    uint64_t heightPixels() const { return png_get_image_height(png_, info_); }
+    PixelSize size() const {
+        return {png_get_image_width(png_, info_), png_get_image_height(png_, info_)};
+    }
 
-    // The rows of a large page as our own writer makes it, read twice as fast as by the library.
-    // Null for every other page.
+    // Reads pages of our own writer twice as fast as the library. Null for other files.
     std::unique_ptr<PngRowReader> openRows() const {
         const int colour = png_get_color_type(png_, info_);
         const bool isPlain = (colour == PNG_COLOR_TYPE_GRAY || colour == PNG_COLOR_TYPE_RGB) &&
@@ -59,28 +59,26 @@ public:
         std::unique_ptr<PngStream> stream = isPlain ? PngStream::open(file_) : nullptr;
         if (!stream)
             return nullptr;
-        const PngRowReader::Layout layout{static_cast<int32_t>(widthPixels()),
-                                          static_cast<int32_t>(heightPixels()),
+        const PngRowReader::Layout layout{static_cast<int32_t>(size().width),
+                                          static_cast<int32_t>(size().height),
                                           colour == PNG_COLOR_TYPE_RGB ? 3 : 1};
         return std::make_unique<PngRowReader>(std::move(stream), layout);
     }
 
-    // The page with 1, 8 or 24 bits a pixel.
+    // With 1, 8 or 24 bits a pixel.
     std::shared_ptr<BitmapImageRep> readPage() {
         if (!setTransformations())
             return nullptr;
-        const auto width = static_cast<int32_t>(widthPixels());
-        const auto height = static_cast<int32_t>(heightPixels());
+        const auto width = static_cast<int32_t>(size().width);
+        const auto height = static_cast<int32_t>(size().height);
         const int bits = png_get_bit_depth(png_, info_) * png_get_channels(png_, info_);
         if (bits != 16 && bits != 32) {
             std::shared_ptr<BitmapImageRep> page = BitmapImageRep::makePage(width, height, bits);
             return page && readRowsOf(*page) ? page : nullptr;
         }
-        const std::shared_ptr<BitmapImageRep> layered =
+        const std::shared_ptr<BitmapImageRep> withAlpha =
             BitmapImageRep::make({width, height, 8, bits / 8, bits, int64_t{width} * (bits / 8)});
-        if (!layered || !readRowsOf(*layered))
-            return nullptr;
-        return onWhite(*layered);
+        return withAlpha && readRowsOf(*withAlpha) ? onWhite(*withAlpha) : nullptr;
     }
 
     // Dots per inch; 0 when the file does not say.
@@ -91,7 +89,7 @@ private:
     [[noreturn]] static void jumpOut(png_structp png, png_const_charp /*message*/) {
         png_longjmp(png, 1);
     }
-    static void sayNothing(png_structp /*png*/, png_const_charp /*message*/) {}
+    static void printNothing(png_structp /*png*/, png_const_charp /*message*/) {}
 
     static void readBytes(png_structp png, png_bytep target, size_t count) {
         auto& reader = *static_cast<PngReader*>(png_get_io_ptr(png));
@@ -137,26 +135,25 @@ private:
         return true;
     }
 
-    static std::shared_ptr<BitmapImageRep> onWhite(const BitmapImageRep& layered) {
-        const auto colours = static_cast<size_t>(layered.samplesPerPixel() - 1);
+    // The last sample of each pixel is its alpha.
+    static std::shared_ptr<BitmapImageRep> onWhite(const BitmapImageRep& withAlpha) {
+        const auto colours = static_cast<size_t>(withAlpha.samplesPerPixel() - 1);
         std::shared_ptr<BitmapImageRep> page = BitmapImageRep::makePage(
-            layered.pixelsWide(), layered.pixelsHigh(), static_cast<int>(8 * colours));
+            withAlpha.pixelsWide(), withAlpha.pixelsHigh(), static_cast<int>(8 * colours));
         if (!page)
             return nullptr;
-        const std::span<const uint8_t> from = layered.bitmapData();
+        const uint8_t* from = withAlpha.bitmapData().data();
         const std::span<uint8_t> to = page->bitmapData();
-        for (size_t pixel = 0; pixel < from.size() / (colours + 1); ++pixel) {
-            const unsigned alpha = from[pixel * (colours + 1) + colours];
-            for (size_t channel = 0; channel < colours; ++channel) {
-                const unsigned value = from[pixel * (colours + 1) + channel];
-                to[pixel * colours + channel] =
-                    static_cast<uint8_t>((value * alpha + 255 * (255 - alpha) + 127) / 255);
-            }
+        for (size_t at = 0; at < to.size(); at += colours, from += colours + 1) {
+            const unsigned alpha = from[colours];
+            for (size_t channel = 0; channel < colours; ++channel)
+                to[at + channel] =
+                    static_cast<uint8_t>((from[channel] * alpha + 255 * (255 - alpha) + 127) / 255);
         }
         return page;
     }
 
-    // The file counts whole pixels a metre: 11811 was written for 300 dots per inch.
+    // The file stores whole pixels a metre: 11811 stands for 300 dots per inch.
     static double dpi(png_uint_32 pixelsPerMetre) {
         const double exact = pixelsPerMetre * 0.0254;
         const double whole = std::round(exact);
@@ -164,12 +161,12 @@ private:
     }
 
     std::span<const uint8_t> file_;
-    std::span<const uint8_t> rest_; // what the library has not read
+    std::span<const uint8_t> rest_; // not yet read by the library
     png_structp png_ = nullptr;
     png_infop info_ = nullptr;
 };
 
-// Null when the picture is damaged, or its chunks only looked as if they stood for themselves.
+// Null when the image is damaged or its chunks are not independent after all.
 std::shared_ptr<BitmapImageRep> pageOfRows(PngRowReader& rows) {
     const PngRowReader::Layout& layout = rows.layout();
     std::shared_ptr<BitmapImageRep> page =
@@ -182,27 +179,20 @@ std::shared_ptr<BitmapImageRep> pageOfRows(PngRowReader& rows) {
             return nullptr;
         std::copy(row.begin(), row.end(), page->row(y).begin());
     }
-    return rows.isThrough() ? page : nullptr;
+    return rows.isComplete() ? page : nullptr;
 }
 
 } // namespace
 
-bool hasPngHeader(std::span<const uint8_t> bytes) {
-    return PngReader(bytes).readHeader();
-}
-
 std::unique_ptr<PngRowReader> openPngRows(std::span<const uint8_t> bytes, uint64_t maximumPixels) {
     PngReader reader(bytes);
-    if (!reader.readHeader() ||
-        !withinPixels(reader.widthPixels(), reader.heightPixels(), maximumPixels))
-        return nullptr;
-    return reader.openRows();
+    const bool isReadable = reader.readHeader() && isWithin(reader.size(), maximumPixels);
+    return isReadable ? reader.openRows() : nullptr;
 }
 
 std::optional<DecodedImage> decodePng(std::span<const uint8_t> bytes, uint64_t maximumPixels) {
     PngReader reader(bytes);
-    if (!reader.readHeader() ||
-        !withinPixels(reader.widthPixels(), reader.heightPixels(), maximumPixels))
+    if (!reader.readHeader() || !isWithin(reader.size(), maximumPixels))
         return std::nullopt;
     DecodedImage result;
     result.horizontalDpi = reader.horizontalDpi();

@@ -1,4 +1,4 @@
-// PNG files by libpng.
+// Decodes PNG files by libpng, those of our own writer by PngStream.
 #pragma once
 
 #include "codecs/pixels/DecodedImage.h"
@@ -9,10 +9,9 @@
 
 namespace paperline {
 
-// Nothing when the file is damaged or has more than `maximumPixels`, which is tested before memory
-// is taken for them.
+// 1, 8 or 24 bits a pixel. Nothing when the file is damaged or has more than `maximumPixels`, which
+// is checked before memory is allocated for them.
 [[nodiscard]] std::optional<DecodedImage> decodePng(std::span<const uint8_t> bytes,
                                                     uint64_t maximumPixels);
-bool hasPngHeader(std::span<const uint8_t> bytes); // the header is whole and names a size
 
 } // namespace paperline

@@ -1,70 +1,66 @@
 #include "codecs/png/PngDeflate.h"
 
 #include "codecs/png/HuffmanCode.h"
+#include "platform/files/ByteOrder.h"
 
 #include <algorithm>
 #include <array>
-#include <bit>
-#include <cstring>
-#include <new>
 
 namespace paperline {
 namespace {
 
 constexpr size_t endOfBlock = 256;
 constexpr size_t symbolCount = 286;
-constexpr size_t shortestRepetition = 3;
-constexpr size_t longestRepetition = 258;
-// Four codes fit into the bits that a flush leaves free.
+constexpr size_t shortestMatch = 3;
+constexpr size_t longestMatch = 258;
+// Four codes fit into the 56 bits that BitWriter takes between flushes.
 constexpr unsigned longestCode = 12;
 
 using Frequencies = std::array<uint32_t, symbolCount>;
 
-// How a repetition's length is written: a symbol and the low bits it leaves open.
-struct Repetition {
+// A match length as deflate codes it.
+struct MatchLength {
     uint16_t symbol = 0;
     uint8_t extraBits = 0;
     uint8_t extra = 0;
 };
 
-std::array<Repetition, longestRepetition + 1> repetitionTable() {
-    std::array<Repetition, longestRepetition + 1> table{};
-    size_t length = shortestRepetition;
+std::array<MatchLength, longestMatch + 1> matchLengthTable() {
+    std::array<MatchLength, longestMatch + 1> table{};
+    size_t length = shortestMatch;
     for (unsigned symbol = 257; symbol < 285; ++symbol) {
         const unsigned extraBits = symbol < 265 ? 0 : (symbol - 261) / 4;
         for (unsigned extra = 0; extra < (1U << extraBits); ++extra)
             table.at(length++) = {static_cast<uint16_t>(symbol),
                                   static_cast<uint8_t>(extraBits),
                                   static_cast<uint8_t>(extra)};
-        length = std::min(length, longestRepetition);
+        length = std::min(length, longestMatch);
     }
-    table[longestRepetition] = {285, 0, 0};
+    table[longestMatch] = {285, 0, 0};
     return table;
 }
 
-const Repetition& repetitionOf(size_t length) {
-    static const std::array<Repetition, longestRepetition + 1> table = repetitionTable();
+const MatchLength& matchLength(size_t length) {
+    static const std::array<MatchLength, longestMatch + 1> table = matchLengthTable();
     return table[length];
 }
 
-bool isZero(const uint8_t* eightBytes) {
-    uint64_t word = 0;
-    std::memcpy(&word, eightBytes, sizeof word);
-    return word == 0;
+bool isZero(std::span<const uint8_t> eightBytes) {
+    return readInteger<uint64_t>(eightBytes, std::endian::native) == 0;
 }
 
-// Tells `visitor` the stretches in order: literals(bytes) and zeros(count), the latter at least 8.
+// Splits the bytes into runs for `visitor`: literals(bytes), and zeros(count) of at least 8.
 template <typename Visitor> void walk(std::span<const uint8_t> bytes, Visitor& visitor) {
     size_t start = 0;
     size_t at = 0;
     while (at + 8 <= bytes.size()) {
-        if (!isZero(&bytes[at])) {
+        if (!isZero(bytes.subspan(at))) {
             at += 8;
             continue;
         }
         visitor.literals(bytes.subspan(start, at - start));
         start = at;
-        while (at + 8 <= bytes.size() && isZero(&bytes[at]))
+        while (at + 8 <= bytes.size() && isZero(bytes.subspan(at)))
             at += 8;
         while (at < bytes.size() && bytes[at] == 0)
             ++at;
@@ -74,14 +70,14 @@ template <typename Visitor> void walk(std::span<const uint8_t> bytes, Visitor& v
     visitor.literals(bytes.subspan(start));
 }
 
-// A stretch of zeros is one literal that the repetitions repeat, and literals for what is too short
-// for one more: calls literal() and repeat(length).
-template <typename Literal, typename Repeat>
-void splitZeros(size_t count, const Literal& literal, const Repeat& repeat) {
+// A run of zeros is a literal, matches of distance 1, and literals for a rest too short for a
+// match: calls literal() and match(length).
+template <typename Literal, typename Match>
+void splitZeros(size_t count, const Literal& literal, const Match& match) {
     literal();
-    for (--count; count >= shortestRepetition;) {
-        const size_t length = std::min(count, longestRepetition);
-        repeat(length);
+    for (--count; count >= shortestMatch;) {
+        const size_t length = std::min(count, longestMatch);
+        match(length);
         count -= length;
     }
     for (; count > 0; --count)
@@ -91,7 +87,7 @@ void splitZeros(size_t count, const Literal& literal, const Repeat& repeat) {
 class Counter {
 public:
     void literals(std::span<const uint8_t> bytes) {
-        // Four tables: neighbours are often equal, and one counter would wait for itself.
+        // Four tables: equal neighbours in one table would wait for each other's increment.
         size_t x = 0;
         for (; x + 4 <= bytes.size(); x += 4) {
             ++tables_[0][bytes[x]];
@@ -107,9 +103,9 @@ public:
             count,
             [this] { ++tables_[0][0]; },
             [this](size_t length) {
-                const Repetition& repetition = repetitionOf(length);
-                ++tables_[0][repetition.symbol];
-                extraBits_ += repetition.extraBits + 1U; // one bit for the distance
+                const MatchLength& match = matchLength(length);
+                ++tables_[0][match.symbol];
+                extraBits_ += match.extraBits + 1U; // one bit for the distance
             });
     }
 
@@ -128,7 +124,7 @@ private:
     uint64_t extraBits_ = 0;
 };
 
-// Puts bits into memory, lowest first. Seven bytes behind the last one are written to as well.
+// Writes bits, lowest first. Also overwrites up to seven bytes after the last one.
 class BitWriter {
 public:
     explicit BitWriter(uint8_t* target) : target_(target) {}
@@ -139,12 +135,7 @@ public:
         pendingCount_ += count;
     }
     void flush() {
-        if constexpr (std::endian::native == std::endian::little) {
-            std::memcpy(target_, &pending_, sizeof pending_);
-        } else {
-            for (unsigned byte = 0; byte < 8; ++byte)
-                target_[byte] = static_cast<uint8_t>(pending_ >> (8 * byte));
-        }
+        writeInteger(std::span(target_, sizeof pending_), std::endian::little, pending_);
         target_ += pendingCount_ / 8;
         pending_ >>= pendingCount_ & ~7U;
         pendingCount_ &= 7U;
@@ -169,7 +160,7 @@ public:
     Emitter(BitWriter& writer, const Codes& codes) : writer_(writer), codes_(codes) {}
 
     void literals(std::span<const uint8_t> bytes) {
-        BitWriter writer = writer_; // a local copy stays in registers
+        BitWriter writer = writer_; // a local copy is kept in registers
         size_t x = 0;
         for (; x + 4 <= bytes.size(); x += 4) {
             add(writer, bytes[x]);
@@ -192,9 +183,9 @@ public:
                 writer_.flush();
             },
             [this](size_t length) {
-                const Repetition& repetition = repetitionOf(length);
-                add(writer_, repetition.symbol);
-                writer_.add(repetition.extra, repetition.extraBits);
+                const MatchLength& match = matchLength(length);
+                add(writer_, match.symbol);
+                writer_.add(match.extra, match.extraBits);
                 writer_.put(0, 1); // distance 1
             });
     }
@@ -212,11 +203,11 @@ private:
     const Codes& codes_;
 };
 
-constexpr unsigned lengthBits = 4; // every code length is written with so many
+constexpr unsigned lengthBits = 4; // of each code length in the header
 constexpr uint64_t headerBits = 3 + 5 + 5 + 4 + 19 * 3 + (symbolCount + 1) * lengthBits;
 
-// The codes' lengths. They have a Huffman code of their own, and its lengths come first: 4 bits for
-// each of 0 to 15, in the order that the standard names them, none for repeated lengths.
+// Code lengths are Huffman coded themselves, and the lengths of those codes come first, in the
+// standard's order: 4 bits for each of 0 to 15, none for the symbols of repeated lengths.
 void putHeader(BitWriter& writer, const Codes& codes, bool isLast) {
     constexpr unsigned dynamicCodes = 2;
     writer.put((isLast ? 1U : 0U) | dynamicCodes << 1U, 3);
@@ -251,14 +242,9 @@ std::vector<uint8_t> deflateBlock(std::span<const uint8_t> bytes, DeflatePlace p
     assignHuffmanCodes(frequencies, longestCode, codes);
 
     constexpr size_t emptyStoredBlock = 5;
-    constexpr size_t writersSlack = 8;
-    std::vector<uint8_t> result;
-    try {
-        result.resize(codedBits(counter, frequencies, codes) / 8 + 1 + emptyStoredBlock +
-                      writersSlack);
-    } catch (const std::bad_alloc&) {
-        return {};
-    }
+    constexpr size_t writersSlack = 8; // BitWriter writes beyond its last byte
+    std::vector<uint8_t> result(codedBits(counter, frequencies, codes) / 8 + 1 + emptyStoredBlock +
+                                writersSlack);
     BitWriter writer(result.data());
     putHeader(writer, codes, place == DeflatePlace::last);
     Emitter emitter(writer, codes);

@@ -5,16 +5,15 @@
 #include <cstring>
 #include <utility>
 
+#include <png.h>
+
 namespace paperline {
 namespace {
 
-// The standard's numbers.
-enum RowFilter : uint8_t { none, sub, up, average, paeth };
-
-// Pixels of three samples are read and written four bytes at a time: behind each of these rows
-// stands a byte that counts for nothing.
+// Pixels of three samples are read and written four bytes at a time: one byte after each row must
+// be accessible.
 struct Rows {
-    const uint8_t* filtered; // without its filter's number
+    const uint8_t* filtered; // without the filter's number
     const uint8_t* above;
     uint8_t* row;
     size_t bytes;
@@ -39,14 +38,13 @@ void undoGreyAverage(const Rows& rows) {
     }
 }
 
-// A pixel's bytes at the front of a wide register: each sample has a chain of sums of its own, and
-// the three go side by side.
+// A pixel in the low bytes of a vector register: its three samples are computed in parallel.
 using Bytes = uint8_t __attribute__((vector_size(16)));
 using Words = uint32_t __attribute__((vector_size(16)));
 
-Bytes bytesAt(const uint8_t* place) {
+Bytes bytesAt(const uint8_t* pixel) {
     uint32_t word = 0;
-    std::memcpy(&word, place, sizeof word);
+    std::memcpy(&word, pixel, sizeof word);
     return reinterpret_cast<Bytes>(Words{word});
 }
 
@@ -54,14 +52,14 @@ void undoColourAverage(const Rows& rows) {
     Bytes left{};
     for (size_t x = 0; x < rows.bytes; x += 3) {
         const Bytes above = bytesAt(rows.above + x);
-        // The mean, rounded down: what both have, and half of what one of them has.
+        // The mean, rounded down: the common bits and half of the others.
         left = ((left ^ above) >> 1) + ((left & above) + bytesAt(rows.filtered + x));
         const uint32_t word = reinterpret_cast<Words>(left)[0];
         std::memcpy(rows.row + x, &word, sizeof word);
     }
 }
 
-// The neighbour nearest to left + above - corner; left before above before corner.
+// The neighbour nearest to left + above - corner; of equals the left one, then the one above.
 int paethPrediction(int left, int above, int corner) {
     const int toLeft = std::abs(above - corner);
     const int toAbove = std::abs(left - corner);
@@ -84,27 +82,27 @@ void undoGreyPaeth(const Rows& rows) {
 using Numbers = int16_t __attribute__((vector_size(8)));
 using FourBytes = uint8_t __attribute__((vector_size(4)));
 
-Numbers numbersAt(const uint8_t* place) {
+Numbers numbersAt(const uint8_t* pixel) {
     FourBytes four;
-    std::memcpy(&four, place, sizeof four);
+    std::memcpy(&four, pixel, sizeof four);
     return __builtin_convertvector(four, Numbers);
 }
 
-Numbers sizesOf(Numbers numbers) {
+Numbers magnitudes(Numbers numbers) {
     const Numbers negative = numbers >> 15;
     return (numbers ^ negative) - negative;
 }
 
-// Without a branch: noise makes every guess at the nearest neighbour wrong half of the time.
+// Without branches: noise makes the nearest neighbour unpredictable.
 void undoColourPaeth(const Rows& rows) {
     Numbers left{};
     Numbers corner{};
     for (size_t x = 0; x < rows.bytes; x += 3) {
         const Numbers above = numbersAt(rows.above + x);
         const Numbers fromCorner = above - corner;
-        const Numbers toLeft = sizesOf(fromCorner);
-        const Numbers toAbove = sizesOf(left - corner);
-        const Numbers toCorner = sizesOf(left - corner + fromCorner);
+        const Numbers toLeft = magnitudes(fromCorner);
+        const Numbers toAbove = magnitudes(left - corner);
+        const Numbers toCorner = magnitudes(left - corner + fromCorner);
         const Numbers isAboveFar = toAbove > toCorner;
         const Numbers isLeftFar = (toLeft > toAbove) | (toLeft > toCorner);
         const Numbers other = above ^ ((above ^ corner) & isAboveFar);
@@ -116,23 +114,29 @@ void undoColourPaeth(const Rows& rows) {
     }
 }
 
-// False when there is no such filter.
+// False for an unknown filter.
 bool undoFilter(uint8_t filter, bool isColour, const Rows& rows) {
     switch (filter) {
-    case none:
+    case PNG_FILTER_VALUE_NONE:
         std::copy_n(rows.filtered, rows.bytes, rows.row);
         return true;
-    case sub:
+    case PNG_FILTER_VALUE_SUB:
         undoSub(isColour ? 3 : 1, rows);
         return true;
-    case up:
+    case PNG_FILTER_VALUE_UP:
         undoUp(rows);
         return true;
-    case average:
-        isColour ? undoColourAverage(rows) : undoGreyAverage(rows);
+    case PNG_FILTER_VALUE_AVG:
+        if (isColour)
+            undoColourAverage(rows);
+        else
+            undoGreyAverage(rows);
         return true;
-    case paeth:
-        isColour ? undoColourPaeth(rows) : undoGreyPaeth(rows);
+    case PNG_FILTER_VALUE_PAETH:
+        if (isColour)
+            undoColourPaeth(rows);
+        else
+            undoGreyPaeth(rows);
         return true;
     default:
         return false;
@@ -146,18 +150,19 @@ PngRowReader::PngRowReader(std::unique_ptr<PngStream> stream, const Layout& layo
       rowBytes_(static_cast<size_t>(layout.widthPixels) * static_cast<size_t>(layout.samples)),
       stream_(std::move(stream)), row_(rowBytes_ + 1), above_(rowBytes_ + 1) {}
 
-// The filter's number, the row, and a byte of any value behind it; empty when the stream ends.
+// The filter's number and the row, followed by an accessible byte; empty when the stream ends.
 std::span<const uint8_t> PngRowReader::takeFiltered() {
     const size_t wanted = 1 + rowBytes_;
-    if (now_.empty())
-        now_ = stream_->next();
-    if (now_.size() >= wanted)
-        return std::exchange(now_, now_.subspan(wanted)).first(wanted);
+    if (chunk_.empty())
+        chunk_ = stream_->next();
+    if (chunk_.size() >= wanted)
+        return std::exchange(chunk_, chunk_.subspan(wanted)).first(wanted);
     joined_.clear();
-    for (; !now_.empty(); now_ = stream_->next()) {
-        const size_t count = std::min(now_.size(), wanted - joined_.size());
-        joined_.insert(joined_.end(), now_.begin(), now_.begin() + static_cast<ptrdiff_t>(count));
-        now_ = now_.subspan(count);
+    for (; !chunk_.empty(); chunk_ = stream_->next()) {
+        const size_t count = std::min(chunk_.size(), wanted - joined_.size());
+        joined_.insert(
+            joined_.end(), chunk_.begin(), chunk_.begin() + static_cast<ptrdiff_t>(count));
+        chunk_ = chunk_.subspan(count);
         if (joined_.size() == wanted) {
             joined_.push_back(0);
             return std::span(joined_).first(wanted);
@@ -176,8 +181,8 @@ std::span<const uint8_t> PngRowReader::next() {
                                                                : std::span<const uint8_t>();
 }
 
-bool PngRowReader::isThrough() {
-    return now_.empty() && stream_->next().empty() && stream_->isThrough();
+bool PngRowReader::isComplete() {
+    return chunk_.empty() && stream_->next().empty() && stream_->isComplete();
 }
 
 } // namespace paperline

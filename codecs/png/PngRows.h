@@ -1,5 +1,4 @@
-// Rows as PNG stores them: differences to their neighbours, chosen for pages with a scanner's
-// noise.
+// PNG row filters chosen for pages with a scanner's noise.
 #pragma once
 
 #include <cstddef>
@@ -9,19 +8,18 @@
 
 namespace paperline {
 
-// Filters the rows of one image, top row first. Each row is written as its filter's number and the
-// differences to the average, or to the Paeth prediction, of its neighbours: whichever leaves less.
+// Filters the rows of one image with Average or Paeth, whichever leaves the smaller differences.
 class PngRowFilter {
 public:
     PngRowFilter(size_t rowBytes, size_t pixelBytes);
 
-    // `above` is the row before, empty for the image's first. `target` has room for 1 + rowBytes.
+    // `above` is empty for the first row. `target` has room for the filter's number and the row.
     void filter(std::span<const uint8_t> row, std::span<const uint8_t> above, uint8_t* target);
 
 private:
     size_t rowBytes_;
     size_t pixelBytes_;
-    std::vector<uint8_t> noRow_; // what stands above the first row
+    std::vector<uint8_t> noRow_; // zeros, above the first row
     std::vector<uint8_t> average_;
 };
 

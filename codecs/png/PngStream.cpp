@@ -1,5 +1,7 @@
 #include "codecs/png/PngStream.h"
 
+#include "platform/files/ByteOrder.h"
+
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -20,40 +22,39 @@ using Bytes = std::vector<uint8_t>;
 using Span = std::span<const uint8_t>;
 
 constexpr size_t signatureBytes = 8;
-constexpr size_t chunkFrame = 12; // length, type and checksum
-constexpr uint32_t checksumOfNothing = 1;
+constexpr size_t lengthAndTypeBytes = 8;
+constexpr size_t frameBytes = lengthAndTypeBytes + 4; // with the checksum
 constexpr size_t streamHeaderBytes = 2;
 constexpr size_t streamChecksumBytes = 4;
+constexpr uint32_t checksumOfNothing = 1;
 constexpr std::array<uint8_t, 5> lastEmptyBlock{1, 0, 0, 0xFF, 0xFF};
-// Our writer puts 256 KB into a chunk, or a single row. Others' chunks may swell to anything.
+// Our writer puts 256 KB or a single row into a chunk. Others' chunks may inflate to any size.
 constexpr size_t mostContentBytes = 4 * 1024 * 1024;
-// Chunks that wait for the reader.
+// Chunks that are inflated ahead of the reader.
 constexpr size_t mostAhead = 32;
-// Memory of content that was read, waiting for other content.
-constexpr size_t mostKept = 4;
-// Below this a thread costs more than it saves.
+// Buffers kept for reuse.
+constexpr size_t mostSpareBuffers = 4;
+// For less, a thread costs more than it saves.
 constexpr size_t fewestCompressedBytes = 512 * 1024;
 
 uint32_t bigEndian(Span bytes) {
-    return uint32_t{bytes[0]} << 24U | uint32_t{bytes[1]} << 16U | uint32_t{bytes[2]} << 8U |
-           uint32_t{bytes[3]};
+    return readInteger<uint32_t>(bytes, std::endian::big);
 }
 
 bool hasType(Span chunk, const char* type) {
     return std::memcmp(chunk.data() + 4, type, 4) == 0;
 }
 
-// The chunk at the front, its frame included; empty when it is not whole.
+// The first chunk with its frame; empty when it is not complete.
 Span firstChunk(Span file) {
-    if (file.size() < chunkFrame)
+    if (file.size() < frameBytes)
         return {};
-    const uint64_t length = uint64_t{bigEndian(file)} + chunkFrame;
+    const uint64_t length = uint64_t{bigEndian(file)} + frameBytes;
     return length <= file.size() ? file.first(static_cast<size_t>(length)) : Span();
 }
 
-// The IDAT chunks, when they stand one behind the other and nothing but the end follows. (What
-// else may follow is another reader's to judge.)
-std::vector<Span> pictureChunks(Span file) {
+// The IDAT chunks, if they are consecutive and only IEND follows; the library reads other files.
+std::vector<Span> dataChunks(Span file) {
     std::vector<Span> chunks;
     if (file.size() < signatureBytes)
         return chunks;
@@ -62,7 +63,7 @@ std::vector<Span> pictureChunks(Span file) {
         if (hasType(chunk, "IDAT"))
             chunks.push_back(chunk);
         else if (!chunks.empty())
-            return hasType(chunk, "IEND") && chunk.size() == chunkFrame ? chunks
+            return hasType(chunk, "IEND") && chunk.size() == frameBytes ? chunks
                                                                         : std::vector<Span>();
         rest = rest.subspan(chunk.size());
     }
@@ -72,18 +73,18 @@ std::vector<Span> pictureChunks(Span file) {
 // Deflate without a dictionary (RFC 1950, 2.2).
 bool isStreamHeader(Span bytes) {
     return (bytes[0] & 0x0FU) == 8 && (bytes[1] & 0x20U) == 0 &&
-           (unsigned{bytes[0]} << 8U | bytes[1]) % 31 == 0;
+           readInteger<uint16_t>(bytes, std::endian::big) % 31 == 0;
 }
 
-bool areWorthOpening(const std::vector<Span>& chunks) {
+bool areWorthInflating(const std::vector<Span>& chunks) {
     if (chunks.size() < 2)
         return false;
     size_t sum = 0;
     for (const Span& chunk : chunks)
         sum += chunk.size();
-    return sum >= fewestCompressedBytes && chunks.front().size() > chunkFrame + streamHeaderBytes &&
-           chunks.back().size() > chunkFrame + streamChecksumBytes &&
-           isStreamHeader(chunks.front().subspan(8));
+    return sum >= fewestCompressedBytes && chunks.front().size() > frameBytes + streamHeaderBytes &&
+           chunks.back().size() > frameBytes + streamChecksumBytes &&
+           isStreamHeader(chunks.front().subspan(lengthAndTypeBytes));
 }
 
 bool isChecksumRight(Span chunk) {
@@ -97,45 +98,47 @@ struct DecompressorFreer {
     }
 };
 
-// The bytes are kept for other content: fresh memory costs more than what it is filled with.
+// An inflated chunk. Its buffer is reused for others: page faults in fresh memory cost more than
+// inflating.
 struct Content {
-    Bytes bytes;
+    Bytes buffer;
     size_t count = 0; // 0: damaged
 
-    Span all() const { return Span(bytes).first(count); }
+    Span all() const { return Span(buffer).first(count); }
 };
 
-// Opens chunks; each thread has one of its own.
-class ChunkOpener {
+// Each thread has its own.
+class ChunkInflater {
 public:
-    // No content when the data does not stand for itself.
-    void open(Span data, bool isLast, Content& content) {
+    // Leaves the content empty when the data is damaged or refers to data before it.
+    void inflate(Span data, bool isLast, Content& content) {
+        // libdeflate takes whole streams only: all but the last chunk get a last block here.
         compressed_.assign(data.begin(), data.end());
         compressed_.insert(compressed_.end(), lastEmptyBlock.begin(), lastEmptyBlock.end());
         const size_t wanted = isLast ? data.size() : compressed_.size();
         constexpr size_t usualBytes = 300 * 1024;
-        content.bytes.resize(std::max(content.bytes.size(), usualBytes));
+        content.buffer.resize(std::max(content.buffer.size(), usualBytes));
         size_t taken = 0;
-        size_t given = 0;
-        libdeflate_result result = decompress(content.bytes, taken, given);
-        if (result == LIBDEFLATE_INSUFFICIENT_SPACE && content.bytes.size() < mostContentBytes) {
-            content.bytes.resize(mostContentBytes);
-            result = decompress(content.bytes, taken, given);
+        libdeflate_result result = decompress(content, taken);
+        if (result == LIBDEFLATE_INSUFFICIENT_SPACE && content.buffer.size() < mostContentBytes) {
+            content.buffer.resize(mostContentBytes);
+            result = decompress(content, taken);
         }
-        content.count = result == LIBDEFLATE_SUCCESS && taken == wanted ? given : 0;
+        if (result != LIBDEFLATE_SUCCESS || taken != wanted)
+            content.count = 0;
     }
 
 private:
-    libdeflate_result decompress(Bytes& content, size_t& taken, size_t& given) const {
+    libdeflate_result decompress(Content& content, size_t& taken) const {
         if (!decompressor_)
             return LIBDEFLATE_BAD_DATA;
         return libdeflate_deflate_decompress_ex(decompressor_.get(),
                                                 compressed_.data(),
                                                 compressed_.size(),
-                                                content.data(),
-                                                content.size() - 1, // which may be read, too
+                                                content.buffer.data(),
+                                                content.buffer.size() - 1, // see PngStream::next
                                                 &taken,
-                                                &given);
+                                                &content.count);
     }
 
     std::unique_ptr<libdeflate_decompressor, DecompressorFreer> decompressor_{
@@ -145,44 +148,43 @@ private:
 
 } // namespace
 
-class PngStream::OpenedChunks {
+class PngStream::InflatedChunks {
 public:
-    explicit OpenedChunks(std::vector<Span> chunks)
-        : chunks_(std::move(chunks)), contents_(chunks_.size()), isOpen_(chunks_.size()) {
-        kept_.reserve(mostKept);
+    explicit InflatedChunks(std::vector<Span> chunks)
+        : chunks_(std::move(chunks)), contents_(chunks_.size()), isDone_(chunks_.size()) {
+        spares_.reserve(mostSpareBuffers);
         try {
             helper_ = std::thread([this] {
-                ChunkOpener opener;
+                ChunkInflater inflater;
                 do {
                     waitForReader();
-                } while (openNext(opener));
+                } while (inflateNext(inflater));
             });
         } catch (const std::exception&) {
-            // The reader opens them all.
+            // The reader inflates them all.
         }
     }
-    ~OpenedChunks() {
+    ~InflatedChunks() {
         next_ = chunks_.size();
         taken_ = chunks_.size();
         taken_.notify_one();
         if (helper_.joinable())
             helper_.join();
     }
-    OpenedChunks(const OpenedChunks&) = delete;
-    OpenedChunks& operator=(const OpenedChunks&) = delete;
+    InflatedChunks(const InflatedChunks&) = delete;
+    InflatedChunks& operator=(const InflatedChunks&) = delete;
 
-    // Whether every chunk was taken, and was as it should be.
-    bool isThrough() const { return taken_ == chunks_.size() && !failed_; }
+    bool isComplete() const { return taken_ == chunks_.size() && !failed_; }
 
     Span next() {
-        keepForOthers(std::exchange(current_, {}));
+        keepSpare(std::exchange(current_, {}));
         if (taken_ == chunks_.size() || failed_)
             return {};
         const size_t number = taken_++;
         taken_.notify_one();
-        while (!isOpen_[number].load(std::memory_order_acquire))
-            if (!openNext(ownOpener_))
-                isOpen_[number].wait(false, std::memory_order_acquire);
+        while (!isDone_[number].load(std::memory_order_acquire))
+            if (!inflateNext(ownInflater_))
+                isDone_[number].wait(false, std::memory_order_acquire);
         current_ = std::move(contents_[number]);
         const Span content = current_.all();
         checksum_ = libdeflate_adler32(checksum_, content.data(), content.size());
@@ -191,10 +193,10 @@ public:
     }
 
 private:
-    // The data without the stream's header and checksum around it.
+    // The deflate data, without the zlib stream's header and checksum.
     Span dataOf(size_t number) const {
         Span data = chunks_[number];
-        data = data.subspan(8, data.size() - chunkFrame);
+        data = data.subspan(lengthAndTypeBytes, data.size() - frameBytes);
         if (number == 0)
             data = data.subspan(streamHeaderBytes);
         if (number + 1 == chunks_.size())
@@ -202,8 +204,7 @@ private:
         return data;
     }
     uint32_t storedChecksum() const {
-        const Span last = chunks_.back();
-        return bigEndian(last.subspan(last.size() - 4 - streamChecksumBytes));
+        return bigEndian(chunks_.back().last(4 + streamChecksumBytes));
     }
 
     void waitForReader() const {
@@ -214,73 +215,73 @@ private:
         }
     }
 
-    Content takeKept() {
-        const std::lock_guard<std::mutex> lock(keeping_);
-        if (kept_.empty())
+    Content takeSpare() {
+        const std::lock_guard<std::mutex> lock(sparesMutex_);
+        if (spares_.empty())
             return {};
-        Content content = std::move(kept_.back());
-        kept_.pop_back();
+        Content content = std::move(spares_.back());
+        spares_.pop_back();
         return content;
     }
-    void keepForOthers(Content content) {
-        const std::lock_guard<std::mutex> lock(keeping_);
-        if (!content.bytes.empty() && kept_.size() < kept_.capacity())
-            kept_.push_back(std::move(content));
+    void keepSpare(Content content) {
+        const std::lock_guard<std::mutex> lock(sparesMutex_);
+        if (!content.buffer.empty() && spares_.size() < spares_.capacity())
+            spares_.push_back(std::move(content));
     }
 
-    // False when all have been begun.
-    bool openNext(ChunkOpener& opener) {
+    // Inflates the first chunk that no thread has begun; false when there is none.
+    bool inflateNext(ChunkInflater& inflater) {
         const size_t number = next_.fetch_add(1);
         if (number >= chunks_.size())
             return false;
         Content& content = contents_[number];
         try {
             if (isChecksumRight(chunks_[number])) {
-                content = takeKept();
-                opener.open(dataOf(number), number + 1 == chunks_.size(), content);
+                content = takeSpare();
+                inflater.inflate(dataOf(number), number + 1 == chunks_.size(), content);
             }
         } catch (const std::bad_alloc&) {
             content = {};
         }
         if (content.count == 0)
-            next_ = chunks_.size(); // nobody will want the others
-        isOpen_[number].store(true, std::memory_order_release);
-        isOpen_[number].notify_one();
+            next_ = chunks_.size(); // the reader stops here
+        isDone_[number].store(true, std::memory_order_release);
+        isDone_[number].notify_one();
         return true;
     }
 
     std::vector<Span> chunks_;
     std::vector<Content> contents_;
-    std::vector<std::atomic<bool>> isOpen_;
-    std::atomic<size_t> next_{0};
-    std::atomic<size_t> taken_{0};
+    std::vector<std::atomic<bool>> isDone_;
+    std::atomic<size_t> next_{0};  // the first chunk that no thread has begun
+    std::atomic<size_t> taken_{0}; // by the reader
     bool failed_ = false;
     uint32_t checksum_ = checksumOfNothing;
     Content current_;
-    std::mutex keeping_;
-    std::vector<Content> kept_;
-    ChunkOpener ownOpener_;
+    std::mutex sparesMutex_;
+    std::vector<Content> spares_;
+    ChunkInflater ownInflater_;
     std::thread helper_; // last: it uses the others
 };
 
-PngStream::PngStream(std::unique_ptr<OpenedChunks> opened) : opened_(std::move(opened)) {}
+PngStream::PngStream(std::unique_ptr<InflatedChunks> chunks) : chunks_(std::move(chunks)) {}
 
 PngStream::~PngStream() = default;
 
 std::unique_ptr<PngStream> PngStream::open(std::span<const uint8_t> file) {
-    std::vector<Span> chunks = pictureChunks(file);
-    if (!areWorthOpening(chunks))
+    std::vector<Span> chunks = dataChunks(file);
+    if (!areWorthInflating(chunks))
         return nullptr;
     return std::unique_ptr<PngStream>(
-        new PngStream(std::make_unique<OpenedChunks>(std::move(chunks))));
+        new PngStream(std::make_unique<InflatedChunks>(std::move(chunks))));
 }
 
 std::span<const uint8_t> PngStream::next() {
-    return opened_->next();
+    return chunks_->next();
 }
 
-bool PngStream::isThrough() const {
-    return opened_->isThrough();
+bool PngStream::isComplete() const {
+    return chunks_->isComplete();
 }
 
 } // namespace paperline

@@ -1,29 +1,27 @@
 #include "codecs/pnm/PnmDecoder.h"
 
+#include "platform/files/ByteOrder.h"
+
 #include <algorithm>
 #include <limits>
 
 namespace paperline {
 namespace {
 
-// "P1" to "P6"; 1 to 3 are written in figures, 4 to 6 in bytes.
 struct Header {
-    int kind = 0;
-    int32_t widthPixels = 0;
-    int32_t heightPixels = 0;
+    int kind = 0; // of "P1" to "P6": 1 to 3 are plain, 4 to 6 raw
+    PixelSize size;
     uint32_t maximum = 1; // sample value of white
-    size_t length = 0;    // bytes up to the samples
+    size_t length = 0;    // bytes before the samples
 
     bool isBitmap() const { return kind == 1 || kind == 4; }
-    bool isFigures() const { return kind <= 3; }
     size_t samplesPerPixel() const { return kind % 3 == 0 ? 3 : 1; }
-    size_t samplesPerRow() const { return samplesPerPixel() * static_cast<size_t>(widthPixels); }
 };
 
 bool isBlank(uint8_t c) {
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
-bool isFigure(uint8_t c) {
+bool isDigit(uint8_t c) {
     return c >= '0' && c <= '9';
 }
 
@@ -47,13 +45,13 @@ public:
         }
     }
 
-    // A decimal number up to `most`.
+    // A decimal number, at most `most`.
     std::optional<uint32_t> number(uint32_t most) {
         skipBlanksAndComments();
-        if (atEnd() || !isFigure(bytes_[at_]))
+        if (atEnd() || !isDigit(bytes_[at_]))
             return std::nullopt;
         uint64_t value = 0;
-        while (!atEnd() && isFigure(bytes_[at_])) {
+        while (!atEnd() && isDigit(bytes_[at_])) {
             value = value * 10 + (next() - uint32_t{'0'});
             if (value > most)
                 return std::nullopt;
@@ -61,7 +59,7 @@ public:
         return static_cast<uint32_t>(value);
     }
 
-    // The figures of a bitmap may stand without blanks between them.
+    // Plain bitmaps need no blanks between their digits.
     std::optional<uint32_t> bit() {
         skipBlanksAndComments();
         if (atEnd() || (bytes_[at_] != '0' && bytes_[at_] != '1'))
@@ -86,15 +84,14 @@ std::optional<Header> parseHeader(std::span<const uint8_t> bytes) {
     const auto height = width ? cursor.number(mostPixels) : std::nullopt;
     if (!width || !height || *width == 0 || *height == 0)
         return std::nullopt;
-    header.widthPixels = static_cast<int32_t>(*width);
-    header.heightPixels = static_cast<int32_t>(*height);
+    header.size = {*width, *height};
     if (!header.isBitmap()) {
         const auto maximum = cursor.number(65535);
         if (!maximum || *maximum == 0)
             return std::nullopt;
         header.maximum = *maximum;
     }
-    // Exactly one blank stands between the header and the samples.
+    // Exactly one blank separates the header from the samples.
     if (cursor.atEnd() || !isBlank(cursor.next()))
         return std::nullopt;
     header.length = 2 + cursor.position();
@@ -105,8 +102,8 @@ uint8_t reduced(uint32_t sample, uint32_t maximum) {
     return static_cast<uint8_t>((sample * 255 + maximum / 2) / maximum);
 }
 
-// Rows of bits in whole bytes, 1 for black.
-bool readPackedBits(std::span<const uint8_t> samples, BitmapImageRep& page) {
+// Rows of packed bits; 1 is black.
+bool readRawBits(std::span<const uint8_t> samples, BitmapImageRep& page) {
     const std::span<uint8_t> pixels = page.bitmapData();
     if (samples.size() < pixels.size())
         return false;
@@ -117,7 +114,7 @@ bool readPackedBits(std::span<const uint8_t> samples, BitmapImageRep& page) {
     return true;
 }
 
-bool readBitFigures(std::span<const uint8_t> samples, BitmapImageRep& page) {
+bool readPlainBits(std::span<const uint8_t> samples, BitmapImageRep& page) {
     Cursor cursor(samples);
     for (int32_t y = 0; y < page.pixelsHigh(); ++y) {
         const std::span<uint8_t> row = page.row(y);
@@ -132,7 +129,9 @@ bool readBitFigures(std::span<const uint8_t> samples, BitmapImageRep& page) {
     return true;
 }
 
-bool readFigures(std::span<const uint8_t> samples, const Header& header, BitmapImageRep& page) {
+bool readPlainSamples(std::span<const uint8_t> samples,
+                      const Header& header,
+                      BitmapImageRep& page) {
     Cursor cursor(samples);
     for (uint8_t& pixel : page.bitmapData()) {
         const std::optional<uint32_t> sample = cursor.number(header.maximum);
@@ -143,33 +142,36 @@ bool readFigures(std::span<const uint8_t> samples, const Header& header, BitmapI
     return true;
 }
 
-// One byte a sample, or two with the higher first when white is above 255.
-bool readBytes(std::span<const uint8_t> samples, const Header& header, BitmapImageRep& page) {
+// One byte a sample, or two in big-endian order when white is above 255.
+bool readRawSamples(std::span<const uint8_t> samples, const Header& header, BitmapImageRep& page) {
     const std::span<uint8_t> pixels = page.bitmapData();
     const size_t sampleBytes = header.maximum > 255 ? 2 : 1;
     if (samples.size() / sampleBytes < pixels.size())
         return false;
+    if (header.maximum == 255) {
+        std::copy_n(samples.begin(), pixels.size(), pixels.begin());
+        return true;
+    }
     for (size_t index = 0; index < pixels.size(); ++index) {
-        uint32_t sample = samples[index * sampleBytes];
-        if (sampleBytes == 2)
-            sample = sample << 8U | samples[index * 2 + 1];
+        const uint32_t sample =
+            sampleBytes == 1 ? samples[index]
+                             : readInteger<uint16_t>(samples.subspan(2 * index), std::endian::big);
         if (sample > header.maximum)
             return false;
-        pixels[index] =
-            header.maximum == 255 ? static_cast<uint8_t>(sample) : reduced(sample, header.maximum);
+        pixels[index] = reduced(sample, header.maximum);
     }
     return true;
 }
 
-// Whether the file can hold so many pixels: a short file must not take memory for a large page.
+// Whether `sampleBytes` bytes can hold the pixels. Checked before memory is allocated, because a
+// short file may claim a huge size.
 bool canHold(const Header& header, uint64_t sampleBytes) {
-    const auto rows = static_cast<uint64_t>(header.heightPixels);
-    const uint64_t samples = header.samplesPerRow();
+    const uint64_t rowSamples = header.samplesPerPixel() * uint64_t{header.size.width};
     if (header.kind == 4)
-        return (samples + 7) / 8 * rows <= sampleBytes;
-    // Grey and colour figures have a blank between them; those of a bitmap may do without.
-    const bool spaced = header.kind == 2 || header.kind == 3;
-    return samples * rows <= (spaced ? (sampleBytes + 1) / 2 : sampleBytes);
+        return (rowSamples + 7) / 8 * header.size.height <= sampleBytes;
+    // Plain numbers have a blank between them.
+    const bool isSpaced = header.kind == 2 || header.kind == 3;
+    return rowSamples * header.size.height <= (isSpaced ? (sampleBytes + 1) / 2 : sampleBytes);
 }
 
 } // namespace
@@ -180,27 +182,26 @@ bool hasPnmHeader(std::span<const uint8_t> bytes) {
 
 std::optional<DecodedImage> decodePnm(std::span<const uint8_t> bytes, uint64_t maximumPixels) {
     const std::optional<Header> header = parseHeader(bytes);
-    if (!header || !withinPixels(static_cast<uint64_t>(header->widthPixels),
-                                 static_cast<uint64_t>(header->heightPixels),
-                                 maximumPixels))
+    if (!header || !isWithin(header->size, maximumPixels))
         return std::nullopt;
     const std::span<const uint8_t> samples = bytes.subspan(header->length);
     if (!canHold(*header, samples.size()))
         return std::nullopt;
     const int bits = header->isBitmap() ? 1 : 8 * static_cast<int>(header->samplesPerPixel());
     DecodedImage result;
-    result.image = BitmapImageRep::makePage(header->widthPixels, header->heightPixels, bits);
+    result.image = BitmapImageRep::makePage(
+        static_cast<int32_t>(header->size.width), static_cast<int32_t>(header->size.height), bits);
     if (!result.image)
         return std::nullopt;
     bool whole = false;
     if (header->kind == 1)
-        whole = readBitFigures(samples, *result.image);
+        whole = readPlainBits(samples, *result.image);
     else if (header->kind == 4)
-        whole = readPackedBits(samples, *result.image);
-    else if (header->isFigures())
-        whole = readFigures(samples, *header, *result.image);
+        whole = readRawBits(samples, *result.image);
+    else if (header->kind <= 3)
+        whole = readPlainSamples(samples, *header, *result.image);
     else
-        whole = readBytes(samples, *header, *result.image);
+        whole = readRawSamples(samples, *header, *result.image);
     return whole ? std::optional(std::move(result)) : std::nullopt;
 }
 

@@ -1,4 +1,4 @@
-// PNM files: PBM, PGM and PPM, in figures or in bytes.
+// PNM files: PBM, PGM and PPM, plain (decimal numbers) or raw (bytes).
 #pragma once
 
 #include "codecs/pixels/DecodedImage.h"
@@ -9,10 +9,12 @@
 
 namespace paperline {
 
-// Nothing when the file is damaged or has more than `maximumPixels`, which is tested before memory
-// is taken for them.
+// 1, 8 or 24 bits a pixel. Nothing when the file is damaged or has more than `maximumPixels`, which
+// is checked before memory is allocated for them.
 [[nodiscard]] std::optional<DecodedImage> decodePnm(std::span<const uint8_t> bytes,
                                                     uint64_t maximumPixels);
-bool hasPnmHeader(std::span<const uint8_t> bytes); // the header is whole and names a size
+
+// Whether the bytes begin with a complete header.
+bool hasPnmHeader(std::span<const uint8_t> bytes);
 
 } // namespace paperline

@@ -4,7 +4,6 @@
 #include "platform/process/ParallelFor.h"
 
 #include <algorithm>
-#include <atomic>
 #include <limits>
 #include <memory>
 #include <vector>
@@ -12,7 +11,7 @@
 namespace paperline {
 namespace {
 
-// Enough for the largest strip of a page with so many pixels, sixteen bytes each.
+// Enough for one strip of the whole page at sixteen bytes a pixel.
 tmsize_t largestAllocation(uint64_t maximumPixels) {
     constexpr uint64_t other = 64U << 20U; // directories, tables, profiles
     constexpr uint64_t most = std::numeric_limits<tmsize_t>::max();
@@ -21,8 +20,7 @@ tmsize_t largestAllocation(uint64_t maximumPixels) {
 }
 
 struct PageTags {
-    uint32_t widthPixels = 0;
-    uint32_t heightPixels = 0;
+    PixelSize size;
     uint16_t bitsPerSample = 1;
     uint16_t samplesPerPixel = 1;
     uint16_t photometric = 0;
@@ -41,8 +39,8 @@ struct PageTags {
 
 std::optional<PageTags> readTags(TIFF* tiff) {
     PageTags tags;
-    if (TIFFGetField(tiff, TIFFTAG_IMAGEWIDTH, &tags.widthPixels) == 0 ||
-        TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &tags.heightPixels) == 0 ||
+    if (TIFFGetField(tiff, TIFFTAG_IMAGEWIDTH, &tags.size.width) == 0 ||
+        TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &tags.size.height) == 0 ||
         TIFFGetField(tiff, TIFFTAG_PHOTOMETRIC, &tags.photometric) == 0)
         return std::nullopt;
     TIFFGetFieldDefaulted(tiff, TIFFTAG_BITSPERSAMPLE, &tags.bitsPerSample);
@@ -50,10 +48,8 @@ std::optional<PageTags> readTags(TIFF* tiff) {
     TIFFGetFieldDefaulted(tiff, TIFFTAG_PLANARCONFIG, &tags.planes);
     TIFFGetFieldDefaulted(tiff, TIFFTAG_ORIENTATION, &tags.orientation);
     constexpr uint32_t mostSide = std::numeric_limits<int32_t>::max() / 32;
-    if (tags.widthPixels == 0 || tags.heightPixels == 0 || tags.widthPixels > mostSide ||
-        tags.heightPixels > mostSide)
-        return std::nullopt;
-    return tags;
+    return tags.size.width <= mostSide && tags.size.height <= mostSide ? std::optional(tags)
+                                                                       : std::nullopt;
 }
 
 double resolutionDpi(TIFF* tiff, uint32_t tag) {
@@ -66,7 +62,7 @@ double resolutionDpi(TIFF* tiff, uint32_t tag) {
                                       : static_cast<double>(value);
 }
 
-// Whether the file's rows are the page's, but for the polarity of grey.
+// Whether the file's rows are those of the page, possibly with inverted grey.
 bool hasPlainRows(TIFF* tiff, const PageTags& tags) {
     if (TIFFIsTiled(tiff) != 0)
         return false;
@@ -76,71 +72,57 @@ bool hasPlainRows(TIFF* tiff, const PageTags& tags) {
            tags.samplesPerPixel == 3 && tags.bitsPerSample == 8;
 }
 
-// Where a page is, and how much the library may take for it at once.
+// A page, and what the library may allocate for it at once.
 struct PagePlace {
     const std::string& path;
     int pageIndex;
     tmsize_t largestAllocation;
 };
 
-// The page's strips, each decoded to its place.
+// Decodes strips into the page.
 class StripReader {
 public:
     StripReader(const PagePlace& place, BitmapImageRep& page)
-        : page_(page), tiff_(openTiffFile(place.path, place.largestAllocation, errors_)) {
-        if (tiff_ && TIFFSetDirectory(tiff_.get(), static_cast<tdir_t>(place.pageIndex)) == 0)
-            tiff_.reset();
-        if (tiff_)
-            TIFFGetFieldDefaulted(tiff_.get(), TIFFTAG_ROWSPERSTRIP, &rowsPerStrip_);
+        : page_(page), file_(place.path, place.largestAllocation),
+          isOpen_(file_.tiff() != nullptr &&
+                  TIFFSetDirectory(file_.tiff(), static_cast<tdir_t>(place.pageIndex)) != 0) {
+        if (isOpen_)
+            TIFFGetFieldDefaulted(file_.tiff(), TIFFTAG_ROWSPERSTRIP, &rowsPerStrip_);
     }
 
     bool read(uint32_t strip) {
         const uint64_t firstRow = uint64_t{strip} * rowsPerStrip_;
         const auto height = static_cast<uint64_t>(page_.pixelsHigh());
-        if (!tiff_ || firstRow >= height)
+        if (!isOpen_ || firstRow >= height)
             return false;
         const uint64_t rows = std::min<uint64_t>(rowsPerStrip_, height - firstRow);
         const auto bytes = static_cast<tmsize_t>(rows * static_cast<uint64_t>(page_.bytesPerRow()));
         uint8_t* target = page_.row(static_cast<int32_t>(firstRow)).data();
-        return TIFFReadEncodedStrip(tiff_.get(), strip, target, bytes) == bytes &&
-               errors_.count == 0;
+        return TIFFReadEncodedStrip(file_.tiff(), strip, target, bytes) == bytes &&
+               !file_.hasErrors();
     }
 
 private:
     BitmapImageRep& page_;
-    TiffErrors errors_;
-    TiffHandle tiff_;
+    TiffFile file_;
+    bool isOpen_;
     uint32_t rowsPerStrip_ = 0;
 };
-
-bool readStripsSideBySide(const PagePlace& place, uint32_t strips, BitmapImageRep& page) {
-    std::vector<std::unique_ptr<StripReader>> readers(std::min<size_t>(processorCount(), strips));
-    std::atomic<bool> whole{true};
-    parallelFor(strips, static_cast<unsigned>(readers.size()), [&](size_t strip, unsigned worker) {
-        if (!whole)
-            return;
-        if (!readers[worker])
-            readers[worker].reset(new (std::nothrow) StripReader(place, page));
-        if (!readers[worker] || !readers[worker]->read(static_cast<uint32_t>(strip)))
-            whole = false;
-    });
-    return whole;
-}
-
-bool readRowByRow(TIFF* tiff, BitmapImageRep& page) {
-    for (int32_t y = 0; y < page.pixelsHigh(); ++y)
-        if (TIFFReadScanline(tiff, page.row(y).data(), static_cast<uint32_t>(y), 0) != 1)
-            return false;
-    return true;
-}
 
 bool readPlainRows(TIFF* tiff, const PageTags& tags, const PagePlace& place, BitmapImageRep& page) {
     constexpr size_t worthThreads = 1024 * 1024;
     if (TIFFScanlineSize64(tiff) != static_cast<uint64_t>(page.bytesPerRow()))
         return false;
     const uint32_t strips = TIFFNumberOfStrips(tiff);
-    const bool together = strips > 1 && page.bitmapData().size() >= worthThreads;
-    if (!(together ? readStripsSideBySide(place, strips, page) : readRowByRow(tiff, page)))
+    const unsigned workers =
+        page.bitmapData().size() < worthThreads ? 1 : std::min(processorCount(), strips);
+    std::vector<std::unique_ptr<StripReader>> readers(workers);
+    const auto read = [&](size_t strip, unsigned worker) {
+        if (!readers[worker])
+            readers[worker] = std::make_unique<StripReader>(place, page);
+        return readers[worker]->read(static_cast<uint32_t>(strip));
+    };
+    if (!parallelForAll(strips, workers, read))
         return false;
     if (tags.photometric == PHOTOMETRIC_MINISWHITE)
         for (uint8_t& byte : page.bitmapData())
@@ -148,7 +130,7 @@ bool readPlainRows(TIFF* tiff, const PageTags& tags, const PagePlace& place, Bit
     return true;
 }
 
-// Colours come multiplied with their alpha.
+// The library premultiplies colours with their alpha.
 uint8_t onWhite(uint32_t channel, uint32_t pixel) {
     return static_cast<uint8_t>(std::min<uint32_t>(255, channel + 255 - TIFFGetA(pixel)));
 }
@@ -169,15 +151,13 @@ void putRow(const uint32_t* pixels, std::span<uint8_t> row, int pageBits, size_t
     }
 }
 
-// Everything else through the library's own conversion to 8-bit colours.
+// Everything else by the library's conversion to 8-bit RGBA.
 bool readConverted(TIFF* tiff, const PageTags& tags, BitmapImageRep& page) {
-    const size_t width = tags.widthPixels;
-    const std::unique_ptr<uint32_t[]> raster(new (std::nothrow)
-                                                 uint32_t[width * tags.heightPixels]);
-    // The rows' stored order is kept: turning the page is its viewer's business.
+    const auto [width, height] = tags.size;
+    const std::unique_ptr<uint32_t[]> raster(new (std::nothrow) uint32_t[size_t{width} * height]);
+    // Rows keep their stored order: the viewer applies the orientation.
     if (!raster ||
-        TIFFReadRGBAImageOriented(
-            tiff, tags.widthPixels, tags.heightPixels, raster.get(), tags.orientation, 1) == 0)
+        TIFFReadRGBAImageOriented(tiff, width, height, raster.get(), tags.orientation, 1) == 0)
         return false;
     for (int32_t y = 0; y < page.pixelsHigh(); ++y)
         putRow(raster.get() + static_cast<size_t>(y) * width, page.row(y), tags.pageBits(), width);
@@ -188,36 +168,35 @@ bool readConverted(TIFF* tiff, const PageTags& tags, BitmapImageRep& page) {
 
 std::optional<DecodedImage>
 decodeTiffPage(const std::string& path, int pageIndex, uint64_t maximumPixels) {
-    TiffErrors errors;
     const PagePlace place{path, pageIndex, largestAllocation(maximumPixels)};
-    const TiffHandle tiff = openTiffFile(path, place.largestAllocation, errors);
+    const TiffFile file(path, place.largestAllocation);
+    TIFF* const tiff = file.tiff();
     constexpr int mostPages = std::numeric_limits<uint16_t>::max();
-    if (!tiff || pageIndex < 0 || pageIndex >= mostPages ||
-        TIFFSetDirectory(tiff.get(), static_cast<tdir_t>(pageIndex)) == 0)
+    if (tiff == nullptr || pageIndex < 0 || pageIndex >= mostPages ||
+        TIFFSetDirectory(tiff, static_cast<tdir_t>(pageIndex)) == 0)
         return std::nullopt;
-    const std::optional<PageTags> tags = readTags(tiff.get());
-    if (!tags || !withinPixels(tags->widthPixels, tags->heightPixels, maximumPixels))
+    const std::optional<PageTags> tags = readTags(tiff);
+    if (!tags || !isWithin(tags->size, maximumPixels))
         return std::nullopt;
     DecodedImage result;
-    result.image = BitmapImageRep::makePage(static_cast<int32_t>(tags->widthPixels),
-                                            static_cast<int32_t>(tags->heightPixels),
+    result.image = BitmapImageRep::makePage(static_cast<int32_t>(tags->size.width),
+                                            static_cast<int32_t>(tags->size.height),
                                             tags->pageBits());
     if (!result.image)
         return std::nullopt;
-    const bool whole = hasPlainRows(tiff.get(), *tags)
-                           ? readPlainRows(tiff.get(), *tags, place, *result.image)
-                           : readConverted(tiff.get(), *tags, *result.image);
-    if (!whole || errors.count > 0)
+    const bool isWhole = hasPlainRows(tiff, *tags)
+                             ? readPlainRows(tiff, *tags, place, *result.image)
+                             : readConverted(tiff, *tags, *result.image);
+    if (!isWhole || file.hasErrors())
         return std::nullopt;
-    result.horizontalDpi = resolutionDpi(tiff.get(), TIFFTAG_XRESOLUTION);
-    result.verticalDpi = resolutionDpi(tiff.get(), TIFFTAG_YRESOLUTION);
+    result.horizontalDpi = resolutionDpi(tiff, TIFFTAG_XRESOLUTION);
+    result.verticalDpi = resolutionDpi(tiff, TIFFTAG_YRESOLUTION);
     return result;
 }
 
 int tiffPageCount(const std::string& path) {
-    TiffErrors errors;
-    const TiffHandle tiff = openTiffFile(path, largestAllocation(0), errors);
-    return tiff ? static_cast<int>(TIFFNumberOfDirectories(tiff.get())) : 0;
+    const TiffFile file(path, largestAllocation(0));
+    return file.tiff() != nullptr ? static_cast<int>(TIFFNumberOfDirectories(file.tiff())) : 0;
 }
 
 } // namespace paperline

@@ -1,4 +1,4 @@
-// TIFF files by libtiff.
+// Decodes TIFF files by libtiff.
 #pragma once
 
 #include "codecs/pixels/DecodedImage.h"
@@ -9,10 +9,11 @@
 
 namespace paperline {
 
-// Nothing when the file is damaged or the page has more than `maximumPixels`, which is tested
-// before memory is taken for them.
+// Page `pageIndex`, from 0, with 1, 8 or 24 bits a pixel. Nothing when the file is damaged, has no
+// such page, or the page has more than `maximumPixels`, which is checked before memory is allocated
+// for them.
 [[nodiscard]] std::optional<DecodedImage>
 decodeTiffPage(const std::string& path, int pageIndex, uint64_t maximumPixels);
-int tiffPageCount(const std::string& path); // 0: no TIFF
+int tiffPageCount(const std::string& path); // 0: not a TIFF file
 
 } // namespace paperline

@@ -1,150 +1,126 @@
 #include "codecs/tiff/TiffDirectory.h"
 
+#include <algorithm>
 #include <unordered_set>
-#include <vector>
 
 namespace paperline {
 
 namespace {
 
-constexpr uint16_t tagImageWidth = 0x100;
-constexpr uint16_t tagImageLength = 0x101;
-constexpr uint16_t tagOrientation = 0x112;
-constexpr uint16_t tagXResolution = 0x11A;
-constexpr uint16_t tagYResolution = 0x11B;
-constexpr uint16_t tagResolutionUnit = 0x128;
-constexpr uint16_t typeShort = 3;
-constexpr uint16_t typeLong = 4;
-constexpr uint16_t typeRational = 5;
-constexpr uint16_t unitInch = 2;
-constexpr uint16_t unitCentimetre = 3;
-constexpr double centimetresPerInch = 2.54;
-constexpr size_t entryBytes = 12;
-constexpr size_t maximumEntries = 4096;
-constexpr size_t maximumDirectories = 65536;
-
-// The values of one directory before its unit is known.
-struct DirectoryValues {
-    PictureHeader header;
-    std::optional<double> xResolution;
-    std::optional<double> yResolution;
-    uint32_t resolutionUnit = unitInch;
+enum Tag : uint16_t {
+    imageWidth = 0x100,
+    imageLength = 0x101,
+    orientation = 0x112,
+    xResolution = 0x11A,
+    yResolution = 0x11B,
+    resolutionUnit = 0x128,
 };
+enum Type : uint16_t { typeShort = 3, typeLong = 4, typeRational = 5 };
+enum Unit : uint32_t { unitInch = 2, unitCentimetre = 3 };
 
-std::optional<uint32_t> integerOf(std::span<const uint8_t> entry, bool bigEndian) {
-    const uint16_t type = numberFrom16(entry.subspan(2), bigEndian);
-    if (type == typeShort)
-        return numberFrom16(entry.subspan(8), bigEndian);
-    if (type == typeLong)
-        return numberFrom32(entry.subspan(8), bigEndian);
-    return std::nullopt;
-}
-
-std::optional<double>
-rationalOf(HeaderBytes& bytes, std::span<const uint8_t> entry, bool bigEndian) {
-    if (numberFrom16(entry.subspan(2), bigEndian) != typeRational)
-        return std::nullopt;
-    const uint64_t offset = numberFrom32(entry.subspan(8), bigEndian);
-    const std::optional<uint32_t> numerator = bytes.numberAt32(offset, bigEndian);
-    const std::optional<uint32_t> denominator = bytes.numberAt32(offset + 4, bigEndian);
-    if (!numerator || !denominator || *denominator == 0)
-        return std::nullopt;
-    return static_cast<double>(*numerator) / static_cast<double>(*denominator);
-}
-
-void takeEntry(HeaderBytes& bytes,
-               std::span<const uint8_t> entry,
-               bool bigEndian,
-               DirectoryValues& values) {
-    switch (numberFrom16(entry, bigEndian)) {
-    case tagImageWidth:
-        values.header.size.width = integerOf(entry, bigEndian).value_or(0);
-        break;
-    case tagImageLength:
-        values.header.size.height = integerOf(entry, bigEndian).value_or(0);
-        break;
-    case tagOrientation:
-        if (const std::optional<uint32_t> orientation = integerOf(entry, bigEndian))
-            values.header.properties.orientation = *orientation;
-        break;
-    case tagXResolution:
-        values.xResolution = rationalOf(bytes, entry, bigEndian);
-        break;
-    case tagYResolution:
-        values.yResolution = rationalOf(bytes, entry, bigEndian);
-        break;
-    case tagResolutionUnit:
-        values.resolutionUnit = integerOf(entry, bigEndian).value_or(unitInch);
-        break;
-    default:
-        break;
-    }
-}
-
-// Resolutions without a unit are ratios, not dots per inch.
-PictureHeader withResolution(const DirectoryValues& values) {
-    PictureHeader header = values.header;
-    if (values.resolutionUnit != unitInch && values.resolutionUnit != unitCentimetre)
-        return header;
-    const double factor = values.resolutionUnit == unitCentimetre ? centimetresPerInch : 1.0;
-    if (values.xResolution)
-        header.properties.dpiWidth = *values.xResolution * factor;
-    if (values.yResolution)
-        header.properties.dpiHeight = *values.yResolution * factor;
-    return header;
-}
+constexpr double centimetresPerInch = 2.54;
+constexpr size_t entryBytes = 12; // tag (2), type (2), count (4), value or its offset (4)
+constexpr size_t mostEntries = 4096;
+constexpr size_t mostDirectories = 65536;
 
 struct Directory {
     PictureHeader header;
-    uint32_t nextOffset = 0;
+    uint32_t nextOffset = 0; // 0: the last one
 };
 
-std::optional<Directory> readDirectory(HeaderBytes& bytes, uint64_t offset, bool bigEndian) {
-    const std::optional<uint16_t> count = bytes.numberAt16(offset, bigEndian);
-    if (!count || *count == 0 || *count > maximumEntries)
-        return std::nullopt;
-    std::vector<uint8_t> entries(*count * entryBytes);
-    if (!bytes.read(offset + 2, entries))
-        return std::nullopt;
-    DirectoryValues values;
-    for (size_t i = 0; i < *count; ++i)
-        takeEntry(bytes,
-                  std::span<const uint8_t>(entries).subspan(i * entryBytes, entryBytes),
-                  bigEndian,
-                  values);
-    return Directory{withResolution(values),
-                     bytes.numberAt32(offset + 2 + entries.size(), bigEndian).value_or(0)};
-}
+class DirectoryReader {
+public:
+    DirectoryReader(ByteReader& file, std::endian order) : file_(file), order_(order) {}
 
-std::optional<bool> byteOrder(HeaderBytes& bytes) {
-    const std::optional<uint16_t> mark = bytes.numberAt16(0, true);
-    if (mark == 0x4949)
-        return false;
-    if (mark == 0x4D4D)
-        return true;
-    return std::nullopt;
-}
+    std::optional<uint16_t> word(uint64_t offset) { return file_.number<uint16_t>(offset, order_); }
+    std::optional<uint32_t> doubleWord(uint64_t offset) {
+        return file_.number<uint32_t>(offset, order_);
+    }
+
+    std::optional<Directory> read(uint64_t offset) {
+        const size_t count = word(offset).value_or(0);
+        const uint64_t entries = offset + 2;
+        if (count == 0 || count > mostEntries || file_.bytes(entries, count * entryBytes).empty())
+            return std::nullopt;
+        Directory directory;
+        directory.nextOffset = doubleWord(entries + count * entryBytes).value_or(0);
+        PageProperties& properties = directory.header.properties;
+        uint32_t unit = unitInch;
+        for (uint64_t entry = entries; entry < entries + count * entryBytes; entry += entryBytes) {
+            switch (word(entry).value_or(0)) {
+            case imageWidth:
+                directory.header.size.width = integer(entry).value_or(0);
+                break;
+            case imageLength:
+                directory.header.size.height = integer(entry).value_or(0);
+                break;
+            case orientation:
+                properties.orientation = integer(entry);
+                break;
+            case xResolution:
+                properties.dpiWidth = rational(entry);
+                break;
+            case yResolution:
+                properties.dpiHeight = rational(entry);
+                break;
+            case resolutionUnit:
+                unit = integer(entry).value_or(unitInch);
+                break;
+            default:
+                break;
+            }
+        }
+        for (std::optional<double>* dpi : {&properties.dpiWidth, &properties.dpiHeight}) {
+            if (unit != unitInch && unit != unitCentimetre)
+                dpi->reset(); // a mere aspect ratio
+            else if (*dpi && unit == unitCentimetre)
+                **dpi *= centimetresPerInch;
+        }
+        return directory;
+    }
+
+private:
+    std::optional<uint32_t> integer(uint64_t entry) {
+        const uint16_t type = word(entry + 2).value_or(0);
+        if (type == typeShort)
+            return word(entry + 8);
+        return type == typeLong ? doubleWord(entry + 8) : std::nullopt;
+    }
+
+    std::optional<double> rational(uint64_t entry) {
+        const uint64_t offset = doubleWord(entry + 8).value_or(0);
+        const uint32_t numerator = doubleWord(offset).value_or(0);
+        const uint32_t denominator = doubleWord(offset + 4).value_or(0);
+        if (word(entry + 2) != typeRational || denominator == 0)
+            return std::nullopt;
+        return static_cast<double>(numerator) / denominator;
+    }
+
+    ByteReader& file_;
+    std::endian order_;
+};
 
 } // namespace
 
-bool looksLikeTiff(HeaderBytes& bytes) {
-    const std::optional<bool> bigEndian = byteOrder(bytes);
-    return bigEndian && bytes.numberAt16(2, *bigEndian) == 42;
-}
-
-void walkTiffDirectories(HeaderBytes& bytes,
-                         const std::function<bool(const PictureHeader&)>& visit) {
-    const std::optional<bool> bigEndian = byteOrder(bytes);
-    if (!bigEndian)
-        return;
-    uint32_t offset = bytes.numberAt32(4, *bigEndian).value_or(0);
+std::vector<PictureHeader> readTiffDirectories(ByteReader& file, size_t most) {
+    std::vector<PictureHeader> headers;
+    const bool isBigEndian = file.hasText(0, "MM");
+    if (!isBigEndian && !file.hasText(0, "II"))
+        return headers;
+    DirectoryReader reader(file, isBigEndian ? std::endian::big : std::endian::little);
+    if (reader.word(2) != 42)
+        return headers;
+    uint32_t offset = reader.doubleWord(4).value_or(0);
     std::unordered_set<uint32_t> seen;
-    while (offset != 0 && seen.size() < maximumDirectories && seen.insert(offset).second) {
-        const std::optional<Directory> directory = readDirectory(bytes, offset, *bigEndian);
-        if (!directory || !visit(directory->header))
-            return;
+    while (offset != 0 && headers.size() < std::min(most, mostDirectories) &&
+           seen.insert(offset).second) {
+        const std::optional<Directory> directory = reader.read(offset);
+        if (!directory)
+            break;
+        headers.push_back(directory->header);
         offset = directory->nextOffset;
     }
+    return headers;
 }
 
 } // namespace paperline

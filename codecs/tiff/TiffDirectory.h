@@ -1,19 +1,16 @@
-// The directories of a TIFF file, or of the EXIF block of another file: sizes and properties.
+// The directories of a TIFF file, or of the EXIF data of another file.
 #pragma once
 
-#include "codecs/pixels/HeaderBytes.h"
 #include "codecs/pixels/PageProperties.h"
+#include "platform/files/ByteReader.h"
 
-#include <functional>
+#include <cstddef>
+#include <vector>
 
 namespace paperline {
 
-// True when the bytes begin like a TIFF file.
-bool looksLikeTiff(HeaderBytes& bytes);
-
-// Hands one directory after the other to `visit` until it answers false. A chain that returns to a
-// directory already seen ends there; damaged directories end it too.
-void walkTiffDirectories(HeaderBytes& bytes,
-                         const std::function<bool(const PictureHeader&)>& visit);
+// Sizes and properties of the first directories, at most `most`, in order. The list ends before a
+// damaged directory and before one already seen. Empty for files with 64-bit offsets.
+std::vector<PictureHeader> readTiffDirectories(ByteReader& file, size_t most);
 
 } // namespace paperline

@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <cstring>
+#include <fcntl.h>
 #include <limits>
 #include <new>
 #include <sys/stat.h>
 
-// The library calls back by C linkage rules; the va_list is left alone.
 extern "C" {
 
 static int noteTiffError(TIFF* /*tiff*/,
@@ -36,20 +36,10 @@ namespace {
 
 using OptionsHandle = std::unique_ptr<TIFFOpenOptions, decltype(&TIFFOpenOptionsFree)>;
 
-OptionsHandle quietOptions(TiffErrors& errors) {
-    OptionsHandle options(TIFFOpenOptionsAlloc(), &TIFFOpenOptionsFree);
-    if (options) {
-        TIFFOpenOptionsSetErrorHandlerExtR(options.get(), noteTiffError, &errors);
-        TIFFOpenOptionsSetWarningHandlerExtR(options.get(), ignoreTiffWarning, nullptr);
-    }
-    return options;
-}
-
-// The position that a seek asks for; nothing below 0.
+// False for a position below 0.
 bool seekTo(uint64_t& position, toff_t offset, int whence, uint64_t size) {
     const uint64_t base = whence == SEEK_SET ? 0 : whence == SEEK_CUR ? position : size;
-    // Seeks back arrive as huge offsets that wrap.
-    const uint64_t target = base + offset;
+    const uint64_t target = base + offset; // backward offsets wrap around
     if (target > static_cast<uint64_t>(std::numeric_limits<int64_t>::max()))
         return false;
     position = target;
@@ -134,9 +124,8 @@ toff_t seekFile(thandle_t handle, toff_t offset, int whence) {
     return seekTo(file.position, offset, whence, size) ? file.position : seekFailed;
 }
 
-// How the library reaches what a handle stands for.
 struct Access {
-    const char* name; // in the library's messages
+    const char* name; // for the library's messages
     TIFFReadWriteProc read;
     TIFFReadWriteProc write;
     TIFFSeekProc seek;
@@ -146,10 +135,17 @@ struct Access {
 constexpr Access memoryAccess{"memory", readMemory, writeMemory, seekMemory, sizeOfMemory};
 constexpr Access fileAccess{"file", readFileAt, writeFileAt, seekFile, sizeOfFile};
 
-TiffHandle openThrough(const Access& access, thandle_t data, const char* mode, TiffErrors& errors) {
-    const OptionsHandle options = quietOptions(errors);
+TiffHandle openThrough(const Access& access,
+                       thandle_t data,
+                       const char* mode,
+                       TiffErrors& errors,
+                       tmsize_t largestAllocation) {
+    const OptionsHandle options(TIFFOpenOptionsAlloc(), &TIFFOpenOptionsFree);
     if (!options)
         return nullptr;
+    TIFFOpenOptionsSetErrorHandlerExtR(options.get(), noteTiffError, &errors);
+    TIFFOpenOptionsSetWarningHandlerExtR(options.get(), ignoreTiffWarning, nullptr);
+    TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), largestAllocation);
     return TiffHandle(TIFFClientOpenExt(access.name,
                                         mode,
                                         data,
@@ -165,20 +161,24 @@ TiffHandle openThrough(const Access& access, thandle_t data, const char* mode, T
 
 } // namespace
 
-TiffHandle openTiffFile(const std::string& path, tmsize_t largestAllocation, TiffErrors& errors) {
-    const OptionsHandle options = quietOptions(errors);
-    if (!options)
-        return nullptr;
-    TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), largestAllocation);
-    return TiffHandle(TIFFOpenExt(path.c_str(), "rm", options.get()));
-}
-
 TiffHandle openTiffMemory(TiffMemory& memory, const char* mode, TiffErrors& errors) {
-    return openThrough(memoryAccess, &memory, mode, errors);
+    return openThrough(memoryAccess, &memory, mode, errors, 0);
 }
 
-TiffHandle openTiffDescriptor(TiffDescriptor& file, const char* mode, TiffErrors& errors) {
-    return openThrough(fileAccess, &file, mode, errors);
+TiffHandle openTiffDescriptor(TiffDescriptor& file,
+                              const char* mode,
+                              TiffErrors& errors,
+                              tmsize_t largestAllocation) {
+    return openThrough(fileAccess, &file, mode, errors, largestAllocation);
+}
+
+TiffFile::TiffFile(const std::string& path, tmsize_t largestAllocation)
+    : file_(openFile(path, O_RDONLY | O_NONBLOCK | O_NOCTTY)) {
+    struct stat status = {};
+    if (!file_.isOpen() || ::fstat(file_.number(), &status) != 0 || !S_ISREG(status.st_mode))
+        return;
+    access_.number = file_.number();
+    tiff_ = openTiffDescriptor(access_, "rm", errors_, largestAllocation);
 }
 
 } // namespace paperline

@@ -1,5 +1,5 @@
-// The TIFF library's handles: opened on a file, a descriptor or memory, quiet, and closed with
-// their object. Only the files of the TIFF adapter include this.
+// libtiff's handles on a file, a descriptor or memory. They print nothing. Only codecs/tiff
+// includes this.
 #pragma once
 
 #include "platform/files/Descriptor.h"
@@ -18,32 +18,44 @@ struct TiffCloser {
 };
 using TiffHandle = std::unique_ptr<TIFF, TiffCloser>;
 
-// Counts what the library reports as an error while the handle lives; nothing goes to standard
-// error. Outlives the handle.
+// Counts the library's error messages. Must outlive the handle.
 struct TiffErrors {
     int count = 0;
 };
 
-// Opens a file for reading. Not mapped: a file that is cut while it is read must not kill the
-// program. The library takes at most `largestAllocation` bytes at once; 0 leaves it free.
-[[nodiscard]] TiffHandle
-openTiffFile(const std::string& path, tmsize_t largestAllocation, TiffErrors& errors);
-
-// A TIFF file in memory, read or written through a handle. Outlives it.
+// A TIFF file in memory. Must outlive the handle.
 struct TiffMemory {
     std::vector<uint8_t> bytes;
     uint64_t position = 0;
 };
 [[nodiscard]] TiffHandle openTiffMemory(TiffMemory& memory, const char* mode, TiffErrors& errors);
 
-// A TIFF file behind a descriptor, which stays open. Handles on one descriptor do not disturb each
-// other: each has a position of its own. Outlives the handle.
+// A TIFF file behind a descriptor, which stays open. Several handles may share a descriptor: each
+// has its own position. Must outlive the handle.
 struct TiffDescriptor {
     int number = -1;
     uint64_t position = 0;
     bool writeFailed = false;
 };
-[[nodiscard]] TiffHandle
-openTiffDescriptor(TiffDescriptor& file, const char* mode, TiffErrors& errors);
+[[nodiscard]] TiffHandle openTiffDescriptor(TiffDescriptor& file,
+                                            const char* mode,
+                                            TiffErrors& errors,
+                                            tmsize_t largestAllocation = 0);
+
+// A regular file opened for reading, its first page current. Not mapped: truncating a mapped file
+// raises SIGBUS.
+class TiffFile {
+public:
+    // The library allocates at most `largestAllocation` bytes at once; 0: any number.
+    explicit TiffFile(const std::string& path, tmsize_t largestAllocation = 0);
+    TIFF* tiff() const { return tiff_.get(); } // null: not a TIFF file
+    bool hasErrors() const { return errors_.count > 0; }
+
+private:
+    Descriptor file_;
+    TiffErrors errors_;
+    TiffDescriptor access_;
+    TiffHandle tiff_;
+};
 
 } // namespace paperline

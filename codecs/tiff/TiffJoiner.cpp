@@ -13,30 +13,11 @@ namespace paperline {
 namespace {
 
 constexpr double declaredDpi = 300;
-// What pages that say nothing of their resolution are taken to have.
-constexpr double fallbackDpi = 72;
-// Tags of a page and the places of its strips; a page of many strips needs more.
+constexpr double fallbackDpi = 72; // of pages without a resolution
+// For the tags of a page and the offsets of its strips.
 constexpr uint64_t directoryBytes = 64 * 1024;
 
-// A TIFF file on disk opened for reading, with its first page current.
-class PageSource {
-public:
-    explicit PageSource(const std::string& path) : file_(openRegularFile(path)) {
-        if (!file_)
-            return;
-        access_.number = file_->descriptor.number();
-        tiff_ = openTiffDescriptor(access_, "rm", errors_);
-    }
-    TIFF* tiff() const { return tiff_.get(); } // null: no TIFF file
-
-private:
-    std::optional<RegularFile> file_;
-    TiffErrors errors_;
-    TiffDescriptor access_;
-    TiffHandle tiff_;
-};
-
-// Whether the raw strips of `tiff` mean the same in a little-endian file.
+// Whether the raw strips keep their meaning in a little-endian file.
 bool hasPortableData(TIFF* tiff) {
     uint16_t bits = 1;
     TIFFGetFieldDefaulted(tiff, TIFFTAG_BITSPERSAMPLE, &bits);
@@ -45,7 +26,7 @@ bool hasPortableData(TIFF* tiff) {
 
 } // namespace
 
-// The file being written, beside its final name.
+// The temporary file.
 class TiffJoiner::Output {
 public:
     Output(const std::string& path, bool big) : isBig_(big), file_(path, NewFile::Named{}) {
@@ -62,7 +43,7 @@ public:
     int descriptor() const { return file_.descriptor(); }
     uint64_t bytes() const { return TIFFGetSizeProc(tiff_.get())(TIFFClientdata(tiff_.get())); }
 
-    // Forgets the page begun at `start`. False when not even that can be done.
+    // Removes the incomplete page at `start`; false when that fails.
     bool dropPage(uint64_t start) {
         TIFFFreeDirectory(tiff_.get());
         return TIFFCreateDirectory(tiff_.get()) == 0 &&
@@ -96,7 +77,7 @@ bool TiffJoiner::isOpen() const {
     return output_ && output_->isOpen();
 }
 
-// Too large for 32-bit offsets: the pages so far go into a file with 64-bit ones.
+// When 32-bit offsets no longer suffice, copies the pages to a file with 64-bit offsets.
 bool TiffJoiner::makeRoomFor(uint64_t bytes) {
     if (output_->isBig() || output_->bytes() + bytes + directoryBytes <= classicBytes_)
         return true;
@@ -104,7 +85,7 @@ bool TiffJoiner::makeRoomFor(uint64_t bytes) {
     TiffErrors errors;
     TiffDescriptor access{.number = output_->descriptor()};
     const TiffHandle pages = openTiffDescriptor(access, "rm", errors);
-    // Before the first page there is only the header, which counts as no file.
+    // Without a page yet, `pages` is null: the library does not open a mere header.
     if (!larger->isOpen())
         return false;
     if (pages) {
@@ -119,21 +100,20 @@ bool TiffJoiner::makeRoomFor(uint64_t bytes) {
     return true;
 }
 
-TiffJoiner::Added TiffJoiner::append(void* source, bool asOwnPage) {
-    TIFF* from = static_cast<TIFF*>(source);
-    const uint64_t bytes = tiffDataBytes(from);
+TiffJoiner::Added TiffJoiner::append(TIFF* page, bool asOwnPage) {
+    const uint64_t bytes = tiffDataBytes(page);
     if (bytes == 0)
         return Added::unreadable;
     if (!makeRoomFor(bytes))
         return Added::outputFailed;
     TiffPageTags tags;
     const uint64_t start = output_->bytes();
-    const bool declared = asOwnPage ? readOwnTiffPageTags(from, tags) : true;
+    const bool declared = !asOwnPage || readOwnTiffPageTags(page, tags);
     tags.horizontalDpi = tags.verticalDpi = declaredDpi;
     const bool copied = declared &&
                         (asOwnPage ? setTiffPageTags(output_->tiff(), tags)
-                                   : copyTiffPageTags(from, output_->tiff())) &&
-                        copyTiffData(from, output_->tiff());
+                                   : copyTiffPageTags(page, output_->tiff())) &&
+                        copyTiffData(page, output_->tiff());
     if (copied && TIFFWriteDirectory(output_->tiff()) != 0 && !output_->failed()) {
         hasPages_ = true;
         return Added::yes;
@@ -143,7 +123,7 @@ TiffJoiner::Added TiffJoiner::append(void* source, bool asOwnPage) {
     return Added::unreadable;
 }
 
-// Pictures that are no pages of ours, by way of their pixels.
+// Pictures of other formats or layouts, decoded and encoded again.
 TiffJoiner::Added TiffJoiner::appendEncoded(const std::string& pageFile) {
     std::optional<DecodedImage> picture = decodeOther_(pageFile);
     if (!picture)
@@ -165,7 +145,7 @@ TiffJoiner::Added TiffJoiner::appendEncoded(const std::string& pageFile) {
 TiffJoiner::Added TiffJoiner::add(const std::string& pageFile) {
     if (!isOpen())
         return Added::outputFailed;
-    const PageSource page(pageFile);
+    const TiffFile page(pageFile);
     if (page.tiff() == nullptr)
         return appendEncoded(pageFile);
     if (joining_ == TiffJoining::unchanged)
@@ -178,7 +158,7 @@ TiffJoiner::Added TiffJoiner::add(const std::string& pageFile) {
 bool TiffJoiner::finish() {
     if (!isOpen())
         return false;
-    // A header without a page would be no TIFF file.
+    // A header without a page is no valid TIFF file.
     const bool whole = hasPages_ && output_->close();
     output_.reset();
     return whole;

@@ -1,4 +1,4 @@
-// Gathers page files into one TIFF file, a page at a time: memory does not grow with their number.
+// Joins page files to one TIFF file, page by page: memory does not grow with their number.
 #pragma once
 
 #include "codecs/pixels/DecodedImage.h"
@@ -9,25 +9,27 @@
 #include <optional>
 #include <string>
 
+typedef struct tiff TIFF; // of libtiff
+
 namespace paperline {
 
 enum class TiffJoining {
-    declared300Dpi, // LZW pages declared 300/1 dots per inch, whatever they were scanned at
-    unchanged,      // a TIFF's page with its tags and its data as they are stored
+    declared300Dpi, // LZW pages declared 300/1 dots per inch, whatever their resolution
+    unchanged,      // pages of TIFF files with their tags and data as stored
 };
 
-// Decodes a page file that is no TIFF; nothing when it cannot be read.
+// Decodes a page file of another format; nothing when it cannot be read.
 using PictureDecoder = std::function<std::optional<DecodedImage>(const std::string& path)>;
 
 class TiffJoiner {
 public:
     enum class Added { yes, unreadable, outputFailed };
 
-    // From here on the file needs 64-bit offsets.
+    // Larger files need 64-bit offsets.
     static constexpr uint64_t mostClassicBytes = 0xFFFF0000U;
 
-    // Writes beside `outputPath`; isOpen() tells whether that can be done. What is not finished
-    // leaves no file.
+    // Writes a temporary file in the folder of `outputPath`; isOpen() tells whether that is
+    // possible. Without finish() no file is left.
     TiffJoiner(const std::string& outputPath,
                TiffJoining joining,
                PictureDecoder decodeOther,
@@ -38,18 +40,18 @@ public:
 
     bool isOpen() const;
 
-    // Appends the first page of a TIFF file, or a picture that `decodeOther` reads. An unreadable
-    // file adds nothing and may be tried again.
+    // Appends the first page of a TIFF file, or a picture that `decodeOther` reads. After
+    // `unreadable` the joiner is as before.
     [[nodiscard]] Added add(const std::string& pageFile);
 
-    // Puts the file under its name, replacing what is there. False: it has no page or could not be
-    // written, and nothing of it is left.
+    // Renames the file to `outputPath`, replacing what is there. False: it has no page or could not
+    // be written, and is removed.
     [[nodiscard]] bool finish();
 
 private:
     class Output;
 
-    Added append(void* tiff, bool asOwnPage);
+    Added append(TIFF* page, bool asOwnPage);
     Added appendEncoded(const std::string& pageFile);
     bool makeRoomFor(uint64_t bytes);
 

@@ -6,7 +6,7 @@
 namespace paperline {
 namespace {
 
-// The changed directory is appended; the strips stay where they are.
+// Appends the changed directory; the strips stay where they are.
 bool rewriteFirstPage(int descriptor, const std::string& make, const std::string& model) {
     TiffErrors errors;
     TiffDescriptor access{.number = descriptor};

@@ -1,12 +1,12 @@
-// Texts in a TIFF file that is already written.
+// Changes maker and model in a TIFF file.
 #pragma once
 
 #include <string>
 
 namespace paperline {
 
-// Sets the maker and the model of the first page. Everything else stays: the other tags, the other
-// pages and the strips. Atomic: on failure (false) the file is as it was.
+// Sets maker and model of the first page; its other tags, the other pages and all strips stay.
+// Atomic: on failure (false) the file is unchanged.
 [[nodiscard]] bool
 setTiffMakeAndModel(const std::string& path, const std::string& make, const std::string& model);
 

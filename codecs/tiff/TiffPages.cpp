@@ -12,7 +12,7 @@ uint16_t numberOf(TIFF* tiff, uint32_t tag) {
     return value;
 }
 
-// Tags by the kind of value that the library hands out for them.
+// Tags by the type of their values in TIFFGetField.
 
 constexpr std::array shortTags{uint32_t{TIFFTAG_BITSPERSAMPLE},
                                uint32_t{TIFFTAG_SAMPLESPERPIXEL},
@@ -34,10 +34,10 @@ constexpr std::array longTags{uint32_t{TIFFTAG_SUBFILETYPE},
                               uint32_t{TIFFTAG_TILELENGTH},
                               uint32_t{TIFFTAG_GROUP3OPTIONS},
                               uint32_t{TIFFTAG_GROUP4OPTIONS}};
-constexpr std::array fractionTags{uint32_t{TIFFTAG_XRESOLUTION},
-                                  uint32_t{TIFFTAG_YRESOLUTION},
-                                  uint32_t{TIFFTAG_XPOSITION},
-                                  uint32_t{TIFFTAG_YPOSITION}};
+constexpr std::array floatTags{uint32_t{TIFFTAG_XRESOLUTION},
+                               uint32_t{TIFFTAG_YRESOLUTION},
+                               uint32_t{TIFFTAG_XPOSITION},
+                               uint32_t{TIFFTAG_YPOSITION}};
 constexpr std::array textTags{uint32_t{TIFFTAG_DOCUMENTNAME},
                               uint32_t{TIFFTAG_IMAGEDESCRIPTION},
                               uint32_t{TIFFTAG_MAKE},
@@ -121,7 +121,7 @@ bool setTiffPageTags(TIFF* tiff, const TiffPageTags& tags) {
                      TIFFSetField(tiff, TIFFTAG_XRESOLUTION, tags.horizontalDpi) != 0 &&
                      TIFFSetField(tiff, TIFFTAG_YRESOLUTION, tags.verticalDpi) != 0 &&
                      TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_LZW) != 0;
-    // Differences of packed bits mean nothing.
+    // The predictor works on whole samples, not on packed bits.
     return set && (tags.bitsPerSample == 1 ||
                    TIFFSetField(tiff, TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL) != 0);
 }
@@ -148,11 +148,11 @@ bool readOwnTiffPageTags(TIFF* tiff, TiffPageTags& tags) {
 }
 
 bool copyTiffPageTags(TIFF* from, TIFF* to) {
-    // The compression first: some tags belong to it.
+    // The compression first: it defines some of the other tags.
     return copySingle<uint16_t>(from, to, TIFFTAG_COMPRESSION) &&
            copyEach(shortTags, [&](uint32_t tag) { return copySingle<uint16_t>(from, to, tag); }) &&
            copyEach(longTags, [&](uint32_t tag) { return copySingle<uint32_t>(from, to, tag); }) &&
-           copyEach(fractionTags, [&](uint32_t tag) { return copySingle<float>(from, to, tag); }) &&
+           copyEach(floatTags, [&](uint32_t tag) { return copySingle<float>(from, to, tag); }) &&
            copyEach(textTags, [&](uint32_t tag) { return copySingle<char*>(from, to, tag); }) &&
            copyEach(pairTags, [&](uint32_t tag) { return copyPair(from, to, tag); }) &&
            copyEach(blobTags, [&](uint32_t tag) { return copyBlob(from, to, tag); }) &&

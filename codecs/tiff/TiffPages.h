@@ -1,5 +1,5 @@
-// What the TIFF writer and the joiner share: a page's tags, and strips moved without decoding. Only
-// the files of the TIFF adapter include this.
+// A page's tags, and strips copied without decoding; for the writer and the joiner. Only
+// codecs/tiff includes this.
 #pragma once
 
 #include "codecs/tiff/TiffHandle.h"
@@ -8,8 +8,8 @@
 
 namespace paperline {
 
-// A page as this program writes it: LZW strips of whole rows; grey and colour as horizontal
-// differences, one-bit pages as they are.
+// A page as this program writes it: strips of LZW, with the horizontal predictor for grey and
+// colour.
 struct TiffPageTags {
     uint32_t widthPixels = 0;
     uint32_t heightPixels = 0;
@@ -21,19 +21,19 @@ struct TiffPageTags {
     double verticalDpi = 72;
 };
 
-// Declares the page to be written next; false on any error.
+// Sets the tags of the page to be written next.
 [[nodiscard]] bool setTiffPageTags(TIFF* tiff, const TiffPageTags& tags);
 
-// The tags of the current page when its strips are what this program would write for it.
+// Reads the tags of the current page; false unless its strips are as this program writes them.
 [[nodiscard]] bool readOwnTiffPageTags(TIFF* tiff, TiffPageTags& tags);
 
-// Declares the page to be written next exactly like the current page of `from`.
+// Gives the page to be written next all tags of the current page of `from`.
 [[nodiscard]] bool copyTiffPageTags(TIFF* from, TIFF* to);
 
-// Bytes of the current page's strips or tiles; 0 when they do not lie within the file.
+// Total bytes of the current page's strips or tiles; 0 when one lies outside the file.
 [[nodiscard]] uint64_t tiffDataBytes(TIFF* tiff);
 
-// Copies the strips or tiles of the current page as they are stored.
+// Copies the compressed strips or tiles of the current page.
 [[nodiscard]] bool copyTiffData(TIFF* from, TIFF* to);
 
 } // namespace paperline

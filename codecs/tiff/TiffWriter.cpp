@@ -1,12 +1,10 @@
 #include "codecs/tiff/TiffWriter.h"
 
-#include "codecs/pixels/PageLayout.h"
 #include "codecs/tiff/LzwEncoder.h"
 #include "codecs/tiff/TiffPages.h"
 #include "platform/process/ParallelFor.h"
 
 #include <algorithm>
-#include <atomic>
 #include <new>
 #include <span>
 
@@ -15,97 +13,79 @@ namespace {
 
 using Bytes = std::vector<uint8_t>;
 
-// Rows of one strip: few enough for readers that take a strip at a time and for encoders side by
-// side, enough for the code table to fill many times over.
+// Of a strip before compression: few enough for readers that hold a whole strip and for parallel
+// encoding, enough to fill the code table many times.
 constexpr size_t stripBytes = 256 * 1024;
 
-// Little-endian, the usual 32-bit offsets.
+// Little-endian, 32-bit offsets.
 constexpr const char* writeMode = "wl";
 
 TiffPageTags tagsOf(const BitmapImageRep& page, const TiffOptions& options) {
-    const size_t rowBytes =
-        (static_cast<size_t>(page.pixelsWide()) * static_cast<size_t>(page.bitsPerPixel()) + 7) / 8;
     const bool isColour = page.bitsPerPixel() == 24;
-    return {
-        .widthPixels = static_cast<uint32_t>(page.pixelsWide()),
-        .heightPixels = static_cast<uint32_t>(page.pixelsHigh()),
-        .bitsPerSample = static_cast<uint16_t>(page.bitsPerSample()),
-        .samplesPerPixel = static_cast<uint16_t>(page.samplesPerPixel()),
-        .photometric = static_cast<uint16_t>(isColour ? PHOTOMETRIC_RGB : PHOTOMETRIC_MINISBLACK),
-        .rowsPerStrip = static_cast<uint32_t>(
-            std::clamp<size_t>(stripBytes / rowBytes, 1, static_cast<size_t>(page.pixelsHigh()))),
-        .horizontalDpi = options.horizontalDpi,
-        .verticalDpi = options.verticalDpi};
+    return {.widthPixels = static_cast<uint32_t>(page.pixelsWide()),
+            .heightPixels = static_cast<uint32_t>(page.pixelsHigh()),
+            .bitsPerSample = static_cast<uint16_t>(page.bitsPerSample()),
+            .samplesPerPixel = static_cast<uint16_t>(page.samplesPerPixel()),
+            .photometric =
+                static_cast<uint16_t>(isColour ? PHOTOMETRIC_RGB : PHOTOMETRIC_MINISBLACK),
+            .rowsPerStrip = static_cast<uint32_t>(std::clamp<size_t>(
+                stripBytes / page.packedRowBytes(), 1, static_cast<size_t>(page.pixelsHigh()))),
+            .horizontalDpi = options.horizontalDpi,
+            .verticalDpi = options.verticalDpi};
 }
 
 // Encodes one strip after another.
 class StripEncoder {
 public:
-    StripEncoder(const BitmapImageRep& page, const TiffPageTags& tags) : page_(page), tags_(tags) {}
+    StripEncoder(const BitmapImageRep& page, size_t rowsPerStrip)
+        : page_(page), rowsPerStrip_(rowsPerStrip) {}
 
     Bytes encode(size_t strip) {
-        takeRows(strip * tags_.rowsPerStrip);
-        const auto code = lzw_.encode(rows_);
-        return {code.begin(), code.end()};
+        const auto height = static_cast<size_t>(page_.pixelsHigh());
+        const size_t rowBytes = page_.packedRowBytes();
+        const size_t firstRow = strip * rowsPerStrip_;
+        const size_t end = std::min(height, firstRow + rowsPerStrip_);
+        rows_.resize((end - firstRow) * rowBytes);
+        for (size_t y = firstRow; y < end; ++y) {
+            const auto target = std::span(rows_).subspan((y - firstRow) * rowBytes, rowBytes);
+            if (page_.bitsPerPixel() == 1)
+                page_.copyPackedRow(static_cast<int32_t>(y), target);
+            else
+                putDifferences(page_.packedRow(static_cast<int32_t>(y)), target);
+        }
+        const auto codes = lzw_.encode(rows_);
+        return {codes.begin(), codes.end()};
     }
 
 private:
-    // The strip's rows without padding, as they are compressed.
-    void takeRows(size_t firstRow) {
-        const size_t bits = size_t{tags_.widthPixels} * tags_.bitsPerSample * tags_.samplesPerPixel;
-        const size_t rowBytes = (bits + 7) / 8;
-        const size_t end = std::min<size_t>(tags_.heightPixels, firstRow + tags_.rowsPerStrip);
-        rows_.resize((end - firstRow) * rowBytes);
-        for (size_t y = firstRow; y < end; ++y) {
-            const auto row = page_.row(static_cast<int32_t>(y)).first(rowBytes);
-            const auto target = std::span(rows_).subspan((y - firstRow) * rowBytes, rowBytes);
-            if (tags_.bitsPerSample == 1)
-                takeBits(row, bits % 8, target);
-            else
-                takeDifferences(row, tags_.samplesPerPixel, target);
-        }
-    }
-
-    // Bits behind the last pixel are 0.
-    static void
-    takeBits(std::span<const uint8_t> row, size_t bitsOfLastByte, std::span<uint8_t> target) {
-        std::copy(row.begin(), row.end(), target.begin());
-        if (bitsOfLastByte != 0)
-            target.back() = static_cast<uint8_t>(target.back() & (0xFF00U >> bitsOfLastByte));
-    }
-
-    // Each sample but the first pixel's as its difference from the one to its left.
-    static void
-    takeDifferences(std::span<const uint8_t> row, size_t samples, std::span<uint8_t> target) {
+    // The horizontal predictor: each sample's difference from that of the pixel to its left.
+    void putDifferences(std::span<const uint8_t> row, std::span<uint8_t> target) const {
+        const auto samples = static_cast<size_t>(page_.samplesPerPixel());
         std::copy_n(row.begin(), samples, target.begin());
         for (size_t at = samples; at < row.size(); ++at)
             target[at] = static_cast<uint8_t>(row[at] - row[at - samples]);
     }
 
     const BitmapImageRep& page_;
-    const TiffPageTags& tags_;
+    size_t rowsPerStrip_;
     LzwEncoder lzw_;
     Bytes rows_;
 };
 
-// Every strip's code; empty on any error.
+// Empty when memory runs out.
 std::vector<Bytes>
 encodeStrips(const BitmapImageRep& page, const TiffPageTags& tags, unsigned threads) {
     const size_t count = (tags.heightPixels - 1) / tags.rowsPerStrip + 1;
     std::vector<Bytes> strips(count);
     std::vector<std::unique_ptr<StripEncoder>> encoders(std::min<size_t>(threads, count));
-    parallelFor(count, static_cast<unsigned>(encoders.size()), [&](size_t strip, unsigned worker) {
-        try {
-            if (!encoders[worker])
-                encoders[worker] = std::make_unique<StripEncoder>(page, tags);
-            strips[strip] = encoders[worker]->encode(strip);
-        } catch (const std::bad_alloc&) {
-            strips[strip] = {};
-        }
-    });
-    const bool whole =
-        std::none_of(strips.begin(), strips.end(), [](const Bytes& code) { return code.empty(); });
-    return whole ? std::move(strips) : std::vector<Bytes>();
+    const auto encode = [&](size_t strip, unsigned worker) {
+        if (!encoders[worker])
+            encoders[worker] = std::make_unique<StripEncoder>(page, tags.rowsPerStrip);
+        strips[strip] = encoders[worker]->encode(strip);
+        return true;
+    };
+    const bool isWhole = parallelForAll(count, static_cast<unsigned>(encoders.size()), encode);
+    return isWhole ? std::move(strips) : std::vector<Bytes>();
 }
 
 std::optional<Bytes> fileOf(const TiffPageTags& tags, std::vector<Bytes> strips) {
@@ -113,7 +93,7 @@ std::optional<Bytes> fileOf(const TiffPageTags& tags, std::vector<Bytes> strips)
     TiffMemory file;
     size_t total = 1024; // header and directory
     for (const Bytes& strip : strips)
-        total += strip.size() + 8; // its place and size in the directory
+        total += strip.size() + 8; // its offset and byte count
     file.bytes.reserve(total);
     TiffHandle tiff = openTiffMemory(file, writeMode, errors);
     if (!tiff || strips.empty() || !setTiffPageTags(tiff.get(), tags))

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <new>
 #include <system_error>
 #include <thread>
 #include <vector>
@@ -32,6 +33,21 @@ void parallelFor(size_t parts,
     takeParts(0);
     for (std::thread& helper : helpers)
         helper.join();
+}
+
+bool parallelForAll(size_t parts,
+                    unsigned workers,
+                    const std::function<bool(size_t part, unsigned worker)>& work) {
+    std::atomic<bool> succeeded{true};
+    parallelFor(parts, workers, [&](size_t part, unsigned worker) {
+        try {
+            if (succeeded && !work(part, worker))
+                succeeded = false;
+        } catch (const std::bad_alloc&) {
+            succeeded = false;
+        }
+    });
+    return succeeded;
 }
 
 } // namespace paperline

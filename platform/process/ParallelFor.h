@@ -16,4 +16,10 @@ void parallelFor(size_t parts,
                  unsigned workers,
                  const std::function<void(size_t part, unsigned worker)>& work);
 
+// The same for work that may fail: false as soon as a call returns false or throws std::bad_alloc;
+// no further part is begun then.
+[[nodiscard]] bool parallelForAll(size_t parts,
+                                  unsigned workers,
+                                  const std::function<bool(size_t part, unsigned worker)>& work);
+
 } // namespace paperline

@@ -1,6 +1,7 @@
 // Some rows of a page while they are drawn, grey or RGB.
 #pragma once
 
+#include "sources/software/PixelPacking.h"
 #include "sources/software/StrokeFont.h"
 
 #include <cstdint>
@@ -13,7 +14,7 @@ namespace paperline::sources {
 struct Ink {
     uint8_t red = 0, green = 0, blue = 0;
 
-    uint8_t grey() const { return static_cast<uint8_t>((77 * red + 150 * green + 29 * blue) >> 8); }
+    uint8_t grey() const { return static_cast<uint8_t>(luminance256(red, green, blue) >> 8); }
 };
 
 // Right and bottom are one past the last pixel.

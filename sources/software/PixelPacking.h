@@ -6,6 +6,11 @@
 
 namespace paperline::sources {
 
+// Luminance in 1/256, by the weights of ITU-R BT.601.
+constexpr uint32_t luminance256(uint32_t red, uint32_t green, uint32_t blue) {
+    return 77 * red + 150 * green + 29 * blue;
+}
+
 // Grey samples to bits, the first pixel in the highest bit: 0 is black, from 128 on white. Bits
 // behind the last pixel are white.
 void packBlackAndWhite(std::span<const uint8_t> grey, std::span<uint8_t> bits);

@@ -224,9 +224,9 @@ TEST_F(BmpFile, NothingIsWrittenThroughALinkInASharedFolder) {
 
 int askedForMemory = 0;
 
-void* countedMemory(size_t byteCount) {
+PageMemory countedMemory(size_t byteCount) {
     ++askedForMemory;
-    return std::malloc(byteCount);
+    return allocatePageMemory(byteCount);
 }
 
 TEST(BmpBlock, TakesTheMemoryOfTheLastLargeOneOfItsSize) {
@@ -253,7 +253,7 @@ TEST(BmpBlock, TakesTheMemoryOfTheLastLargeOneOfItsSize) {
 
 TEST_F(BmpFile, WithoutMemoryThereIsNoBlock) {
     const BmpAllocator usual = bmpAllocator;
-    bmpAllocator = [](size_t) -> void* { return nullptr; };
+    bmpAllocator = [](size_t) { return PageMemory(); };
     EXPECT_FALSE(BmpBlock::allocate({1, 1, 8, 1}).has_value());
     bmpAllocator = usual;
     EXPECT_FALSE(BmpBlock::allocate({INT32_MAX, INT32_MAX, 24, INT64_MAX}).has_value());

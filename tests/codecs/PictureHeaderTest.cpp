@@ -1,6 +1,7 @@
 #include "codecs/pictures/PictureHeader.h"
 
 #include "ViewerTestFiles.h"
+#include "codecs/pictures/PictureFormat.h"
 
 #include <gtest/gtest.h>
 
@@ -34,7 +35,7 @@ TEST_F(PictureHeaderTest, ReadsABmpFile) {
     EXPECT_NEAR(header->properties.dpiWidth.value(), 300, 0.01);
     EXPECT_NEAR(header->properties.dpiHeight.value(), 150, 0.02);
     EXPECT_FALSE(header->properties.orientation);
-    EXPECT_EQ(pictureKind(path_), PictureKind::bmp);
+    EXPECT_EQ(pictureFormat(path_), PictureFormat::bmp);
 }
 
 TEST_F(PictureHeaderTest, ReadsABmpFileWithRowsFromTheTop) {
@@ -189,7 +190,7 @@ TEST_F(PictureHeaderTest, NothingComesOfWhatIsNoPicture) {
     writeText(path_, "Not a picture, whatever its name says.");
     EXPECT_FALSE(readPictureHeader(path_, 0));
     EXPECT_TRUE(readPictureSizes(path_).empty());
-    EXPECT_EQ(pictureKind(path_), PictureKind::none);
+    EXPECT_EQ(pictureFormat(path_), PictureFormat::none);
 }
 
 // Every prefix of every kind of file, and every byte changed: an answer or none, never an access

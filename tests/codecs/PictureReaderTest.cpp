@@ -2,6 +2,7 @@
 
 #include "PagePictures.h"
 #include "PictureFiles.h"
+#include "codecs/jpeg/JpegCodec.h"
 #include "codecs/pixels/DecodedImage.h"
 #include "codecs/tiff/TiffWriter.h"
 #include "platform/files/FileContent.h"
@@ -313,11 +314,13 @@ TEST_F(Picture, TiffDamage) {
 TEST_F(Picture, JpegThroughTheSameDoor) {
     auto page = BitmapImageRep::makePage(20, 10, 8);
     std::ranges::fill(page->bitmapData(), uint8_t{99});
-    const Bytes file = encodeJpeg(*page, {90, 300, 300}).value_or(Bytes());
+    const Bytes file = encodeJpeg(*page, {90, 300, 200}).value_or(Bytes());
     const auto picture = read(file);
     ASSERT_TRUE(picture.has_value());
     EXPECT_EQ(bitsOf(picture), 8);
     EXPECT_EQ(picture->horizontalDpi, 300);
+    EXPECT_DOUBLE_EQ(picture->image->size().width, 20 * 72 / 300.0);
+    EXPECT_DOUBLE_EQ(picture->image->size().height, 10 * 72 / 200.0);
     EXPECT_NEAR(pixelsOf(picture)[0], 99, 1);
     EXPECT_EQ(pages(file), 1);
     EXPECT_FALSE(read(file, 1).has_value());

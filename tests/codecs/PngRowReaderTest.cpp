@@ -87,7 +87,7 @@ bool isReadHere(const Bytes& file) {
     for (int32_t y = 0; y < reader->layout().heightPixels; ++y)
         if (reader->next().empty())
             return false;
-    return reader->isThrough();
+    return reader->isComplete();
 }
 
 void expectAsByTheLibrary(const Bytes& file) {

@@ -38,7 +38,7 @@ bool isWholeWhenOpened(const Bytes& file) {
     const std::unique_ptr<PngStream> stream = PngStream::open(file);
     while (stream && !stream->next().empty()) {
     }
-    return stream && stream->isThrough();
+    return stream && stream->isComplete();
 }
 
 TEST(PngStream, OpensLargePagesOfOurWriter) {
@@ -50,7 +50,7 @@ TEST(PngStream, OpensLargePagesOfOurWriter) {
         size_t sum = 0;
         for (auto content = stream->next(); !content.empty(); content = stream->next())
             sum += content.size();
-        EXPECT_TRUE(stream->isThrough());
+        EXPECT_TRUE(stream->isComplete());
         EXPECT_EQ(sum, (1U + page->row(0).size()) * 400);
         const auto picture = decodePng(file, manyPixels);
         ASSERT_TRUE(picture.has_value());
@@ -131,7 +131,7 @@ TEST(PngStream, MayBeLeftAtAnyTime) {
         const std::unique_ptr<PngStream> stream = PngStream::open(file);
         for (int chunk = 0; chunk < count; ++chunk)
             EXPECT_FALSE(stream->next().empty());
-        EXPECT_FALSE(stream->isThrough());
+        EXPECT_FALSE(stream->isComplete());
     }
 }
 

@@ -45,7 +45,7 @@ ADAPTERS = {
     r"^expat\.h$": r"^platform/plist/",
     r"^unicode/": r"^platform/host/",
     r"^(jpeglib|jerror|turbojpeg)\.h$": r"^codecs/jpeg/",
-    r"^(png|libdeflate)\.h$": r"^codecs/png/",
+    r"^(png|zlib|libdeflate)\.h$": r"^codecs/png/",
     r"^gif_lib\.h$": r"^codecs/gif/",
     r"^tiff(io)?\.h$": r"^codecs/tiff/",
     r"^libexif/": r"^codecs/jpeg/Exif[A-Za-z]*\.cpp$",

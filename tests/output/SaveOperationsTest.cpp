@@ -98,7 +98,7 @@ TEST_F(SaveOperations, AMissingFolderPrintsTheBmpWritersLine) {
 
 TEST_F(SaveOperations, WithoutMemoryForTheCopyThereIsAMessage) {
     const BmpAllocator usual = bmpAllocator;
-    bmpAllocator = [](size_t) -> void* { return nullptr; };
+    bmpAllocator = [](size_t) { return PageMemory(); };
     TestPage page = makeTestPage(1, 1, 8);
     EXPECT_EQ(controller->saveAsBMPWithName(page.representation->bitmapData().data(),
                                             *page.representation,
