@@ -32,7 +32,6 @@ protected:
     // Sends the application a message through the manager; false when it did not arrive.
     bool sendNotification(uint16_t message) const;
 
-    const SourceConfiguration& configuration() const { return configuration_; }
     const DeviceOptions& deviceOptions() const { return options_; }
     const PageFormat& currentPage() const { return page_; }
     // Answers with this condition code and keeps it for DAT_STATUS.

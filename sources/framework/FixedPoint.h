@@ -1,13 +1,12 @@
 // TW_FIX32 numbers, and the units that lengths and resolutions are given in.
 #pragma once
 
+#include "sources/framework/ScanTypes.h"
 #include "twain/records/StandardRecords.h"
 
 #include <cstdint>
 
 namespace paperline::sources {
-
-inline constexpr double millimetresPerInch = 25.4;
 
 // The nearest 65536th; numbers outside -32768 to 32767 become the nearest end, NaN becomes 0.
 twain::abi::Fix32 toFix32(double number);

@@ -7,6 +7,8 @@
 
 namespace paperline::sources {
 
+inline constexpr double millimetresPerInch = 25.4;
+
 enum class ScanStatus : uint32_t {
     good = 0,
     noMorePages, // the feeder is empty, or the flatbed's one page is done

@@ -45,7 +45,7 @@ void addNoise(std::span<uint8_t> row, int32_t y) {
 }
 
 double millimetres(int32_t pixels, double dpi) {
-    return pixels / dpi * 25.4;
+    return pixels / dpi * millimetresPerInch;
 }
 
 } // namespace

@@ -8,7 +8,7 @@ namespace paperline::sources {
 
 namespace {
 
-constexpr double millimetresPerPoint = 25.4 / 72;
+constexpr double millimetresPerPoint = millimetresPerInch / 72;
 constexpr double regularPen = 1.35; // font units
 constexpr double boldPen = 2.3;
 

@@ -1,6 +1,7 @@
 // What stands on a page, in order, to be painted band by band.
 #pragma once
 
+#include "sources/framework/ScanTypes.h"
 #include "sources/software/BandCanvas.h"
 #include "sources/software/Landscape.h"
 
@@ -22,7 +23,7 @@ struct Font {
 // Lengths are millimetres from the page's top left corner, y downwards.
 class Drawing {
 public:
-    explicit Drawing(double dpi) : pixelsPerMillimetre_(dpi / 25.4) {}
+    explicit Drawing(double dpi) : pixelsPerMillimetre_(dpi / millimetresPerInch) {}
 
     void rectangle(double left, double top, double width, double height, Ink ink);
     void text(double left, double baseline, std::string_view text, Font font, Ink ink);

@@ -1,13 +1,12 @@
 // A folder of pictures as the sheets in a feeder.
 #pragma once
 
-#include "sources/software/PixelPacking.h"
+#include "codecs/pixels/BitmapImageRep.h"
 
-#include "codecs/pictures/PictureReader.h"
-#include "sources/framework/ScanTypes.h"
-#include "sources/worker/ScanDevice.h"
-
+#include <cstdint>
+#include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -23,9 +22,8 @@ public:
     // Which file a page comes from.
     const std::string& path(size_t index) const { return pages_[index].path; }
 
-    // Delivers a picture pixel for pixel in the depth and resolution asked for (format's size is
-    // not looked at). ioError when the file is damaged by now.
-    [[nodiscard]] ScanStatus deliver(size_t index, PageFormat format, PageSink& sink) const;
+    // Null when the file has become unreadable since.
+    std::shared_ptr<BitmapImageRep> read(size_t index) const;
 
 private:
     struct Page {
@@ -34,5 +32,11 @@ private:
     };
     std::vector<Page> pages_;
 };
+
+// The picture's rows from `firstRow` on, at 1, 8 or 24 bits a pixel, as many as there is room for.
+void convertRows(const BitmapImageRep& picture,
+                 int32_t firstRow,
+                 int bitsPerPixel,
+                 std::span<uint8_t> rows);
 
 } // namespace paperline::sources

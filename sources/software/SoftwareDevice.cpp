@@ -3,39 +3,16 @@
 #include "sources/software/SoftwareOptions.h"
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <cmath>
-#include <csignal>
-#include <cstdlib>
 #include <thread>
 
 namespace paperline::sources {
 
 namespace {
 
-constexpr int32_t rowsPerStep = 256;
-constexpr double millimetresPerInch = 25.4;
-
-struct StatusFault {
-    std::string_view name;
-    ScanStatus status;
-    const char* text;
-};
-
-constexpr std::array<StatusFault, 11> statusFaults{{
-    {"device-jam", ScanStatus::paperJam, "Paper is jammed in the feeder."},
-    {"device-cover", ScanStatus::coverOpen, "The cover is open."},
-    {"device-empty", ScanStatus::noMorePages, "The feeder is empty."},
-    {"device-busy", ScanStatus::deviceBusy, "Somebody else uses the scanner."},
-    {"device-denied", ScanStatus::accessDenied, "The scanner may not be used."},
-    {"device-offline", ScanStatus::noSuchDevice, "The scanner is switched off."},
-    {"device-error", ScanStatus::ioError, "The scanner does not answer."},
-    {"device-memory", ScanStatus::noMemory, "The scanner has no memory left."},
-    {"device-invalid", ScanStatus::invalid, "The scanner refuses its settings."},
-    {"device-unsupported", ScanStatus::unsupported, "The scanner cannot do this."},
-    {"device-cancel", ScanStatus::cancelled, "The scan was cancelled at the scanner."},
-}};
+constexpr int32_t mostRowsPerStep = 64;
+constexpr int32_t stepsOfPage = 50; // at least, where the page has as many rows
 
 int32_t pixelCount(double millimetres, int dpi) {
     return std::max(1, static_cast<int32_t>(std::lround(millimetres / millimetresPerInch * dpi)));
@@ -52,7 +29,7 @@ std::vector<OptionDescriptor> SoftwareDevice::options() {
         numberOption({"width", "Sheet width", "mm"}, widthMillimetres_, widthRange),
         numberOption({"height", "Sheet height", "mm"}, heightMillimetres_, heightRange),
         textOption("pages", "Folder of pictures to scan", folder_),
-        textOption("fault", "Misbehaviour", faultText_),
+        numberOption({"delay", "Time that a page takes", "ms"}, delayMilliseconds_, delayRange),
     };
 }
 
@@ -73,15 +50,6 @@ ScanStatus SoftwareDevice::setPages(const std::string& folder) {
     return ScanStatus::good;
 }
 
-ScanStatus SoftwareDevice::setFaults(const std::string& text) {
-    auto faults = FaultList::parse(text);
-    if (!faults)
-        return refuse(ScanStatus::invalid, "There is no such fault.");
-    faults_ = std::move(*faults);
-    faultText_ = text;
-    return misbehave(0);
-}
-
 ScanStatus SoftwareDevice::setOption(const std::string& name, const std::string& value) {
     errorText_.clear();
     bool taken = false;
@@ -100,8 +68,8 @@ ScanStatus SoftwareDevice::setOption(const std::string& name, const std::string&
         taken = takeNumber(value, heightRange, heightMillimetres_);
     } else if (name == "pages") {
         return setPages(value);
-    } else if (name == "fault") {
-        return setFaults(value);
+    } else if (name == "delay") {
+        taken = takeWhole(value, delayRange, delayMilliseconds_);
     }
     return taken ? ScanStatus::good : ScanStatus::invalid;
 }
@@ -138,45 +106,46 @@ ScanStatus SoftwareDevice::start() {
     return ScanStatus::good;
 }
 
-bool SoftwareDevice::waitUnlessCancelled(int64_t milliseconds) const {
-    constexpr std::chrono::milliseconds step{10};
-    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
-    while (!cancelled_ && std::chrono::steady_clock::now() < end)
-        std::this_thread::sleep_for(step);
-    return !cancelled_;
+bool SoftwareDevice::waitUntil(std::chrono::steady_clock::time_point end) const {
+    constexpr std::chrono::milliseconds longestSleep{10};
+    for (;;) {
+        const auto left = end - std::chrono::steady_clock::now();
+        if (cancelled_ || left.count() <= 0)
+            return !cancelled_;
+        std::this_thread::sleep_for(std::min<std::chrono::nanoseconds>(left, longestSleep));
+    }
 }
 
-ScanStatus SoftwareDevice::misbehave(int pageNumber) {
-    const int count = pageCount();
-    for (const StatusFault& fault : statusFaults)
-        if (faults_.find(fault.name, pageNumber, count) != nullptr)
-            return refuse(fault.status, fault.text);
-    if (faults_.find("device-crash", pageNumber, count) != nullptr)
-        std::abort();
-    if (faults_.find("device-hang", pageNumber, count) != nullptr)
-        for (;;) // deaf even to cancel, as drivers are when they wait for their hardware
-            std::this_thread::sleep_for(std::chrono::hours(1));
-    if (const Fault* slow = faults_.find("device-slow", pageNumber, count))
-        if (!waitUnlessCancelled(slow->value.value_or(500)))
-            return ScanStatus::cancelled;
-    return ScanStatus::good;
-}
-
-ScanStatus SoftwareDevice::drawPage(int pageNumber, PageSink& sink) {
-    const PageFormat format = pageFormat();
+ScanStatus
+SoftwareDevice::sendPage(const PageFormat& format, PageSink& sink, const FillRows& fill) {
     if (!sink.begin(format))
         return ScanStatus::noMemory;
-    painter_->setPage(pageNumber, pageCount());
-    for (int32_t first = 0; first < format.heightPixels; first += rowsPerStep) {
-        if (cancelled_)
+    const auto start = std::chrono::steady_clock::now();
+    const std::chrono::milliseconds delay(delayMilliseconds_);
+    const int32_t step = std::clamp(format.heightPixels / stepsOfPage, 1, mostRowsPerStep);
+    for (int32_t first = 0; first < format.heightPixels; first += step) {
+        const int32_t end = std::min(first + step, format.heightPixels);
+        if (!waitUntil(start + delay * end / format.heightPixels))
             return ScanStatus::cancelled;
-        const auto rows = sink.rows(first, std::min(rowsPerStep, format.heightPixels - first));
+        const auto rows = sink.rows(first, end - first);
         if (rows.empty())
             return ScanStatus::noMemory;
-        painter_->paintRows(first, rows);
+        fill(first, rows);
     }
     sink.finish(format.heightPixels);
     return ScanStatus::good;
+}
+
+ScanStatus SoftwareDevice::sendPicture(size_t index, PageSink& sink) {
+    const auto picture = pictures_->read(index);
+    if (picture == nullptr)
+        return refuse(ScanStatus::ioError, "The picture cannot be read: " + pictures_->path(index));
+    PageFormat format = pageFormat();
+    format.widthPixels = picture->pixelsWide();
+    format.heightPixels = picture->pixelsHigh();
+    return sendPage(format, sink, [&](int32_t first, std::span<uint8_t> rows) {
+        convertRows(*picture, first, format.bitsPerPixel, rows);
+    });
 }
 
 ScanStatus SoftwareDevice::readPage(PageSink& sink) {
@@ -186,15 +155,12 @@ ScanStatus SoftwareDevice::readPage(PageSink& sink) {
     if (pagesRead_ >= pageCount())
         return ScanStatus::noMorePages;
     const int pageNumber = ++pagesRead_;
-    if (const ScanStatus status = misbehave(pageNumber); status != ScanStatus::good)
-        return status;
-    if (!pictures_)
-        return drawPage(pageNumber, sink);
-    const size_t index = static_cast<size_t>(pageNumber - 1) % pictures_->pageCount();
-    const ScanStatus status = pictures_->deliver(index, pageFormat(), sink);
-    if (status == ScanStatus::ioError)
-        errorText_ = "The picture cannot be read: " + pictures_->path(index);
-    return status;
+    if (pictures_)
+        return sendPicture(static_cast<size_t>(pageNumber - 1) % pictures_->pageCount(), sink);
+    painter_->setPage(pageNumber, pageCount());
+    return sendPage(pageFormat(), sink, [this](int32_t first, std::span<uint8_t> rows) {
+        painter_->paintRows(first, rows);
+    });
 }
 
 } // namespace paperline::sources

@@ -2,11 +2,12 @@
 #pragma once
 
 #include "sources/software/DocumentPage.h"
-#include "sources/software/Fault.h"
 #include "sources/software/PictureStack.h"
 #include "sources/worker/ScanDevice.h"
 
 #include <atomic>
+#include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -30,10 +31,12 @@ private:
     PageFormat pageFormat() const;
     ScanStatus refuse(ScanStatus status, const std::string& text);
     ScanStatus setPages(const std::string& folder);
-    ScanStatus setFaults(const std::string& text);
-    ScanStatus misbehave(int pageNumber);
-    bool waitUnlessCancelled(int64_t milliseconds) const;
-    ScanStatus drawPage(int pageNumber, PageSink& sink);
+    ScanStatus sendPicture(size_t index, PageSink& sink);
+    // Sends the rows that `fill` writes, spread over the time that a page takes.
+    using FillRows = std::function<void(int32_t firstRow, std::span<uint8_t> rows)>;
+    ScanStatus sendPage(const PageFormat& format, PageSink& sink, const FillRows& fill);
+    // False as soon as the batch is cancelled.
+    bool waitUntil(std::chrono::steady_clock::time_point end) const;
 
     std::string source_ = "Automatic Document Feeder";
     std::string mode_ = "Color";
@@ -42,10 +45,9 @@ private:
     bool countAsked_ = false; // else a folder's pictures are counted
     double widthMillimetres_ = 210;
     double heightMillimetres_ = 297;
+    int delayMilliseconds_ = 0; // for each page
     std::string folder_;
     std::optional<PictureStack> pictures_;
-    std::string faultText_;
-    FaultList faults_;
 
     std::unique_ptr<DocumentPainter> painter_;
     int pagesRead_ = 0;

@@ -14,6 +14,7 @@ struct NumberRange {
 
 inline constexpr NumberRange resolutionRange{50, 1200, 1};
 inline constexpr NumberRange countRange{1, 10000, 1};
+inline constexpr NumberRange delayRange{0, 60000, 1};
 inline constexpr NumberRange widthRange{20, 330, 0};
 inline constexpr NumberRange heightRange{20, 500, 0};
 

@@ -1,7 +1,7 @@
-#include "sources/software/FaultySource.h"
+#include "tests/sources/faulty/FaultySource.h"
 
 #include "sources/framework/OptionLines.h"
-#include "sources/software/FaultyRecords.h"
+#include "tests/sources/faulty/FaultyRecords.h"
 
 #include <algorithm>
 #include <array>
@@ -62,20 +62,18 @@ void hang(const Fault& fault) {
 
 } // namespace
 
-FaultySource::FaultySource(SourceConfiguration configuration, std::unique_ptr<PageFeed> feed)
-    : DataSource(std::move(configuration), std::move(feed)) {
-    readFaults();
-}
+FaultySource::FaultySource(const SourceConfiguration& configuration, std::unique_ptr<PageFeed> feed)
+    : DataSource(configuration, std::move(feed)), product_(configuration.product) {}
 
 FaultySource::~FaultySource() {
     endThread();
 }
 
-// The last setting counts, as with the device itself; one that nobody understands is none, and
-// the device refuses it when it is opened.
+// The last setting counts, as with the device itself; one with an unknown fault is refused by the
+// device when it is opened.
 void FaultySource::readFaults() {
     std::string text;
-    for (const auto& settings : {storedOptions(configuration().product), scanOptions()})
+    for (const auto& settings : {storedOptions(product_), scanOptions()})
         for (const OptionSetting& setting : settings)
             if (setting.name == "fault")
                 text = setting.value;
