@@ -11,19 +11,27 @@
 #include "sources/framework/ManagerLink.h"
 #include "sources/framework/PageFeed.h"
 #include "sources/framework/SourceConfiguration.h"
-#include "sources/framework/TripletHandler.h"
 
 #include <memory>
 #include <string>
 
 namespace paperline::sources {
 
-class DataSource : public TripletHandler {
+struct Triplet {
+    uint32_t dataGroup = 0;
+    uint16_t dataArgumentType = 0;
+    uint16_t message = 0;
+    bool operator==(const Triplet&) const = default;
+};
+
+class DataSource {
 public:
     DataSource(SourceConfiguration configuration, std::unique_ptr<PageFeed> feed);
-    ~DataSource() override;
+    virtual ~DataSource();
 
-    uint16_t entry(twain::abi::Identity* origin, const Triplet& triplet, void* data) override;
+    // Answers one triplet with a TWRC_ code. Called on the application's thread; may be entered
+    // again from inside the notification that a page is ready.
+    virtual uint16_t entry(twain::abi::Identity* origin, const Triplet& triplet, void* data);
 
 protected:
     // Tells the application that a page is ready; false when no way to it is known, and then

@@ -2,15 +2,15 @@
 // DS_Entry here with the path of its own bundle, so that one library serves many bundles.
 #pragma once
 
+#include "sources/framework/DataSource.h"
 #include "sources/framework/SourceConfiguration.h"
-#include "sources/framework/TripletHandler.h"
 
 #include <memory>
 
 namespace paperline::sources {
 
 // Defined once by each data source library: the data source of the bundle with this configuration.
-std::unique_ptr<TripletHandler> makeDataSource(const SourceConfiguration& configuration);
+std::unique_ptr<DataSource> makeDataSource(const SourceConfiguration& configuration);
 
 } // namespace paperline::sources
 

@@ -79,7 +79,7 @@ BundleParts partsBesideThisProgram() {
     const std::string helpers = folderOfPath(program);
     const std::string frameworks = folderOfPath(helpers) + "/Frameworks";
     return {frameworks + "/paperline-source-stub.so",
-            frameworks + "/libpaperline-sane-source.so",
+            frameworks + "/libpaperline-source.so",
             program,
             helpers};
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "sources/framework/PageFeed.h"
+#include "sources/framework/SourceConfiguration.h"
 #include "sources/worker/WorkerProcess.h"
 
 #include <array>
@@ -19,6 +20,9 @@ struct WorkerLaunch {
     std::string device;
     std::string product; // whose stored options apply
 };
+inline WorkerLaunch workerLaunch(const SourceConfiguration& source) {
+    return {source.worker, source.device, source.product};
+}
 
 // Every wait ends when the worker shows no sign of life for PAPERLINE_WORKER_TIMEOUT seconds (60
 // when not set): it is killed with its process group and workerHung reported. One that ends by

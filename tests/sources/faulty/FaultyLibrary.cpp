@@ -5,10 +5,9 @@
 
 namespace paperline::sources {
 
-std::unique_ptr<TripletHandler> makeDataSource(const SourceConfiguration& configuration) {
-    WorkerLaunch launch{configuration.worker, configuration.device, configuration.product};
-    return std::make_unique<FaultySource>(configuration,
-                                          std::make_unique<WorkerClient>(std::move(launch)));
+std::unique_ptr<DataSource> makeDataSource(const SourceConfiguration& configuration) {
+    return std::make_unique<FaultySource>(
+        configuration, std::make_unique<WorkerClient>(workerLaunch(configuration)));
 }
 
 } // namespace paperline::sources

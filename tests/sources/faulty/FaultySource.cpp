@@ -35,14 +35,9 @@ constexpr std::array<NamedTriplet, 13> namedTriplets{{
     {"extinfo", {DG_IMAGE, DAT_EXTIMAGEINFO, MSG_GET}},
 }};
 
-bool same(const Triplet& a, const Triplet& b) {
-    return a.dataGroup == b.dataGroup && a.dataArgumentType == b.dataArgumentType &&
-           a.message == b.message;
-}
-
 std::string nameOf(const Triplet& triplet) {
     for (const NamedTriplet& named : namedTriplets)
-        if (same(named.triplet, triplet))
+        if (named.triplet == triplet)
             return std::string(named.name);
     return {};
 }
@@ -93,14 +88,14 @@ const Fault* FaultySource::find(std::string_view name) const {
 }
 
 uint16_t FaultySource::entry(abi::Identity* origin, const Triplet& triplet, void* data) {
-    if (same(triplet, {DG_CONTROL, DAT_IDENTITY, MSG_OPENDS})) {
+    if (triplet == Triplet{DG_CONTROL, DAT_IDENTITY, MSG_OPENDS}) {
         readFaults();
         page_ = 0;
         const Fault* vanish = faults_.find("vanish");
         if (vanish != nullptr && timesOpened_ >= vanish->value.value_or(1))
             return fail(TWCC_NODS);
     }
-    if (same(triplet, {DG_CONTROL, DAT_IDENTITY, MSG_CLOSEDS}))
+    if (triplet == Triplet{DG_CONTROL, DAT_IDENTITY, MSG_CLOSEDS})
         endThread();
     if (const auto instead = faultInstead(triplet, data))
         return *instead;
@@ -146,7 +141,7 @@ std::optional<uint16_t> FaultySource::stripInstead(void* data) {
 }
 
 uint16_t FaultySource::regularEntry(abi::Identity* origin, const Triplet& triplet, void* data) {
-    const bool strip = same(triplet, {DG_IMAGE, DAT_IMAGEMEMXFER, MSG_GET});
+    const bool strip = triplet == Triplet{DG_IMAGE, DAT_IMAGEMEMXFER, MSG_GET};
     if (strip && data != nullptr && find("strip-small") != nullptr)
         return smallStrip(origin, triplet, data);
     return DataSource::entry(origin, triplet, data);

@@ -94,7 +94,7 @@ TEST_F(SoftwareScannerEndToEnd, TwoBundlesOfOneLibraryAreTwoSources) {
     std::filesystem::copy(original, bundle, std::filesystem::copy_options::recursive);
     const auto contents = buildTree / "Paperline.app/Contents";
     std::ofstream(bundle / "Versions/A/Resources/source.conf")
-        << "library=" << (contents / "Frameworks/libpaperline-software-source.so").string()
+        << "library=" << (contents / "Frameworks/libpaperline-source.so").string()
         << "\nworker=" << (contents / "Helpers/paperline-software-worker").string()
         << "\nproduct=Twin\nmanufacturer=Corvane\nfamily=PageCentral\n";
     ASSERT_TRUE(session.openManager(buildTree));
