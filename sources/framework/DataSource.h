@@ -88,6 +88,7 @@ private:
     uint16_t imageInfoTriplet(uint16_t message, void* data);
     uint16_t memoryTransferTriplet(uint16_t message, void* data);
     uint16_t sendStrip(twain::abi::ImageMemXfer& transfer, uint8_t* buffer);
+    std::span<const uint8_t> pagePixels() const;
     uint16_t nativeTransferTriplet(uint16_t message, void* data);
     uint16_t fileTransferTriplet(uint16_t message, void* data);
     uint16_t extendedInfoTriplet(uint16_t message, void* data);

@@ -1,7 +1,6 @@
 // Enabling the source, its pages one after the other, and the end of a batch.
 #include "sources/framework/DataSource.h"
 #include "sources/framework/StatusCodes.h"
-#include "sources/framework/TiffPage.h"
 
 namespace paperline::sources {
 
@@ -56,8 +55,8 @@ ScanStatus DataSource::fetchPage() {
     PageFormat format;
     if (const ScanStatus status = feed_->nextPage(format); status != ScanStatus::good)
         return status;
-    const auto byteCount = pixelByteCount(format);
-    if (!byteCount || *byteCount > feed_->pixels().size())
+    const int64_t byteCount = pageByteCount(format);
+    if (byteCount == 0 || static_cast<size_t>(byteCount) > feed_->pixels().size())
         return ScanStatus::ioError;
     page_ = format;
     return ScanStatus::good;

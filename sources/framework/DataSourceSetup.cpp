@@ -4,7 +4,6 @@
 #include "sources/framework/DataSource.h"
 #include "sources/framework/FixedPoint.h"
 #include "sources/framework/StatusCodes.h"
-#include "sources/framework/TiffPage.h"
 
 #include <algorithm>
 #include <cmath>
@@ -165,10 +164,10 @@ uint16_t DataSource::setupMemoryTriplet(uint16_t message, void* data) {
         return fail(TWCC_SEQERROR);
     auto& setup = *static_cast<abi::SetupMemXfer*>(data);
     setup = {smallestBuffer, TWON_DONTCARE32, preferredBuffer};
-    if (const auto byteCount = pixelByteCount(page_)) {
+    if (const int64_t byteCount = pageByteCount(page_); byteCount > 0) {
         // A whole page at most: a larger buffer gains nothing.
         const auto row = static_cast<uint32_t>(page_.bytesPerRow());
-        const auto page = static_cast<uint32_t>(std::min<uint64_t>(*byteCount, UINT32_MAX));
+        const auto page = static_cast<uint32_t>(std::min<int64_t>(byteCount, UINT32_MAX));
         setup = {row, page, std::clamp(preferredBuffer / row * row, row, page)};
     }
     return TWRC_SUCCESS;

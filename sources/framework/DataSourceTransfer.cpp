@@ -87,17 +87,21 @@ uint16_t DataSource::sendStrip(abi::ImageMemXfer& transfer, uint8_t* buffer) {
     return pageSent_ ? TWRC_XFERDONE : TWRC_SUCCESS;
 }
 
+std::span<const uint8_t> DataSource::pagePixels() const {
+    return feed_->pixels().first(static_cast<size_t>(pageByteCount(page_)));
+}
+
 uint16_t DataSource::nativeTransferTriplet(uint16_t message, void* data) {
     if (message != MSG_GET)
         return fail(TWCC_BADPROTOCOL);
     if (state_ != State::transferReady)
         return fail(TWCC_SEQERROR);
     const auto header = tiffHeader(page_);
-    const auto byteCount = pixelByteCount(page_);
-    if (!header || !byteCount)
+    if (!header)
         return fail(TWCC_LOWMEMORY);
+    const auto pixels = pagePixels();
     const abi::Handle handle =
-        manager_.allocate(static_cast<uint32_t>(header->size() + *byteCount));
+        manager_.allocate(static_cast<uint32_t>(header->size() + pixels.size()));
     if (handle == nullptr)
         return fail(TWCC_LOWMEMORY);
     {
@@ -107,7 +111,7 @@ uint16_t DataSource::nativeTransferTriplet(uint16_t message, void* data) {
             return fail(TWCC_LOWMEMORY);
         }
         std::memcpy(locked.bytes(), header->data(), header->size());
-        std::memcpy(locked.bytes() + header->size(), feed_->pixels().data(), *byteCount);
+        std::memcpy(locked.bytes() + header->size(), pixels.data(), pixels.size());
     }
     std::memcpy(data, &handle, sizeof handle);
     state_ = State::transferring;
@@ -124,9 +128,7 @@ uint16_t DataSource::fileTransferTriplet(uint16_t message, void*) {
     if (const uint16_t code = setupFileTriplet(MSG_GET, &setup); code != TWRC_SUCCESS)
         return code;
     const auto header = tiffHeader(page_);
-    const auto byteCount = pixelByteCount(page_);
-    if (!header || !byteCount ||
-        !writePageFile(setup.FileName, *header, feed_->pixels().first(*byteCount)))
+    if (!header || !writePageFile(setup.FileName, *header, pagePixels()))
         return fail(TWCC_FILEWRITEERROR);
     state_ = State::transferring;
     pageSent_ = true;

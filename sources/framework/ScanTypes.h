@@ -3,11 +3,14 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace paperline::sources {
 
 inline constexpr double millimetresPerInch = 25.4;
+// No page is larger than this, whatever a device claims.
+inline constexpr int64_t maximumPageBytes = int64_t{4} << 30;
 
 enum class ScanStatus : uint32_t {
     good = 0,
@@ -41,6 +44,10 @@ struct PageFormat {
     }
 };
 
+// Bytes of the page's pixels; 0 for sizes, depths and resolutions that no page has, and for pages
+// or rows that are too large.
+[[nodiscard]] int64_t pageByteCount(const PageFormat& format);
+
 enum class OptionKind : uint32_t { boolean, integer, fixed, text, button };
 
 struct OptionDescriptor {
@@ -55,5 +62,9 @@ struct OptionDescriptor {
     bool active = true;
     bool settable = true;
 };
+
+// The option of this name; null when there is none.
+const OptionDescriptor* findOption(const std::vector<OptionDescriptor>& options,
+                                   std::string_view name);
 
 } // namespace paperline::sources

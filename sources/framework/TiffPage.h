@@ -14,8 +14,4 @@ namespace paperline::sources {
 // Nothing when the file would pass 4 GiB or the page has no size.
 [[nodiscard]] std::optional<std::vector<uint8_t>> tiffHeader(const PageFormat& format);
 
-// Bytes of the page's pixels; nothing when a number is not positive, not
-// 1, 8 or 24 bits, or a row passes 2 GiB.
-[[nodiscard]] std::optional<uint64_t> pixelByteCount(const PageFormat& format);
-
 } // namespace paperline::sources

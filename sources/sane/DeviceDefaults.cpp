@@ -1,20 +1,14 @@
 #include "sources/sane/DeviceDefaults.h"
 
-#include "sources/sane/OptionText.h"
+#include "sources/framework/OptionText.h"
+#include "sources/sane/SaneValues.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 
 namespace paperline::sources {
 
 namespace {
-
-double numberOf(const std::string& text) {
-    double number = 0;
-    const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
-    return result.ec == std::errc() ? number : 0;
-}
 
 // More than 8 bits a sample cost time and are reduced afterwards.
 bool isDeepMode(const std::string& mode) {
@@ -61,10 +55,8 @@ void setEightBits(SaneScanner& scanner) {
 
 const OptionDescriptor* settableOption(const std::vector<OptionDescriptor>& options,
                                        const std::string& name) {
-    const auto found = std::find_if(options.begin(), options.end(), [&](const auto& option) {
-        return option.name == name && option.active && option.settable;
-    });
-    return found == options.end() ? nullptr : &*found;
+    const OptionDescriptor* option = findOption(options, name);
+    return option != nullptr && option->active && option->settable ? option : nullptr;
 }
 
 std::optional<std::string> preferredMode(const std::vector<std::string>& choices) {
@@ -98,8 +90,8 @@ std::optional<std::string> nearestValue(const OptionDescriptor& option, double w
         return *std::min_element(option.choices.begin(),
                                  option.choices.end(),
                                  [wish](const auto& one, const auto& other) {
-                                     return std::abs(numberOf(one) - wish) <
-                                            std::abs(numberOf(other) - wish);
+                                     return std::abs(leadingNumber(one) - wish) <
+                                            std::abs(leadingNumber(other) - wish);
                                  });
     if (!option.hasRange || option.minimum > option.maximum)
         return std::nullopt;
@@ -134,10 +126,9 @@ void applyWholeArea(SaneScanner& scanner) {
 
 PageResolution pageResolution(const std::vector<OptionDescriptor>& options) {
     const auto valueOf = [&](const char* name) {
-        const auto found = std::find_if(options.begin(), options.end(), [&](const auto& option) {
-            return option.name == name && option.active && !option.value.empty();
-        });
-        return found == options.end() ? 0 : std::max(0.0, numberOf(found->value));
+        const OptionDescriptor* option = findOption(options, name);
+        return option == nullptr || !option->active ? 0
+                                                    : std::max(0.0, leadingNumber(option->value));
     };
     PageResolution resolution;
     resolution.horizontalDpi = valueOf("x-resolution");
@@ -150,14 +141,8 @@ PageResolution pageResolution(const std::vector<OptionDescriptor>& options) {
 }
 
 bool usesFeeder(const std::vector<OptionDescriptor>& options) {
-    const auto source = std::find_if(
-        options.begin(), options.end(), [](const auto& option) { return option.name == "source"; });
-    if (source == options.end() || !source->active)
-        return false;
-    for (const char* mark : {"adf", "feeder", "duplex"})
-        if (containsIgnoringCase(source->value, mark))
-            return true;
-    return false;
+    const OptionDescriptor* source = findOption(options, "source");
+    return source != nullptr && source->active && isFeederName(source->value);
 }
 
 } // namespace paperline::sources

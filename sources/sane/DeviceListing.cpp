@@ -2,6 +2,7 @@
 
 #include "platform/files/FileContent.h"
 #include "platform/files/Files.h"
+#include "sources/framework/OptionText.h"
 #include "sources/worker/WorkerProcess.h"
 
 #include <algorithm>
@@ -27,12 +28,9 @@ std::vector<std::string> configurationFolders() {
     if (folders.ends_with(':'))
         folders += usualFolders;
     std::vector<std::string> parts;
-    for (size_t start = 0; start <= folders.size();) {
-        const size_t end = std::min(folders.find(':', start), folders.size());
-        if (end > start)
-            parts.push_back(folders.substr(start, end - start));
-        start = end + 1;
-    }
+    for (std::string_view rest = folders; !rest.empty();)
+        if (const std::string_view part = takePart(rest, ':'); !part.empty())
+            parts.emplace_back(part);
     return parts;
 }
 
@@ -120,15 +118,11 @@ private:
 std::vector<std::string> backendLines(std::string_view text) {
     std::vector<std::string> names;
     while (!text.empty()) {
-        const size_t end = std::min(text.find('\n'), text.size());
-        std::string_view line = text.substr(0, end);
-        text.remove_prefix(std::min(end + 1, text.size()));
-        line = line.substr(0, line.find('#'));
-        const size_t start = line.find_first_not_of(" \t\r");
-        if (start == std::string_view::npos)
-            continue;
-        line = line.substr(start);
-        names.emplace_back(line.substr(0, line.find_first_of(" \t\r")));
+        std::string_view line = takePart(text, '\n');
+        line = line.substr(0, line.find_first_of("#\r"));
+        line = trimmed(line);
+        if (!line.empty())
+            names.emplace_back(line.substr(0, line.find_first_of(" \t")));
     }
     return names;
 }

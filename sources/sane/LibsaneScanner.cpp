@@ -1,6 +1,6 @@
 // The adapter to libsane.
-#include "sources/sane/OptionText.h"
 #include "sources/sane/SaneScanner.h"
+#include "sources/sane/SaneValues.h"
 #include "sources/sane/StatusText.h"
 
 #include <algorithm>

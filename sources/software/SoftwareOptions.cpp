@@ -1,20 +1,11 @@
 #include "sources/software/SoftwareOptions.h"
 
+#include "sources/framework/OptionText.h"
+
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 
 namespace paperline::sources {
-
-namespace {
-
-std::string numberText(double value) {
-    char text[32];
-    const auto result = std::to_chars(text, text + sizeof text, value);
-    return std::string(text, result.ptr);
-}
-
-} // namespace
 
 const std::vector<std::string>& sourceNames() {
     static const std::vector<std::string> names{"Flatbed", "Automatic Document Feeder"};
@@ -64,12 +55,10 @@ bool takeChoice(const std::string& text,
 }
 
 bool takeNumber(const std::string& text, const NumberRange& range, double& value) {
-    double number = 0;
-    const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (result.ec != std::errc() || result.ptr != text.data() + text.size() ||
-        !(number >= range.minimum && number <= range.maximum))
+    const std::optional<double> number = numberFromText(text);
+    if (!number || *number < range.minimum || *number > range.maximum)
         return false;
-    value = number;
+    value = *number;
     return true;
 }
 

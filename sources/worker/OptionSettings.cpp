@@ -1,6 +1,5 @@
 #include "sources/worker/OptionSettings.h"
 
-#include <algorithm>
 #include <cstdio>
 
 namespace paperline::sources {
@@ -12,11 +11,7 @@ ScanStatus applySetting(ScanDevice& device, const OptionSetting& setting, std::s
     const ScanStatus status = device.setOption(setting.name, setting.value);
     if (status == ScanStatus::good)
         return status;
-    const std::vector<OptionDescriptor> options = device.options();
-    const bool known = std::any_of(options.begin(), options.end(), [&](const auto& option) {
-        return option.name == setting.name;
-    });
-    if (!known) {
+    if (findOption(device.options(), setting.name) == nullptr) {
         errorText = "There is no option \"" + setting.name + "\".";
         return ScanStatus::invalid;
     }

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cmath>
 #include <cstring>
 
 #include <poll.h>
@@ -162,18 +161,6 @@ ScanStatus reportedStatus(uint32_t number) {
     return number <= static_cast<uint32_t>(ScanStatus::noSuchDevice)
                ? static_cast<ScanStatus>(number)
                : ScanStatus::ioError;
-}
-
-int64_t pageByteCount(const PageFormat& format) {
-    const bool kindIsKnown =
-        format.bitsPerPixel == 1 || format.bitsPerPixel == 8 || format.bitsPerPixel == 24;
-    if (!kindIsKnown || format.widthPixels <= 0 || format.heightPixels <= 0)
-        return 0;
-    if (!std::isfinite(format.horizontalDpi) || !std::isfinite(format.verticalDpi))
-        return 0;
-    const int64_t bytesPerRow = format.bytesPerRow();
-    return bytesPerRow > maximumPageBytes / format.heightPixels ? 0
-                                                                : bytesPerRow * format.heightPixels;
 }
 
 SocketResult sendMessage(int socket,

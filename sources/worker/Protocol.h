@@ -28,8 +28,6 @@ inline constexpr int workerSocketDescriptor = 3; // in the worker process
 inline constexpr size_t maximumMessageBytes = 64 * 1024;
 // The page being fetched and the one read ahead.
 inline constexpr uint32_t pageBufferCount = 2;
-// No page is larger than this, whatever a device claims.
-inline constexpr int64_t maximumPageBytes = int64_t{4} << 30;
 
 enum class MessageType : uint32_t {
     // requests
@@ -103,8 +101,6 @@ PageFormat readPageFormat(MessageReader& message);
 // A status that a worker may report; anything else becomes ioError.
 ScanStatus reportedStatus(uint32_t number);
 
-// Bytes of a page with whole, positive sizes of a kind we hand on; 0 for any other.
-int64_t pageByteCount(const PageFormat& format);
 
 enum class SocketResult { done, timeout, closed, damaged };
 

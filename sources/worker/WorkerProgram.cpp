@@ -1,10 +1,10 @@
 // A worker as a program: its arguments, its ties to the process that started it, and its end.
 #include "sources/worker/WorkerServer.h"
 
+#include "sources/framework/OptionText.h"
 #include "sources/worker/OptionSettings.h"
 #include "sources/worker/Protocol.h"
 
-#include <charconv>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
@@ -62,12 +62,6 @@ const char* kindName(OptionKind kind) {
         break;
     }
     return "string";
-}
-
-std::string numberText(double value) {
-    char text[32];
-    const auto result = std::to_chars(text, text + sizeof text, value);
-    return std::string(text, result.ptr);
 }
 
 std::string allowedValues(const OptionDescriptor& option) {

@@ -69,10 +69,7 @@ ScanStatus FaultyDevice::start() {
 }
 
 int FaultyDevice::pageCount() {
-    for (const OptionDescriptor& option : scanner_.options())
-        if (option.name == "count")
-            return std::stoi(option.value);
-    return 0;
+    return std::stoi(findOption(scanner_.options(), "count")->value);
 }
 
 ScanStatus FaultyDevice::misbehave(int pageNumber) {

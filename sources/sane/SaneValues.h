@@ -25,9 +25,6 @@ std::vector<std::string> listParts(std::string_view text);
 std::optional<size_t> matchingChoice(const std::vector<std::string>& choices,
                                      std::string_view text);
 
-bool equalsIgnoringCase(std::string_view first, std::string_view second);
-bool containsIgnoringCase(std::string_view text, std::string_view part);
-
 // Older drivers speak Latin-1: text that is no UTF-8 is taken as that.
 std::string utf8FromDriver(const char* text);
 

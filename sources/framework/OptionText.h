@@ -1,0 +1,27 @@
+// Options as text. Nothing here depends on the locale; case counts for ASCII letters only.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace paperline::sources {
+
+std::string_view trimmed(std::string_view text); // without blanks at its ends
+
+// Takes the text up to the delimiter, or all of it, off the front; the delimiter goes, too.
+std::string_view takePart(std::string_view& text, char delimiter);
+
+bool equalsIgnoringCase(std::string_view first, std::string_view second);
+bool containsIgnoringCase(std::string_view text, std::string_view part);
+
+// Nothing unless the whole text is a finite number.
+std::optional<double> numberFromText(std::string_view text);
+double leadingNumber(std::string_view text); // 300 of "300 dpi"; 0 without a number
+std::string numberText(double number);       // the shortest text that reads back the same
+std::string decimalText(double number);      // at most four digits after the point
+
+// A value of the option "source" that names a document feeder.
+bool isFeederName(std::string_view source);
+
+} // namespace paperline::sources
