@@ -23,9 +23,6 @@ struct CapabilityValue {
     static CapabilityValue oneValue(uint16_t itemType, uint32_t item);
 };
 
-// Bytes of one item of the types 0 to 8; 0 for others, which no container of ours holds.
-uint32_t itemByteCount(uint16_t itemType);
-
 // A handle with the value's container, its first byte the item type; null when there is no memory.
 // The application frees it.
 [[nodiscard]] twain::abi::Handle makeContainer(const ManagerLink& link,
