@@ -64,7 +64,7 @@ uint16_t DataSource::entry(abi::Identity* origin, const Triplet& triplet, void* 
     static constexpr std::array<Route, 17> routes{{
         {DG_CONTROL, DAT_ENTRYPOINT, true, &DataSource::entryPointTriplet},
         {DG_CONTROL, DAT_CALLBACK, true, &DataSource::callbackTriplet},
-        {DG_CONTROL, DAT_CALLBACK2, true, &DataSource::callback2Triplet},
+        {DG_CONTROL, DAT_CALLBACK2, true, &DataSource::callbackTriplet},
         {DG_CONTROL, DAT_EVENT, true, &DataSource::eventTriplet},
         {DG_CONTROL, DAT_STATUS, true, &DataSource::statusTriplet},
         {DG_CONTROL, DAT_STATUSUTF8, true, &DataSource::statusUtf8Triplet},
@@ -178,14 +178,9 @@ uint16_t DataSource::entryPointTriplet(uint16_t message, void* data) {
 uint16_t DataSource::callbackTriplet(uint16_t message, void* data) {
     if (message != MSG_REGISTER_CALLBACK)
         return fail(TWCC_BADPROTOCOL);
-    manager_.setCallback(static_cast<const abi::Callback*>(data)->CallBackProc);
-    return TWRC_SUCCESS;
-}
-
-uint16_t DataSource::callback2Triplet(uint16_t message, void* data) {
-    if (message != MSG_REGISTER_CALLBACK)
-        return fail(TWCC_BADPROTOCOL);
-    manager_.setCallback(static_cast<const abi::Callback2*>(data)->CallBackProc);
+    void* callback = nullptr; // both records begin with it
+    std::memcpy(&callback, data, sizeof callback);
+    manager_.setCallback(callback);
     return TWRC_SUCCESS;
 }
 

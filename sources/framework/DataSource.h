@@ -59,7 +59,6 @@ private:
     uint16_t closeSource();
     uint16_t entryPointTriplet(uint16_t message, void* data);
     uint16_t callbackTriplet(uint16_t message, void* data);
-    uint16_t callback2Triplet(uint16_t message, void* data);
     uint16_t eventTriplet(uint16_t message, void* data);
     uint16_t statusTriplet(uint16_t message, void* data);
     uint16_t statusUtf8Triplet(uint16_t message, void* data);
