@@ -2,7 +2,7 @@
 #include "sources/sane/DeviceListing.h"
 #include "sources/sane/Discovery.h"
 #include "sources/sane/SaneDevice.h"
-#include "sources/worker/WorkerServer.h"
+#include "sources/worker/WorkerProgram.h"
 
 #include <string_view>
 

@@ -1,9 +1,9 @@
-// A worker as a program: its arguments, its ties to the process that started it, and its end.
-#include "sources/worker/WorkerServer.h"
+#include "sources/worker/WorkerProgram.h"
 
-#include "sources/framework/OptionText.h"
+#include "sources/framework/LocaleFreeText.h"
 #include "sources/worker/OptionSettings.h"
 #include "sources/worker/Protocol.h"
+#include "sources/worker/WorkerServer.h"
 
 #include <chrono>
 #include <csignal>

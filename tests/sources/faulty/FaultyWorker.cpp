@@ -1,5 +1,5 @@
 // The faulty scanner's worker program.
-#include "sources/worker/WorkerServer.h"
+#include "sources/worker/WorkerProgram.h"
 #include "tests/sources/faulty/FaultyDevice.h"
 
 int main(int argc, char** argv) {
