@@ -1,6 +1,6 @@
 #include "sources/framework/DeviceOptions.h"
 
-#include "sources/framework/OptionText.h"
+#include "sources/framework/LocaleFreeText.h"
 #include "twain/records/TwainConstants.h"
 
 #include <algorithm>
@@ -29,6 +29,10 @@ std::optional<int16_t> pixelTypeOfMode(const std::string& mode) {
 }
 
 } // namespace
+
+bool isFeederName(std::string_view source) {
+    return containsAny(source, {"adf", "feeder", "duplex"});
+}
 
 const OptionDescriptor* DeviceOptions::find(std::string_view name) const {
     const OptionDescriptor* option = findOption(options_, name);

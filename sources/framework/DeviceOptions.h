@@ -24,6 +24,9 @@ struct ResolutionChoices {
     double minimum = 0, maximum = 0, step = 0; // dots per inch
 };
 
+// Whether a value of the option "source" names a document feeder.
+bool isFeederName(std::string_view source);
+
 class DeviceOptions {
 public:
     explicit DeviceOptions(PageFeed& feed) : feed_(feed) {}

@@ -2,7 +2,7 @@
 
 #include "platform/files/FileContent.h"
 #include "platform/places/StandardFolders.h"
-#include "sources/framework/OptionText.h"
+#include "sources/framework/LocaleFreeText.h"
 
 #include <algorithm>
 #include <cstdlib>

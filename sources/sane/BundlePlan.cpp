@@ -1,7 +1,7 @@
 #include "sources/sane/BundlePlan.h"
 
 #include "platform/host/Utf.h"
-#include "sources/framework/OptionText.h"
+#include "sources/framework/LocaleFreeText.h"
 
 #include <algorithm>
 

@@ -1,6 +1,7 @@
 #include "sources/sane/DeviceDefaults.h"
 
-#include "sources/framework/OptionText.h"
+#include "sources/framework/DeviceOptions.h"
+#include "sources/framework/LocaleFreeText.h"
 #include "sources/sane/SaneValues.h"
 
 #include <algorithm>

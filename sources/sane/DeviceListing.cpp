@@ -2,7 +2,7 @@
 
 #include "platform/files/FileContent.h"
 #include "platform/files/Files.h"
-#include "sources/framework/OptionText.h"
+#include "sources/framework/LocaleFreeText.h"
 #include "sources/worker/WorkerProcess.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "sources/sane/SaneValues.h"
 
 #include "platform/host/Utf.h"
-#include "sources/framework/OptionText.h"
+#include "sources/framework/LocaleFreeText.h"
 
 #include <algorithm>
 #include <cmath>

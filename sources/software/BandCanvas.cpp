@@ -119,15 +119,15 @@ void BandCanvas::setPixel(int32_t x, int32_t y, Ink ink) {
     at[2] = ink.blue;
 }
 
-void BandCanvas::fill(Ink ink) {
-    rectangle({0, firstRow(), widthPixels_, endRow()}, ink);
+PixelRect BandCanvas::visible(PixelRect area) const {
+    return {std::max(area.left, 0),
+            std::max(area.top, firstRow()),
+            std::min(area.right, widthPixels_),
+            std::min(area.bottom, endRow())};
 }
 
 void BandCanvas::rectangle(PixelRect area, Ink ink) {
-    const int32_t left = std::max(area.left, 0);
-    const int32_t right = std::min(area.right, widthPixels_);
-    const int32_t top = std::max(area.top, firstRow());
-    const int32_t bottom = std::min(area.bottom, endRow());
+    const auto [left, top, right, bottom] = visible(area);
     if (left >= right || top >= bottom)
         return;
     const auto byteCount = static_cast<size_t>(right - left) * static_cast<size_t>(samples_);
@@ -155,16 +155,14 @@ void BandCanvas::coverRow(std::span<const uint8_t> coverage, uint8_t* at, Ink in
 }
 
 void BandCanvas::cover(const CoverageMask& mask, int32_t x, int32_t y, Ink ink) {
-    const int32_t left = std::max(x + mask.left, 0);
-    const int32_t right = std::min(x + mask.left + mask.width, widthPixels_);
-    const int32_t top = std::max(y + mask.top, firstRow());
-    const int32_t bottom = std::min(y + mask.top + mask.height, endRow());
+    const PixelRect area{
+        x + mask.left, y + mask.top, x + mask.left + mask.width, y + mask.top + mask.height};
+    const auto [left, top, right, bottom] = visible(area);
     if (left >= right)
         return;
     for (int32_t row = top; row < bottom; ++row) {
-        const auto start =
-            static_cast<size_t>(row - y - mask.top) * static_cast<size_t>(mask.width) +
-            static_cast<size_t>(left - x - mask.left);
+        const auto start = static_cast<size_t>(row - area.top) * static_cast<size_t>(mask.width) +
+                           static_cast<size_t>(left - area.left);
         coverRow(std::span(mask.coverage).subspan(start, static_cast<size_t>(right - left)),
                  pixel(left, row),
                  ink);

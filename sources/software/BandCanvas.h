@@ -42,11 +42,11 @@ public:
 
     int32_t firstRow() const { return firstRow_; }
     int32_t endRow() const { return firstRow_ + rowCount_; }
-    int32_t widthPixels() const { return widthPixels_; }
-    int samplesPerPixel() const { return samples_; }
+    // The part of the area that lies in the band; empty ones may have their ends in front.
+    PixelRect visible(PixelRect area) const;
 
-    void fill(Ink ink);
-    void rectangle(PixelRect rectangle, Ink ink);
+    void fill(Ink ink) { rectangle({0, firstRow_, widthPixels_, endRow()}, ink); }
+    void rectangle(PixelRect area, Ink ink);
     void cover(const CoverageMask& mask, int32_t x, int32_t y, Ink ink);
     // `y` counts from the page's top and lies within the band.
     void setPixel(int32_t x, int32_t y, Ink ink);

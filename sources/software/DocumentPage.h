@@ -10,14 +10,6 @@
 
 namespace paperline::sources {
 
-// What stands on every sheet; the page number comes later.
-Drawing makeDocument(double widthMillimetres, double dpi);
-void addPageNumber(Drawing& drawing,
-                   double widthMillimetres,
-                   double heightMillimetres,
-                   int pageNumber,
-                   int pageCount);
-
 // Paints one page after the other of a batch. Text and pictures are laid out once.
 class DocumentPainter {
 public:
@@ -33,9 +25,9 @@ private:
     void paintBand(int32_t firstRow, std::span<uint8_t> pixels) const;
 
     PageFormat format_;
-    double widthMillimetres_, heightMillimetres_;
+    double reportDpi_; // at which the report is as wide as the page
     Drawing drawing_;
-    size_t commonItems_;
+    size_t commonItems_;            // of the drawing; the footer follows
     std::vector<uint8_t> greyBand_; // of a black and white page
 };
 

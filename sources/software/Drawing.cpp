@@ -30,7 +30,7 @@ void Drawing::rectangle(double left, double top, double width, double height, In
     items_.push_back({box.area.top, box.area.bottom, box});
 }
 
-double Drawing::textWidth(std::string_view text, Font font) const {
+double Drawing::textWidth(std::string_view text, Font font) {
     return sources::textWidth(text) * millimetresPerUnit(font);
 }
 
@@ -50,11 +50,14 @@ void Drawing::addShape(std::shared_ptr<const CoverageMask> mask, int32_t x, int3
     items_.push_back({top, bottom, Shape{std::move(mask), x, y, ink}});
 }
 
-void Drawing::text(double left, double baseline, std::string_view text, Font font, Ink ink) {
+void Drawing::text(
+    double x, double baseline, std::string_view text, Font font, Ink ink, Align align) {
+    if (align != Align::left)
+        x -= textWidth(text, font) * (align == Align::right ? 1 : 0.5);
     for (const char character : text) {
         if (character != ' ')
-            addShape(glyphMask(character, font), pixels(left), pixels(baseline), ink);
-        left += glyphStrokes(character).advance * millimetresPerUnit(font);
+            addShape(glyphMask(character, font), pixels(x), pixels(baseline), ink);
+        x += glyphStrokes(character).advance * millimetresPerUnit(font);
     }
 }
 

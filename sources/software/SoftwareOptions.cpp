@@ -1,6 +1,6 @@
 #include "sources/software/SoftwareOptions.h"
 
-#include "sources/framework/OptionText.h"
+#include "sources/framework/LocaleFreeText.h"
 
 #include <algorithm>
 #include <cmath>

@@ -101,7 +101,6 @@ PageFormat readPageFormat(MessageReader& message);
 // A status that a worker may report; anything else becomes ioError.
 ScanStatus reportedStatus(uint32_t number);
 
-
 enum class SocketResult { done, timeout, closed, damaged };
 
 struct ReceivedMessage {

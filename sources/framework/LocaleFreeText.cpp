@@ -1,4 +1,4 @@
-#include "sources/framework/OptionText.h"
+#include "sources/framework/LocaleFreeText.h"
 
 #include <algorithm>
 #include <array>
@@ -71,11 +71,6 @@ std::string decimalText(double number) {
     if (text.ends_with('.'))
         text.pop_back();
     return text == "-0" ? "0" : text;
-}
-
-bool isFeederName(std::string_view source) {
-    return containsIgnoringCase(source, "adf") || containsIgnoringCase(source, "feeder") ||
-           containsIgnoringCase(source, "duplex");
 }
 
 } // namespace paperline::sources

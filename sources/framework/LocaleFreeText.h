@@ -1,4 +1,4 @@
-// Options as text. Nothing here depends on the locale; case counts for ASCII letters only.
+// Texts and numbers, the same in every locale. Only ASCII letters have a case here.
 #pragma once
 
 #include <optional>
@@ -20,8 +20,5 @@ std::optional<double> numberFromText(std::string_view text);
 double leadingNumber(std::string_view text); // 300 of "300 dpi"; 0 without a number
 std::string numberText(double number);       // the shortest text that reads back the same
 std::string decimalText(double number);      // at most four digits after the point
-
-// A value of the option "source" that names a document feeder.
-bool isFeederName(std::string_view source);
 
 } // namespace paperline::sources
