@@ -49,7 +49,7 @@ std::vector<uint8_t> containerBytes(const CapabilityValue& value) {
     return bytes;
 }
 
-// Containers are packed to two bytes: nothing in them is aligned for a wider read.
+// Containers are packed to two bytes, so that their records need not be aligned.
 template <typename Record> Record recordAt(const uint8_t* bytes) {
     Record record{};
     std::memcpy(&record, bytes, sizeof record);
@@ -62,7 +62,7 @@ uint32_t itemAt(const uint8_t* bytes, uint16_t itemType) {
     return item;
 }
 
-// A narrow item in a field 32 bits wide: what lies above it is undefined.
+// In a field of 32 bits the bits above a narrow item are undefined.
 uint32_t narrowed(uint32_t item, uint16_t itemType) {
     const uint32_t bits = 8 * capabilityItemSize(itemType);
     if (bits < 32)

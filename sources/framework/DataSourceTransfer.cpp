@@ -1,4 +1,4 @@
-// A page on its way to the application.
+// Image information and the three ways to transfer a page.
 #include "platform/files/Descriptor.h"
 #include "sources/framework/DataSource.h"
 #include "sources/framework/FixedPoint.h"
@@ -27,11 +27,7 @@ bool writePageFile(const std::string& path,
 
 } // namespace
 
-uint16_t DataSource::imageInfoTriplet(uint16_t message, void* data) {
-    if (message != MSG_GET)
-        return fail(TWCC_BADPROTOCOL);
-    if (!stateIs(State::transferReady, State::transferring))
-        return fail(TWCC_SEQERROR);
+uint16_t DataSource::imageInfoTriplet(uint16_t, void* data) {
     const bool colour = page_.bitsPerPixel == 24;
     abi::ImageInfo info{};
     info.XResolution = toFix32(resolutionInUnits(page_.horizontalDpi, capabilities_.units()));
@@ -49,10 +45,8 @@ uint16_t DataSource::imageInfoTriplet(uint16_t message, void* data) {
     return TWRC_SUCCESS;
 }
 
-uint16_t DataSource::memoryTransferTriplet(uint16_t message, void* data) {
-    if (message != MSG_GET)
-        return fail(TWCC_BADPROTOCOL);
-    if (!stateIs(State::transferReady, State::transferring) || pageSent_)
+uint16_t DataSource::memoryTransferTriplet(uint16_t, void* data) {
+    if (pageSent_)
         return fail(TWCC_SEQERROR);
     auto& transfer = *static_cast<abi::ImageMemXfer*>(data);
     if (transfer.Memory.TheMem == nullptr || transfer.Memory.Length < page_.bytesPerRow())
@@ -91,11 +85,7 @@ std::span<const uint8_t> DataSource::pagePixels() const {
     return feed_->pixels().first(static_cast<size_t>(pageByteCount(page_)));
 }
 
-uint16_t DataSource::nativeTransferTriplet(uint16_t message, void* data) {
-    if (message != MSG_GET)
-        return fail(TWCC_BADPROTOCOL);
-    if (state_ != State::transferReady)
-        return fail(TWCC_SEQERROR);
+uint16_t DataSource::nativeTransferTriplet(uint16_t, void* data) {
     const auto header = tiffHeader(page_);
     if (!header)
         return fail(TWCC_LOWMEMORY);
@@ -119,14 +109,13 @@ uint16_t DataSource::nativeTransferTriplet(uint16_t message, void* data) {
     return TWRC_XFERDONE;
 }
 
-uint16_t DataSource::fileTransferTriplet(uint16_t message, void*) {
+uint16_t DataSource::fileTransferTriplet(uint16_t message) {
     if (message != MSG_GET)
         return fail(TWCC_BADPROTOCOL);
     if (state_ != State::transferReady)
         return fail(TWCC_SEQERROR);
     abi::SetupFileXfer setup{};
-    if (const uint16_t code = setupFileTriplet(MSG_GET, &setup); code != TWRC_SUCCESS)
-        return code;
+    setupFileTriplet(MSG_GET, &setup);
     const auto header = tiffHeader(page_);
     if (!header || !writePageFile(setup.FileName, *header, pagePixels()))
         return fail(TWCC_FILEWRITEERROR);
@@ -135,12 +124,8 @@ uint16_t DataSource::fileTransferTriplet(uint16_t message, void*) {
     return TWRC_XFERDONE;
 }
 
-// Nothing beyond the image information is known of a page: each question is answered so.
-uint16_t DataSource::extendedInfoTriplet(uint16_t message, void* data) {
-    if (message != MSG_GET)
-        return fail(TWCC_BADPROTOCOL);
-    if (state_ != State::transferring)
-        return fail(TWCC_SEQERROR);
+// There is no extended information: every item is answered as not supported.
+uint16_t DataSource::extendedInfoTriplet(uint16_t, void* data) {
     auto* bytes = static_cast<uint8_t*>(data);
     abi::ExtImageInfoHeader header{};
     std::memcpy(&header, bytes, sizeof header);

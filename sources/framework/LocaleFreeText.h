@@ -9,7 +9,7 @@ namespace paperline::sources {
 
 std::string_view trimmed(std::string_view text); // without blanks at its ends
 
-// Takes the text up to the delimiter, or all of it, off the front; the delimiter goes, too.
+// Removes the text before the delimiter, or all of it, and the delimiter; returns the former.
 std::string_view takePart(std::string_view& text, char delimiter);
 
 bool equalsIgnoringCase(std::string_view first, std::string_view second);

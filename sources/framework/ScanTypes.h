@@ -1,4 +1,4 @@
-// What data sources, their workers and devices say to each other: plain values, no library's types.
+// The values that data sources, their workers and devices exchange; no library's types.
 #pragma once
 
 #include <cstdint>
@@ -29,8 +29,8 @@ enum class ScanStatus : uint32_t {
     workerHung, // the worker did not answer in time and was killed
 };
 
-// A page as it is handed on: 1 bit (0 is black), 8 bits grey or 24 bits RGB, rows packed to whole
-// bytes, top row first.
+// A page of 1 bit (0 is black), 8 bits grey or 24 bits RGB. Rows are packed to whole bytes, the top
+// row comes first.
 struct PageFormat {
     int32_t widthPixels = 0;
     int32_t heightPixels = 0; // -1: not known before the last row
@@ -44,8 +44,7 @@ struct PageFormat {
     }
 };
 
-// Bytes of the page's pixels; 0 for sizes, depths and resolutions that no page has, and for pages
-// or rows that are too large.
+// Bytes of the page's pixels; 0 when a number is invalid, or the page or its rows are too large.
 [[nodiscard]] int64_t pageByteCount(const PageFormat& format);
 
 enum class OptionKind : uint32_t { boolean, integer, fixed, text, button };

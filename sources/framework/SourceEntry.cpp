@@ -8,8 +8,8 @@ namespace paperline::sources {
 
 namespace {
 
-// The bundle's one data source, made at its first call and kept for the life of the process; null
-// when its configuration cannot be read.
+// Made at the bundle's first call and kept for the life of the process; null when the bundle's
+// configuration cannot be read.
 DataSource* sourceOf(const std::string& bundlePath) {
     static std::mutex mutex;
     static std::map<std::string, std::unique_ptr<DataSource>> sources;

@@ -10,7 +10,7 @@ namespace {
 
 constexpr uint16_t tagCount = 13;
 constexpr uint32_t directoryOffset = 8;
-// Count, entries and the offset of the next directory, then what does not fit an entry.
+// Entry count, entries and the next directory's offset, then the values that do not fit an entry.
 constexpr uint32_t bitsOffset = directoryOffset + 2 + tagCount * 12 + 4;
 constexpr uint32_t resolutionOffset = bitsOffset + 6;
 constexpr uint32_t pixelOffset = resolutionOffset + 16;
