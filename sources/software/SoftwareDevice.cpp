@@ -1,9 +1,8 @@
 #include "sources/software/SoftwareDevice.h"
 
-#include "sources/software/SoftwareOptions.h"
+#include "sources/framework/LocaleFreeText.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <thread>
 
@@ -14,23 +13,75 @@ namespace {
 constexpr int32_t mostRowsPerStep = 64;
 constexpr int32_t stepsOfPage = 50; // at least, where the page has as many rows
 
-int32_t pixelCount(double millimetres, int dpi) {
+constexpr const char* flatbed = "Flatbed";
+
+int32_t pixelCount(double millimetres, double dpi) {
     return std::max(1, static_cast<int32_t>(std::lround(millimetres / millimetresPerInch * dpi)));
+}
+
+OptionDescriptor textOption(const char* name, const char* title, const std::string& value) {
+    OptionDescriptor option;
+    option.name = name;
+    option.title = title;
+    option.value = value;
+    return option;
 }
 
 } // namespace
 
-std::vector<OptionDescriptor> SoftwareDevice::options() {
-    return {
-        choiceOption("source", "Scan source", source_, sourceNames()),
-        choiceOption("mode", "Scan mode", mode_, modeNames()),
-        numberOption({"resolution", "Resolution", "dpi"}, resolutionDpi_, resolutionRange),
-        numberOption({"count", "Sheets in the feeder", ""}, pageCount(), countRange),
-        numberOption({"width", "Sheet width", "mm"}, widthMillimetres_, widthRange),
-        numberOption({"height", "Sheet height", "mm"}, heightMillimetres_, heightRange),
-        textOption("pages", "Folder of pictures to scan", folder_),
-        numberOption({"delay", "Time that a page takes", "ms"}, delayMilliseconds_, delayRange),
+struct SoftwareDevice::ChoiceOption {
+    const char *name, *title;
+    std::vector<std::string> choices;
+    std::string SoftwareDevice::*value;
+};
+
+struct SoftwareDevice::NumberOption {
+    const char *name, *title, *unit;
+    double minimum, maximum;
+    bool whole;
+    double SoftwareDevice::*value;
+};
+
+const std::vector<SoftwareDevice::ChoiceOption>& SoftwareDevice::choiceOptions() {
+    static const std::vector<ChoiceOption> table{
+        {"source", "Scan source", {flatbed, "Automatic Document Feeder"}, &SoftwareDevice::source_},
+        {"mode", "Scan mode", {"Lineart", "Gray", "Color"}, &SoftwareDevice::mode_},
     };
+    return table;
+}
+
+const std::vector<SoftwareDevice::NumberOption>& SoftwareDevice::numberOptions() {
+    using Device = SoftwareDevice;
+    static const std::vector<NumberOption> table{
+        {"resolution", "Resolution", "dpi", 50, 1200, true, &Device::resolutionDpi_},
+        {"count", "Sheets in the feeder", "", 1, 10000, true, &Device::count_},
+        {"width", "Sheet width", "mm", 20, 330, false, &Device::widthMillimetres_},
+        {"height", "Sheet height", "mm", 20, 500, false, &Device::heightMillimetres_},
+        {"delay", "Time for a page", "ms", 0, 60000, true, &Device::delayMilliseconds_},
+    };
+    return table;
+}
+
+std::vector<OptionDescriptor> SoftwareDevice::options() {
+    std::vector<OptionDescriptor> options;
+    for (const ChoiceOption& choice : choiceOptions()) {
+        options.push_back(textOption(choice.name, choice.title, this->*choice.value));
+        options.back().choices = choice.choices;
+    }
+    for (const NumberOption& number : numberOptions()) {
+        const bool isCount = number.value == &SoftwareDevice::count_;
+        OptionDescriptor option = textOption(
+            number.name, number.title, numberText(isCount ? pageCount() : this->*number.value));
+        option.kind = number.whole ? OptionKind::integer : OptionKind::fixed;
+        option.unit = number.unit;
+        option.hasRange = true;
+        option.minimum = number.minimum;
+        option.maximum = number.maximum;
+        option.step = number.whole ? 1 : 0;
+        options.push_back(option);
+    }
+    options.push_back(textOption("pages", "Folder of pictures to scan", folder_));
+    return options;
 }
 
 ScanStatus SoftwareDevice::refuse(ScanStatus status, const std::string& text) {
@@ -52,40 +103,33 @@ ScanStatus SoftwareDevice::setPages(const std::string& folder) {
 
 ScanStatus SoftwareDevice::setOption(const std::string& name, const std::string& value) {
     errorText_.clear();
-    bool taken = false;
-    if (name == "source") {
-        taken = takeChoice(value, sourceNames(), source_);
-    } else if (name == "mode") {
-        taken = takeChoice(value, modeNames(), mode_);
-    } else if (name == "resolution") {
-        taken = takeWhole(value, resolutionRange, resolutionDpi_);
-    } else if (name == "count") {
-        taken = takeWhole(value, countRange, count_);
-        countAsked_ = countAsked_ || taken;
-    } else if (name == "width") {
-        taken = takeNumber(value, widthRange, widthMillimetres_);
-    } else if (name == "height") {
-        taken = takeNumber(value, heightRange, heightMillimetres_);
-    } else if (name == "pages") {
+    if (name == "pages")
         return setPages(value);
-    } else if (name == "delay") {
-        taken = takeWhole(value, delayRange, delayMilliseconds_);
-    }
-    return taken ? ScanStatus::good : ScanStatus::invalid;
-}
-
-bool SoftwareDevice::usesFeeder() const {
-    return source_ != sourceNames().front();
+    for (const ChoiceOption& choice : choiceOptions())
+        if (name == choice.name && std::find(choice.choices.begin(), choice.choices.end(), value) !=
+                                       choice.choices.end()) {
+            this->*choice.value = value;
+            return ScanStatus::good;
+        }
+    const std::optional<double> number = numberFromText(value);
+    for (const NumberOption& option : numberOptions())
+        if (name == option.name && number && *number >= option.minimum &&
+            *number <= option.maximum && (!option.whole || *number == std::floor(*number))) {
+            this->*option.value = *number;
+            countAsked_ = countAsked_ || option.value == &SoftwareDevice::count_;
+            return ScanStatus::good;
+        }
+    return ScanStatus::invalid;
 }
 
 int SoftwareDevice::pageCount() const {
     if (pictures_ && pictures_->pageCount() == 0)
         return 0;
-    if (!usesFeeder())
+    if (source_ == flatbed)
         return 1;
     if (pictures_ && !countAsked_)
         return static_cast<int>(std::min<size_t>(pictures_->pageCount(), INT32_MAX));
-    return count_;
+    return static_cast<int>(count_);
 }
 
 PageFormat SoftwareDevice::pageFormat() const {
@@ -121,7 +165,7 @@ SoftwareDevice::sendPage(const PageFormat& format, PageSink& sink, const FillRow
     if (!sink.begin(format))
         return ScanStatus::noMemory;
     const auto start = std::chrono::steady_clock::now();
-    const std::chrono::milliseconds delay(delayMilliseconds_);
+    const std::chrono::milliseconds delay(static_cast<int64_t>(delayMilliseconds_));
     const int32_t step = std::clamp(format.heightPixels / stepsOfPage, 1, mostRowsPerStep);
     for (int32_t first = 0; first < format.heightPixels; first += step) {
         const int32_t end = std::min(first + step, format.heightPixels);

@@ -1,4 +1,4 @@
-// A scanner without hardware: its sheets are drawn, or come from a folder of pictures.
+// A scanner without hardware: its pages are drawn, or come from a folder of pictures.
 #pragma once
 
 #include "sources/software/DocumentPage.h"
@@ -26,26 +26,30 @@ public:
     std::string errorText() const override { return errorText_; }
 
 private:
-    bool usesFeeder() const;
+    struct ChoiceOption;
+    struct NumberOption;
+    static const std::vector<ChoiceOption>& choiceOptions();
+    static const std::vector<NumberOption>& numberOptions();
+
     int pageCount() const; // of the batch
     PageFormat pageFormat() const;
     ScanStatus refuse(ScanStatus status, const std::string& text);
     ScanStatus setPages(const std::string& folder);
     ScanStatus sendPicture(size_t index, PageSink& sink);
-    // Sends the rows that `fill` writes, spread over the time that a page takes.
+    // Sends the rows that `fill` writes, spread over the delay.
     using FillRows = std::function<void(int32_t firstRow, std::span<uint8_t> rows)>;
     ScanStatus sendPage(const PageFormat& format, PageSink& sink, const FillRows& fill);
-    // False as soon as the batch is cancelled.
+    // False at once when the batch is cancelled.
     bool waitUntil(std::chrono::steady_clock::time_point end) const;
 
     std::string source_ = "Automatic Document Feeder";
     std::string mode_ = "Color";
-    int resolutionDpi_ = 300;
-    int count_ = 3;
-    bool countAsked_ = false; // else a folder's pictures are counted
+    double resolutionDpi_ = 300;
+    double count_ = 3;
+    bool countAsked_ = false; // else as many as there are pictures
     double widthMillimetres_ = 210;
     double heightMillimetres_ = 297;
-    int delayMilliseconds_ = 0; // for each page
+    double delayMilliseconds_ = 0; // of each page
     std::string folder_;
     std::optional<PictureStack> pictures_;
 

@@ -69,7 +69,7 @@ TEST_F(SoftwareDeviceTest, ListsItsOptionsWithTheirRanges) {
         names.push_back(option.name);
     EXPECT_EQ(names,
               (std::vector<std::string>{
-                  "source", "mode", "resolution", "count", "width", "height", "pages", "delay"}));
+                  "source", "mode", "resolution", "count", "width", "height", "delay", "pages"}));
     EXPECT_EQ(options[0].choices,
               (std::vector<std::string>{"Flatbed", "Automatic Document Feeder"}));
     EXPECT_EQ(options[1].choices, (std::vector<std::string>{"Lineart", "Gray", "Color"}));
@@ -80,9 +80,9 @@ TEST_F(SoftwareDeviceTest, ListsItsOptionsWithTheirRanges) {
     EXPECT_EQ(options[2].maximum, 1200);
     EXPECT_EQ(options[3].value, "3");
     EXPECT_EQ(options[4].value, "210");
-    EXPECT_EQ(options[7].value, "0");
-    EXPECT_EQ(options[7].unit, "ms");
-    EXPECT_EQ(options[7].maximum, 60000);
+    EXPECT_EQ(options[6].value, "0");
+    EXPECT_EQ(options[6].unit, "ms");
+    EXPECT_EQ(options[6].maximum, 60000);
 }
 
 TEST_F(SoftwareDeviceTest, RefusesWhatIsOutsideAndKeepsWhatItHad) {
@@ -213,15 +213,16 @@ TEST_F(SoftwareDeviceTest, TheDelayIsSpreadOverTheRows) {
     picture("a.pgm", "P5 1 100 255\n" + std::string(100, 'x'));
     for (const char* pages : {"", folder.c_str()}) {
         set("pages", pages);
-        set("delay", "400");
+        set("delay", "600");
         TimedSink timed;
         ASSERT_EQ(device.start(), ScanStatus::good);
         const auto start = std::chrono::steady_clock::now();
         ASSERT_EQ(device.readPage(timed), ScanStatus::good);
-        EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(400));
-        EXPECT_GE(timed.times.size(), 50u);
-        EXPECT_GE(timed.times.back() - timed.times.front(), std::chrono::milliseconds(380));
-        EXPECT_GE(timed.times[25] - timed.times.front(), std::chrono::milliseconds(180));
+        ASSERT_GE(timed.times.size(), 50u);
+        EXPECT_GE(timed.times[25] - start, std::chrono::milliseconds(280));
+        EXPECT_GE(timed.times.back() - start, std::chrono::milliseconds(580));
+        // A busy machine may delay the first rows, but hardly by half of the time.
+        EXPECT_LT(timed.times.front() - start, std::chrono::milliseconds(300));
         set("delay", "0");
         ASSERT_EQ(device.start(), ScanStatus::good);
         ASSERT_EQ(device.readPage(sink), ScanStatus::good);
