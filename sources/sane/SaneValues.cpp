@@ -11,8 +11,8 @@ namespace paperline::sources {
 std::string saneWordText(int32_t word, bool isFixed) {
     if (!isFixed)
         return std::to_string(word);
-    return decimalText(word /
-                       saneFixedScale); // four digits are what 16 bits after the point are worth
+    // 16 bits after the point are precise to four digits.
+    return decimalText(word / saneFixedScale);
 }
 
 std::optional<int32_t> saneWordFromText(std::string_view text, bool isFixed) {
