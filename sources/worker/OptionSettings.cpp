@@ -6,7 +6,7 @@ namespace paperline::sources {
 
 namespace {
 
-// Sets one option; on failure says in words which one and why.
+// On failure `errorText` names the option and the reason.
 ScanStatus applySetting(ScanDevice& device, const OptionSetting& setting, std::string& errorText) {
     const ScanStatus status = device.setOption(setting.name, setting.value);
     if (status == ScanStatus::good)

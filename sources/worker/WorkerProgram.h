@@ -1,4 +1,5 @@
-// A worker as a program: its arguments, its ties to the process that started it, and its end.
+// The main function of worker programs: their arguments, and their end when the parent process
+// ends.
 #pragma once
 
 #include "sources/worker/ScanDevice.h"

@@ -1,4 +1,4 @@
-// The worker's half: drives a device at a data source's request and carries its pages over shared
+// The worker's half: calls a device at a data source's request and passes its pages on in shared
 // memory.
 #pragma once
 

@@ -1,4 +1,4 @@
-// The data source of every bundle that users install: the framework's over a worker process.
+// The data source of all our bundles: the framework's, with a worker process as its page feed.
 #include "sources/framework/SourceEntry.h"
 #include "sources/worker/WorkerClient.h"
 
