@@ -36,7 +36,7 @@ std::vector<Segment> segmentsOf(const std::vector<Stroke>& strokes, double pixel
     return segments;
 }
 
-// Pixels that the pen may touch.
+// The pixels that the pen may touch.
 PixelRect bounds(const Segment& segment, double reach) {
     return {static_cast<int32_t>(std::floor(std::min(segment.x0, segment.x1) - reach)),
             static_cast<int32_t>(std::floor(std::min(segment.y0, segment.y1) - reach)),
@@ -60,7 +60,7 @@ void drawSegment(CoverageMask& mask, const Segment& segment, double radius) {
 }
 
 uint8_t blended(uint8_t below, uint8_t ink, uint32_t coverage) {
-    // Exact for 0 and 255 without a division.
+    // Division by 255 without dividing, exact for 0 and 255.
     const uint32_t sum = below * (255 - coverage) + ink * coverage + 128;
     return static_cast<uint8_t>((sum + (sum >> 8)) >> 8);
 }
@@ -73,7 +73,7 @@ penMask(const std::vector<Stroke>& strokes, double pixelsPerUnit, double penWidt
     CoverageMask mask;
     if (segments.empty())
         return mask;
-    // A pen thinner than a pixel still leaves a line, only a lighter one.
+    // Thin pens draw light lines, but not invisible ones.
     const double radius = std::max(penWidthUnits * pixelsPerUnit, 0.6) / 2;
     PixelRect area{std::numeric_limits<int32_t>::max(),
                    std::numeric_limits<int32_t>::max(),

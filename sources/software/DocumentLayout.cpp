@@ -27,7 +27,7 @@ constexpr double lineHeight = 5.2;
 constexpr Font bodyFont{10, false};
 constexpr Font chartFont{7.5, false};
 
-// Justified, but for the last line; gives the base line of the line after it.
+// Justified except for the last line; returns the base line of the line after it.
 double paragraph(Drawing& page, double y, std::string_view words) {
     const double space = Drawing::textWidth(" ", bodyFont);
     std::vector<std::string_view> line;

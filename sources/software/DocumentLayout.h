@@ -8,9 +8,9 @@ namespace paperline::sources {
 
 inline constexpr double reportWidthMillimetres = 210;
 
-// Everything but the footer. Another sheet width is another resolution; a short sheet is cut.
+// Everything but the footer. For other sheet widths scale the resolution; a short sheet is cut.
 Drawing drawReport(double dpi);
-// The footer of a sheet that ends at `bottom`, with the page number.
+// `bottom` is the sheet's height.
 void addFooter(Drawing& page, double bottom, int pageNumber, int pageCount);
 
 } // namespace paperline::sources

@@ -15,7 +15,7 @@ constexpr int32_t bandRows = 64;
 constexpr Ink paper{243, 243, 240};
 constexpr Ink white{248, 248, 248};
 
-// Eight samples at once: inks leave room for the noise, so nothing carries into a neighbour.
+// Added to eight samples at once; no sum exceeds 255, because inks leave room.
 constexpr size_t noiseBytes = 4096;
 using NoiseTable = std::array<uint8_t, noiseBytes + 8>;
 

@@ -24,7 +24,7 @@ int32_t Drawing::pixels(double millimetres) const {
 
 void Drawing::rectangle(double left, double top, double width, double height, Ink ink) {
     Box box{{pixels(left), pixels(top), pixels(left + width), pixels(top + height)}, ink};
-    // Rules do not vanish at low resolutions.
+    // Thin rules stay visible at low resolutions.
     box.area.right = std::max(box.area.right, box.area.left + 1);
     box.area.bottom = std::max(box.area.bottom, box.area.top + 1);
     items_.push_back({box.area.top, box.area.bottom, box});

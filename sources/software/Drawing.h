@@ -1,4 +1,4 @@
-// Text, lines and pictures of a page, kept in order and painted band by band.
+// The content of a page, in drawing order, painted band by band.
 #pragma once
 
 #include "sources/framework/ScanTypes.h"

@@ -1,4 +1,4 @@
-// A folder of pictures as the sheets in a feeder.
+// A folder of pictures as the pages in a feeder.
 #pragma once
 
 #include "codecs/pixels/BitmapImageRep.h"
@@ -14,15 +14,15 @@ namespace paperline::sources {
 
 class PictureStack {
 public:
-    // Every picture in the folder, by name in byte order, every page of each; files that are no
-    // pictures are left out. Nothing when the folder cannot be read.
+    // Every page of every picture, in byte order of the names; other files are skipped. Nothing
+    // when the folder cannot be read.
     [[nodiscard]] static std::optional<PictureStack> load(const std::string& folder);
 
     size_t pageCount() const { return pages_.size(); }
-    // Which file a page comes from.
+    // The page's file.
     const std::string& path(size_t index) const { return pages_[index].path; }
 
-    // Null when the file has become unreadable since.
+    // Null when the file cannot be read any more.
     std::shared_ptr<BitmapImageRep> read(size_t index) const;
 
 private:
@@ -33,7 +33,7 @@ private:
     std::vector<Page> pages_;
 };
 
-// The picture's rows from `firstRow` on, at 1, 8 or 24 bits a pixel, as many as there is room for.
+// Fills `rows` with the picture's rows from `firstRow` on, at 1, 8 or 24 bits a pixel.
 void convertRows(const BitmapImageRep& picture,
                  int32_t firstRow,
                  int bitsPerPixel,

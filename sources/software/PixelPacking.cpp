@@ -32,7 +32,7 @@ void rowToGrey(std::span<const uint8_t> row, int bitsPerPixel, std::span<uint8_t
             grey[x] = bitAsGrey(row, x);
         else if (bitsPerPixel == 8)
             grey[x] = row[x];
-        else // the weights of the eye, in 256ths; white stays white
+        else // luminance; white stays white
             grey[x] = static_cast<uint8_t>(
                 (77 * row[3 * x] + 150 * row[3 * x + 1] + 29 * row[3 * x + 2] + 128) >> 8);
     }

@@ -66,7 +66,7 @@ Stroke smoothStroke(const Stroke& points) {
         return points;
     const size_t last = points.size() - 1;
     const bool closed = points[0].x == points[last].x && points[0].y == points[last].y;
-    // Catmull-Rom: each piece's direction at its ends comes from its neighbours.
+    // Catmull-Rom splines: the neighbours give each piece's direction at its ends.
     auto neighbour = [&](size_t index, int step) {
         if (step < 0 && index == 0)
             return closed ? points[last - 1] : points[0];
