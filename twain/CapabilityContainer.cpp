@@ -2,7 +2,6 @@
 
 #include "twain/records/TwainConstants.h"
 
-#include <array>
 #include <cstdlib>
 #include <cstring>
 
@@ -50,7 +49,7 @@ void finishReading(CapabilityContainer& container, AfterReading after) {
 }
 
 uint64_t itemBytes(uint16_t itemType, uint32_t count) {
-    return uint64_t{capabilityItemSize(itemType)} * count;
+    return uint64_t{twain::capabilityItemSize(itemType)} * count;
 }
 
 // Copies the items out when both the container and the caller's buffer hold them.
@@ -71,11 +70,6 @@ void putItems(CapabilityContainer& container, size_t itemsOffset, std::span<cons
 }
 
 } // namespace
-
-uint32_t capabilityItemSize(uint16_t itemType) {
-    static constexpr std::array<uint32_t, 13> sizes{1, 2, 4, 1, 2, 4, 2, 4, 16, 34, 66, 130, 256};
-    return itemType < sizes.size() ? sizes[itemType] : 0;
-}
 
 void CapabilityBufferFree::operator()(uint8_t* bytes) const noexcept {
     std::free(bytes);

@@ -13,10 +13,6 @@ namespace paperline {
 inline constexpr int32_t containerNoMemory = -108;   // the buffer cannot be allocated
 inline constexpr int32_t containerBadArgument = -50; // other container type, or sizes do not fit
 
-// Bytes of one item of a TWTY type: 1, 2, 4, 1, 2, 4, 2, 4, 16, 34, 66, 130, 256 for the types 0 to
-// 12, 0 for all others.
-uint32_t capabilityItemSize(uint16_t itemType);
-
 struct CapabilityBufferFree {
     void operator()(uint8_t* bytes) const noexcept;
 };

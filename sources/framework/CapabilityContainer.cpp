@@ -14,7 +14,7 @@ template <typename Record> void put(std::vector<uint8_t>& bytes, const Record& r
 }
 
 void putItems(std::vector<uint8_t>& bytes, const CapabilityValue& value) {
-    const uint32_t size = itemByteCount(value.itemType);
+    const uint32_t size = capabilityItemSize(value.itemType);
     for (const uint32_t item : value.items)
         for (uint32_t byte = 0; byte < size; ++byte)
             bytes.push_back(static_cast<uint8_t>(item >> (8 * byte)));
@@ -49,7 +49,7 @@ std::vector<uint8_t> containerBytes(const CapabilityValue& value) {
     return bytes;
 }
 
-// Containers are packed to two bytes: nothing in them is aligned for a wider read.
+// Containers are packed to two bytes, so that their records need not be aligned.
 template <typename Record> Record recordAt(const uint8_t* bytes) {
     Record record{};
     std::memcpy(&record, bytes, sizeof record);
@@ -58,13 +58,13 @@ template <typename Record> Record recordAt(const uint8_t* bytes) {
 
 uint32_t itemAt(const uint8_t* bytes, uint16_t itemType) {
     uint32_t item = 0;
-    std::memcpy(&item, bytes, itemByteCount(itemType));
+    std::memcpy(&item, bytes, capabilityItemSize(itemType));
     return item;
 }
 
-// A narrow item in a field 32 bits wide: what lies above it is undefined.
+// In a field of 32 bits the bits above a narrow item are undefined.
 uint32_t narrowed(uint32_t item, uint16_t itemType) {
-    const uint32_t bits = 8 * itemByteCount(itemType);
+    const uint32_t bits = 8 * capabilityItemSize(itemType);
     if (bits < 32)
         item &= (1u << bits) - 1;
     if (itemType == TWTY_INT16)
@@ -80,24 +80,6 @@ CapabilityValue CapabilityValue::oneValue(uint16_t itemType, uint32_t item) {
     value.itemType = itemType;
     value.items = {item};
     return value;
-}
-
-uint32_t itemByteCount(uint16_t itemType) {
-    switch (itemType) {
-    case TWTY_INT8:
-    case TWTY_UINT8:
-        return 1;
-    case TWTY_INT16:
-    case TWTY_UINT16:
-    case TWTY_BOOL:
-        return 2;
-    case TWTY_INT32:
-    case TWTY_UINT32:
-    case TWTY_FIX32:
-        return 4;
-    default:
-        return 0;
-    }
 }
 
 abi::Handle makeContainer(const ManagerLink& link, const CapabilityValue& value) {
@@ -117,9 +99,11 @@ abi::Handle makeContainer(const ManagerLink& link, const CapabilityValue& value)
 std::optional<uint32_t> settingFromContainer(const ManagerLink& link,
                                              const abi::Capability& capability,
                                              uint16_t itemType) {
+    if (capabilityItemSize(itemType) > sizeof(uint32_t))
+        return std::nullopt;
     const LockedHandle locked(link, capability.hContainer);
     const uint8_t* bytes = locked.bytes();
-    if (bytes == nullptr || recordAt<uint16_t>(bytes) != itemType || itemByteCount(itemType) == 0)
+    if (bytes == nullptr || recordAt<uint16_t>(bytes) != itemType)
         return std::nullopt;
     switch (capability.ConType) {
     case TWON_ONEVALUE:
@@ -130,8 +114,8 @@ std::optional<uint32_t> settingFromContainer(const ManagerLink& link,
         const auto header = recordAt<abi::EnumerationHeader>(bytes);
         if (header.CurrentIndex >= header.NumItems)
             return std::nullopt;
-        const uint64_t offset =
-            sizeof header + static_cast<uint64_t>(header.CurrentIndex) * itemByteCount(itemType);
+        const uint64_t offset = sizeof header + static_cast<uint64_t>(header.CurrentIndex) *
+                                                    capabilityItemSize(itemType);
         return narrowed(itemAt(bytes + offset, itemType), itemType);
     }
     default:

@@ -9,8 +9,7 @@
 
 namespace paperline::sources {
 
-// Items are kept as 32-bit numbers whatever their type: signed ones extended, FIX32 as
-// fix32Item gives it.
+// Items of every type are kept as 32-bit numbers: signed ones extended, FIX32 as in fix32Item.
 struct CapabilityValue {
     uint16_t containerType = 0; // TWON_
     uint16_t itemType = 0;      // TWTY_UINT16, TWTY_FIX32 ...
@@ -23,16 +22,12 @@ struct CapabilityValue {
     static CapabilityValue oneValue(uint16_t itemType, uint32_t item);
 };
 
-// Bytes of one item of the types 0 to 8; 0 for others, which no container of ours holds.
-uint32_t itemByteCount(uint16_t itemType);
-
-// A handle with the value's container, its first byte the item type; null when there is no memory.
-// The application frees it.
+// The value's container in memory that the application frees; null when there is none.
 [[nodiscard]] twain::abi::Handle makeContainer(const ManagerLink& link,
                                                const CapabilityValue& value);
 
-// The one item that an application sets: the item of a one-value, the current one of an
-// enumeration or a range. Nothing for an array, another item type, or an index outside.
+// The item that an application sets: that of a one-value, the current one of an enumeration or a
+// range. Nothing for an array, another item type, or an index out of range.
 [[nodiscard]] std::optional<uint32_t> settingFromContainer(const ManagerLink& link,
                                                            const twain::abi::Capability& capability,
                                                            uint16_t itemType);

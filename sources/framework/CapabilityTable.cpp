@@ -116,7 +116,7 @@ uint32_t CapabilityTable::item(uint16_t capability) const {
         return 1;
     case CAP_FEEDERENABLED:
         return options_.usesFeeder() ? 1 : 0;
-    case CAP_FEEDERLOADED: // no sensor is asked: a feeder counts as loaded until a scan says no
+    case CAP_FEEDERLOADED: // not known before a scan fails
         return options_.hasFeeder() ? 1 : 0;
     case ICAP_PIXELTYPE:
         return static_cast<uint32_t>(options_.pixelType());
@@ -137,7 +137,7 @@ uint32_t CapabilityTable::item(uint16_t capability) const {
     case ICAP_XNATIVERESOLUTION:
     case ICAP_YNATIVERESOLUTION:
         return resolutionItem(largest(options_.resolutions(axisOf(capability))));
-    default: // one value, and that is 0: no compression, chocolate, chunky, TIFF, no indicators
+    default: // always 0: no compression, chocolate, chunky, TIFF, no indicators
         return 0;
     }
 }
@@ -277,7 +277,7 @@ uint16_t CapabilityTable::set(uint16_t capability, uint32_t item) {
         transferMechanism_ = static_cast<uint16_t>(item);
     else if (capability == ICAP_PIXELTYPE || capability == CAP_FEEDERENABLED)
         return setOnDevice(capability, item);
-    return TWCC_SUCCESS; // the one value there is
+    return TWCC_SUCCESS; // the others have a single value
 }
 
 uint16_t CapabilityTable::reset(uint16_t capability) {
@@ -285,7 +285,7 @@ uint16_t CapabilityTable::reset(uint16_t capability) {
 }
 
 void CapabilityTable::resetAll() {
-    units_ = TWUN_INCHES; // first: resolutions are set in these
+    units_ = TWUN_INCHES; // first, because resolutions are set in them
     for (const Row& row : table) {
         // A device that refuses one default keeps the others.
         if (row.settable && item(row.capability) != defaultItem(row.capability))

@@ -15,7 +15,7 @@ class CapabilityTable {
 public:
     explicit CapabilityTable(DeviceOptions& options) : options_(options) {}
 
-    // After the device was opened: what it says now are the defaults.
+    // The device's present values become the defaults.
     void deviceOpened();
 
     uint32_t operations(uint16_t capability) const; // TWQC_ bits; 0: not offered
@@ -26,7 +26,7 @@ public:
     [[nodiscard]] uint16_t reset(uint16_t capability);              // TWCC_
     void resetAll();
 
-    // Pages that the application wants; -1: all there are.
+    // How many pages the application wants; -1: all.
     int16_t transferCount() const { return transferCount_; }
     uint16_t units() const { return units_; }
 

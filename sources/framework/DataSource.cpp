@@ -16,7 +16,7 @@ namespace {
 
 using namespace twain;
 
-// Cut to whole UTF-8 characters; ends in a zero byte.
+// Cuts the text to whole UTF-8 characters and fills the rest with zero bytes.
 template <size_t size> void setText(char (&field)[size], std::string_view text) {
     size_t length = std::min(text.size(), size - 1);
     while (length < text.size() && length > 0 && (text[length] & 0xc0) == 0x80)
@@ -46,7 +46,8 @@ abi::Identity identityOf(const SourceConfiguration& configuration) {
 struct DataSource::Route {
     uint32_t dataGroup;
     uint16_t dataArgumentType;
-    bool needsData;
+    uint16_t message; // the only one; MSG_NULL: `answer` distinguishes several
+    States states;    // in which it is answered
     uint16_t (DataSource::*answer)(uint16_t message, void* data);
 };
 
@@ -61,35 +62,45 @@ DataSource::~DataSource() {
 }
 
 uint16_t DataSource::entry(abi::Identity* origin, const Triplet& triplet, void* data) {
-    static constexpr std::array<Route, 17> routes{{
-        {DG_CONTROL, DAT_ENTRYPOINT, true, &DataSource::entryPointTriplet},
-        {DG_CONTROL, DAT_CALLBACK, true, &DataSource::callbackTriplet},
-        {DG_CONTROL, DAT_CALLBACK2, true, &DataSource::callback2Triplet},
-        {DG_CONTROL, DAT_EVENT, true, &DataSource::eventTriplet},
-        {DG_CONTROL, DAT_STATUS, true, &DataSource::statusTriplet},
-        {DG_CONTROL, DAT_STATUSUTF8, true, &DataSource::statusUtf8Triplet},
-        {DG_CONTROL, DAT_XFERGROUP, true, &DataSource::transferGroupTriplet},
-        {DG_CONTROL, DAT_USERINTERFACE, false, &DataSource::userInterfaceTriplet},
-        {DG_CONTROL, DAT_PENDINGXFERS, true, &DataSource::pendingTransfersTriplet},
-        {DG_CONTROL, DAT_CAPABILITY, true, &DataSource::capabilityTriplet},
-        {DG_CONTROL, DAT_SETUPMEMXFER, true, &DataSource::setupMemoryTriplet},
-        {DG_CONTROL, DAT_SETUPFILEXFER, true, &DataSource::setupFileTriplet},
-        {DG_IMAGE, DAT_IMAGEINFO, true, &DataSource::imageInfoTriplet},
-        {DG_IMAGE, DAT_IMAGELAYOUT, true, &DataSource::imageLayoutTriplet},
-        {DG_IMAGE, DAT_IMAGEMEMXFER, true, &DataSource::memoryTransferTriplet},
-        {DG_IMAGE, DAT_IMAGENATIVEXFER, true, &DataSource::nativeTransferTriplet},
-        {DG_IMAGE, DAT_EXTIMAGEINFO, true, &DataSource::extendedInfoTriplet},
+    using enum State;
+    using Source = DataSource;
+    constexpr States always{loaded, transferring}, open4To6{open, transferReady};
+    constexpr States ready{transferReady, transferReady}, sending{transferring, transferring};
+    constexpr States page{transferReady, transferring};
+    static constexpr std::array<Route, 16> routes{{
+        {DG_CONTROL, DAT_ENTRYPOINT, MSG_SET, always, &Source::entryPointTriplet},
+        {DG_CONTROL, DAT_CALLBACK, MSG_REGISTER_CALLBACK, always, &Source::callbackTriplet},
+        {DG_CONTROL, DAT_CALLBACK2, MSG_REGISTER_CALLBACK, always, &Source::callbackTriplet},
+        {DG_CONTROL, DAT_EVENT, MSG_PROCESSEVENT, {enabled, transferring}, &Source::eventTriplet},
+        {DG_CONTROL, DAT_STATUS, MSG_GET, always, &Source::statusTriplet},
+        {DG_CONTROL, DAT_STATUSUTF8, MSG_GET, always, &Source::statusUtf8Triplet},
+        {DG_CONTROL, DAT_XFERGROUP, MSG_NULL, open4To6, &Source::transferGroupTriplet},
+        {DG_CONTROL, DAT_PENDINGXFERS, MSG_NULL, always, &Source::pendingTransfersTriplet},
+        {DG_CONTROL, DAT_CAPABILITY, MSG_NULL, {open, transferring}, &Source::capabilityTriplet},
+        {DG_CONTROL, DAT_SETUPMEMXFER, MSG_GET, open4To6, &Source::setupMemoryTriplet},
+        {DG_CONTROL, DAT_SETUPFILEXFER, MSG_NULL, open4To6, &Source::setupFileTriplet},
+        {DG_IMAGE, DAT_IMAGEINFO, MSG_GET, page, &Source::imageInfoTriplet},
+        {DG_IMAGE, DAT_IMAGELAYOUT, MSG_NULL, open4To6, &Source::imageLayoutTriplet},
+        {DG_IMAGE, DAT_IMAGEMEMXFER, MSG_GET, page, &Source::memoryTransferTriplet},
+        {DG_IMAGE, DAT_IMAGENATIVEXFER, MSG_GET, ready, &Source::nativeTransferTriplet},
+        {DG_IMAGE, DAT_EXTIMAGEINFO, MSG_GET, sending, &Source::extendedInfoTriplet},
     }};
     if (triplet.dataGroup == DG_CONTROL && triplet.dataArgumentType == DAT_IDENTITY)
         return identityTriplet(origin, triplet.message, data);
+    if (triplet.dataGroup == DG_CONTROL && triplet.dataArgumentType == DAT_USERINTERFACE)
+        return userInterfaceTriplet(triplet.message, data);
     if (triplet.dataGroup == DG_IMAGE && triplet.dataArgumentType == DAT_IMAGEFILEXFER)
-        return fileTransferTriplet(triplet.message, data);
+        return fileTransferTriplet(triplet.message);
     for (const Route& route : routes) {
         if (route.dataGroup != triplet.dataGroup ||
             route.dataArgumentType != triplet.dataArgumentType)
             continue;
-        if (route.needsData && data == nullptr)
+        if (data == nullptr)
             return fail(TWCC_BADVALUE);
+        if (route.message != MSG_NULL && route.message != triplet.message)
+            return fail(TWCC_BADPROTOCOL);
+        if (!stateIs(route.states.first, route.states.last))
+            return fail(TWCC_SEQERROR);
         return (this->*route.answer)(triplet.message, data);
     }
     return fail(TWCC_BADPROTOCOL);
@@ -110,8 +121,7 @@ uint16_t DataSource::fail(ScanStatus status) {
     return result.returnCode;
 }
 
-// In the language that the application left in the bundle; asked for each time, because the person
-// may change it while the source is open.
+// The language is read each time, because the user may change it while the source is open.
 std::string DataSource::failureText() const {
     const int32_t language = languageOfBundle(configuration_.bundlePath);
     const char* localized = localizedConditionText(language, failedCondition_);
@@ -126,7 +136,7 @@ uint16_t DataSource::identityTriplet(abi::Identity* origin, uint16_t message, vo
             return fail(TWCC_BADVALUE);
         const uint32_t id = state_ == State::loaded ? identity->Id : identity_.Id;
         *identity = identity_;
-        identity->Id = id; // the manager's number stays
+        identity->Id = id; // assigned by the manager
         return TWRC_SUCCESS;
     }
     case MSG_OPENDS:
@@ -145,7 +155,7 @@ uint16_t DataSource::openSource(abi::Identity* origin, const abi::Identity& aske
         return fail(origin->Id == application_.Id ? TWCC_SEQERROR : TWCC_MAXCONNECTIONS);
     if (const ScanStatus status = feed_->open(); status != ScanStatus::good) {
         const uint16_t returnCode = fail(status);
-        // A source that is not open cannot be asked for its words afterwards.
+        // The application cannot ask for the text of a source that is not open.
         std::fprintf(stderr, "%s: %s\n", identity_.ProductName, errorText_.c_str());
         feed_->close();
         return returnCode;
@@ -167,49 +177,31 @@ uint16_t DataSource::closeSource() {
     return TWRC_SUCCESS;
 }
 
-uint16_t DataSource::entryPointTriplet(uint16_t message, void* data) {
-    if (message != MSG_SET)
-        return fail(TWCC_BADPROTOCOL);
-    if (!manager_.setEntryPoint(*static_cast<const abi::EntryPoint*>(data)))
-        return fail(TWCC_BADVALUE);
+uint16_t DataSource::entryPointTriplet(uint16_t, void* data) {
+    const bool whole = manager_.setEntryPoint(*static_cast<const abi::EntryPoint*>(data));
+    return whole ? TWRC_SUCCESS : fail(TWCC_BADVALUE);
+}
+
+uint16_t DataSource::callbackTriplet(uint16_t, void* data) {
+    void* callback = nullptr; // both records begin with it
+    std::memcpy(&callback, data, sizeof callback);
+    manager_.setCallback(callback);
     return TWRC_SUCCESS;
 }
 
-uint16_t DataSource::callbackTriplet(uint16_t message, void* data) {
-    if (message != MSG_REGISTER_CALLBACK)
-        return fail(TWCC_BADPROTOCOL);
-    manager_.setCallback(static_cast<const abi::Callback*>(data)->CallBackProc);
-    return TWRC_SUCCESS;
-}
-
-uint16_t DataSource::callback2Triplet(uint16_t message, void* data) {
-    if (message != MSG_REGISTER_CALLBACK)
-        return fail(TWCC_BADPROTOCOL);
-    manager_.setCallback(static_cast<const abi::Callback2*>(data)->CallBackProc);
-    return TWRC_SUCCESS;
-}
-
-uint16_t DataSource::eventTriplet(uint16_t message, void* data) {
+uint16_t DataSource::eventTriplet(uint16_t, void* data) {
     auto& event = *static_cast<abi::Event*>(data);
-    if (message != MSG_PROCESSEVENT)
-        return fail(TWCC_BADPROTOCOL);
-    if (!stateIs(State::enabled, State::transferring))
-        return fail(TWCC_SEQERROR);
     event.TWMessage = readyNotDelivered_ ? MSG_XFERREADY : MSG_NULL;
     return std::exchange(readyNotDelivered_, false) ? TWRC_DSEVENT : TWRC_NOTDSEVENT;
 }
 
-uint16_t DataSource::statusTriplet(uint16_t message, void* data) {
-    if (message != MSG_GET)
-        return fail(TWCC_BADPROTOCOL);
-    // Reading the condition clears it, the standard says.
+uint16_t DataSource::statusTriplet(uint16_t, void* data) {
+    // The standard: reading the condition clears it.
     *static_cast<abi::Status*>(data) = {std::exchange(conditionCode_, TWCC_SUCCESS), 0};
     return TWRC_SUCCESS;
 }
 
-uint16_t DataSource::statusUtf8Triplet(uint16_t message, void* data) {
-    if (message != MSG_GET)
-        return fail(TWCC_BADPROTOCOL);
+uint16_t DataSource::statusUtf8Triplet(uint16_t, void* data) {
     auto& status = *static_cast<abi::StatusUtf8*>(data);
     const std::string text = failureText();
     const auto size = static_cast<uint32_t>(text.size() + 1);
@@ -224,8 +216,6 @@ uint16_t DataSource::statusUtf8Triplet(uint16_t message, void* data) {
 }
 
 uint16_t DataSource::transferGroupTriplet(uint16_t message, void* data) {
-    if (!stateIs(State::open, State::transferReady))
-        return fail(TWCC_SEQERROR);
     uint32_t group = 0;
     switch (message) {
     case MSG_GET:

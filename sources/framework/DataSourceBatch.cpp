@@ -1,7 +1,6 @@
 // Enabling the source, its pages one after the other, and the end of a batch.
 #include "sources/framework/DataSource.h"
 #include "sources/framework/StatusCodes.h"
-#include "sources/framework/TiffPage.h"
 
 namespace paperline::sources {
 
@@ -19,12 +18,12 @@ uint16_t DataSource::userInterfaceTriplet(uint16_t message, void* data) {
         if (data == nullptr)
             return fail(TWCC_BADVALUE);
         return state_ == State::open ? enable() : fail(TWCC_SEQERROR);
-    case MSG_DISABLEDS: // the record says nothing here; some applications send none
+    case MSG_DISABLEDS: // some applications pass no record
         if (state_ != State::enabled)
             return fail(TWCC_SEQERROR);
         state_ = State::open;
         return TWRC_SUCCESS;
-    default: // MSG_ENABLEDSUIONLY too: CAP_ENABLEDSUIONLY says that there is no dialog
+    default: // MSG_ENABLEDSUIONLY, too: there is no settings window
         return fail(TWCC_BADPROTOCOL);
     }
 }
@@ -40,15 +39,15 @@ uint16_t DataSource::enable() {
     }
     pagesEnded_ = 0;
     state_ = State::transferReady;
-    // The application may run its whole transfer inside the notification, so nothing of the batch
-    // is touched after it.
+    // The application may transfer every page inside the notification: the batch may be over after
+    // it.
     readyNotDelivered_ = true;
     if (notifyTransferReady())
         readyNotDelivered_ = false;
     return TWRC_SUCCESS;
 }
 
-// A page whose numbers and pixels do not fit together is the device's failure.
+// A page with fewer pixels than its format says counts as a failure of the device.
 ScanStatus DataSource::fetchPage() {
     page_ = {};
     rowsSent_ = 0;
@@ -56,8 +55,8 @@ ScanStatus DataSource::fetchPage() {
     PageFormat format;
     if (const ScanStatus status = feed_->nextPage(format); status != ScanStatus::good)
         return status;
-    const auto byteCount = pixelByteCount(format);
-    if (!byteCount || *byteCount > feed_->pixels().size())
+    const int64_t byteCount = pageByteCount(format);
+    if (byteCount == 0 || static_cast<size_t>(byteCount) > feed_->pixels().size())
         return ScanStatus::ioError;
     page_ = format;
     return ScanStatus::good;
@@ -76,7 +75,7 @@ uint16_t DataSource::pendingCount() const {
     const int wanted = capabilities_.transferCount();
     if (!stateIs(State::transferReady, State::transferring))
         return 0;
-    // The last page that the application asked for is the one thing known for certain.
+    // Only the application's own limit says that a page is the last.
     return wanted > 0 && wanted - pagesEnded_ == 1 ? 1 : unknownCount;
 }
 

@@ -1,10 +1,8 @@
-// What an application agrees with the source before a transfer: capabilities, layout, buffers,
-// file.
+// What is set before a transfer: capabilities, layout, buffers, file.
 #include "platform/places/StandardFolders.h"
 #include "sources/framework/DataSource.h"
 #include "sources/framework/FixedPoint.h"
 #include "sources/framework/StatusCodes.h"
-#include "sources/framework/TiffPage.h"
 
 #include <algorithm>
 #include <cmath>
@@ -45,8 +43,6 @@ bool sameFrame(const PaperFrame& a, const PaperFrame& b) {
 
 uint16_t DataSource::capabilityTriplet(uint16_t message, void* data) {
     auto& capability = *static_cast<abi::Capability*>(data);
-    if (!stateIs(State::open, State::transferring))
-        return fail(TWCC_SEQERROR);
     const bool changes = message == MSG_SET || message == MSG_RESET || message == MSG_RESETALL;
     if (changes && state_ != State::open)
         return fail(TWCC_SEQERROR);
@@ -123,14 +119,14 @@ uint16_t DataSource::setFrame(const PaperFrame& frame, abi::ImageLayout& layout)
     if (const ScanStatus status = options_.setFrame(frame); status != ScanStatus::good)
         return fail(twainResult(status).conditionCode);
     layout = imageLayout();
-    // The device may have taken the nearest area it knows.
+    // The device may have rounded the area.
     return sameFrame(frame, options_.frame()) ? TWRC_SUCCESS : TWRC_CHECKSTATUS;
 }
 
 uint16_t DataSource::imageLayoutTriplet(uint16_t message, void* data) {
     auto& layout = *static_cast<abi::ImageLayout*>(data);
     const bool changes = message == MSG_SET || message == MSG_RESET;
-    if (!stateIs(State::open, changes ? State::open : State::transferReady))
+    if (changes && state_ != State::open)
         return fail(TWCC_SEQERROR);
     auto inches = [&](abi::Fix32 length) {
         return inchesFromUnits(fromFix32(length), capabilities_.units());
@@ -158,25 +154,19 @@ uint16_t DataSource::imageLayoutTriplet(uint16_t message, void* data) {
     }
 }
 
-uint16_t DataSource::setupMemoryTriplet(uint16_t message, void* data) {
-    if (message != MSG_GET)
-        return fail(TWCC_BADPROTOCOL);
-    if (!stateIs(State::open, State::transferReady))
-        return fail(TWCC_SEQERROR);
+uint16_t DataSource::setupMemoryTriplet(uint16_t, void* data) {
     auto& setup = *static_cast<abi::SetupMemXfer*>(data);
     setup = {smallestBuffer, TWON_DONTCARE32, preferredBuffer};
-    if (const auto byteCount = pixelByteCount(page_)) {
-        // A whole page at most: a larger buffer gains nothing.
+    if (const int64_t byteCount = pageByteCount(page_); byteCount > 0) {
+        // At most a whole page: a larger buffer gains nothing.
         const auto row = static_cast<uint32_t>(page_.bytesPerRow());
-        const auto page = static_cast<uint32_t>(std::min<uint64_t>(*byteCount, UINT32_MAX));
+        const auto page = static_cast<uint32_t>(std::min<int64_t>(byteCount, UINT32_MAX));
         setup = {row, page, std::clamp(preferredBuffer / row * row, row, page)};
     }
     return TWRC_SUCCESS;
 }
 
 uint16_t DataSource::setupFileTriplet(uint16_t message, void* data) {
-    if (!stateIs(State::open, State::transferReady))
-        return fail(TWCC_SEQERROR);
     auto& setup = *static_cast<abi::SetupFileXfer*>(data);
     switch (message) {
     case MSG_GET:

@@ -1,4 +1,4 @@
-// A page on its way to the application.
+// Image information and the three ways to transfer a page.
 #include "platform/files/Descriptor.h"
 #include "sources/framework/DataSource.h"
 #include "sources/framework/FixedPoint.h"
@@ -27,11 +27,7 @@ bool writePageFile(const std::string& path,
 
 } // namespace
 
-uint16_t DataSource::imageInfoTriplet(uint16_t message, void* data) {
-    if (message != MSG_GET)
-        return fail(TWCC_BADPROTOCOL);
-    if (!stateIs(State::transferReady, State::transferring))
-        return fail(TWCC_SEQERROR);
+uint16_t DataSource::imageInfoTriplet(uint16_t, void* data) {
     const bool colour = page_.bitsPerPixel == 24;
     abi::ImageInfo info{};
     info.XResolution = toFix32(resolutionInUnits(page_.horizontalDpi, capabilities_.units()));
@@ -49,10 +45,8 @@ uint16_t DataSource::imageInfoTriplet(uint16_t message, void* data) {
     return TWRC_SUCCESS;
 }
 
-uint16_t DataSource::memoryTransferTriplet(uint16_t message, void* data) {
-    if (message != MSG_GET)
-        return fail(TWCC_BADPROTOCOL);
-    if (!stateIs(State::transferReady, State::transferring) || pageSent_)
+uint16_t DataSource::memoryTransferTriplet(uint16_t, void* data) {
+    if (pageSent_)
         return fail(TWCC_SEQERROR);
     auto& transfer = *static_cast<abi::ImageMemXfer*>(data);
     if (transfer.Memory.TheMem == nullptr || transfer.Memory.Length < page_.bytesPerRow())
@@ -87,17 +81,17 @@ uint16_t DataSource::sendStrip(abi::ImageMemXfer& transfer, uint8_t* buffer) {
     return pageSent_ ? TWRC_XFERDONE : TWRC_SUCCESS;
 }
 
-uint16_t DataSource::nativeTransferTriplet(uint16_t message, void* data) {
-    if (message != MSG_GET)
-        return fail(TWCC_BADPROTOCOL);
-    if (state_ != State::transferReady)
-        return fail(TWCC_SEQERROR);
+std::span<const uint8_t> DataSource::pagePixels() const {
+    return feed_->pixels().first(static_cast<size_t>(pageByteCount(page_)));
+}
+
+uint16_t DataSource::nativeTransferTriplet(uint16_t, void* data) {
     const auto header = tiffHeader(page_);
-    const auto byteCount = pixelByteCount(page_);
-    if (!header || !byteCount)
+    if (!header)
         return fail(TWCC_LOWMEMORY);
+    const auto pixels = pagePixels();
     const abi::Handle handle =
-        manager_.allocate(static_cast<uint32_t>(header->size() + *byteCount));
+        manager_.allocate(static_cast<uint32_t>(header->size() + pixels.size()));
     if (handle == nullptr)
         return fail(TWCC_LOWMEMORY);
     {
@@ -107,7 +101,7 @@ uint16_t DataSource::nativeTransferTriplet(uint16_t message, void* data) {
             return fail(TWCC_LOWMEMORY);
         }
         std::memcpy(locked.bytes(), header->data(), header->size());
-        std::memcpy(locked.bytes() + header->size(), feed_->pixels().data(), *byteCount);
+        std::memcpy(locked.bytes() + header->size(), pixels.data(), pixels.size());
     }
     std::memcpy(data, &handle, sizeof handle);
     state_ = State::transferring;
@@ -115,30 +109,23 @@ uint16_t DataSource::nativeTransferTriplet(uint16_t message, void* data) {
     return TWRC_XFERDONE;
 }
 
-uint16_t DataSource::fileTransferTriplet(uint16_t message, void*) {
+uint16_t DataSource::fileTransferTriplet(uint16_t message) {
     if (message != MSG_GET)
         return fail(TWCC_BADPROTOCOL);
     if (state_ != State::transferReady)
         return fail(TWCC_SEQERROR);
     abi::SetupFileXfer setup{};
-    if (const uint16_t code = setupFileTriplet(MSG_GET, &setup); code != TWRC_SUCCESS)
-        return code;
+    setupFileTriplet(MSG_GET, &setup);
     const auto header = tiffHeader(page_);
-    const auto byteCount = pixelByteCount(page_);
-    if (!header || !byteCount ||
-        !writePageFile(setup.FileName, *header, feed_->pixels().first(*byteCount)))
+    if (!header || !writePageFile(setup.FileName, *header, pagePixels()))
         return fail(TWCC_FILEWRITEERROR);
     state_ = State::transferring;
     pageSent_ = true;
     return TWRC_XFERDONE;
 }
 
-// Nothing beyond the image information is known of a page: each question is answered so.
-uint16_t DataSource::extendedInfoTriplet(uint16_t message, void* data) {
-    if (message != MSG_GET)
-        return fail(TWCC_BADPROTOCOL);
-    if (state_ != State::transferring)
-        return fail(TWCC_SEQERROR);
+// There is no extended information: every item is answered as not supported.
+uint16_t DataSource::extendedInfoTriplet(uint16_t, void* data) {
     auto* bytes = static_cast<uint8_t*>(data);
     abi::ExtImageInfoHeader header{};
     std::memcpy(&header, bytes, sizeof header);

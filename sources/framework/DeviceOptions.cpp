@@ -1,73 +1,42 @@
 #include "sources/framework/DeviceOptions.h"
 
-#include "sources/framework/FixedPoint.h"
+#include "sources/framework/LocaleFreeText.h"
+#include "twain/records/TwainConstants.h"
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 
 namespace paperline::sources {
 
 namespace {
 
-std::string lowerCase(std::string_view text) {
-    std::string lower(text);
-    for (char& character : lower)
-        if (character >= 'A' && character <= 'Z')
-            character = static_cast<char>(character - 'A' + 'a');
-    return lower;
-}
-
-bool containsAny(const std::string& text, std::initializer_list<std::string_view> words) {
+bool containsAny(std::string_view text, std::initializer_list<std::string_view> words) {
     return std::any_of(words.begin(), words.end(), [&](std::string_view word) {
-        return text.find(word) != std::string::npos;
+        return containsIgnoringCase(text, word);
     });
 }
 
 std::optional<int16_t> pixelTypeOfMode(const std::string& mode) {
-    const std::string text = lowerCase(mode);
-    if (containsAny(text, {"infrared"}))
+    if (containsAny(mode, {"infrared"}))
         return std::nullopt;
-    if (containsAny(text, {"color", "colour", "rgb"}))
+    if (containsAny(mode, {"color", "colour", "rgb"}))
         return twain::TWPT_RGB;
-    if (containsAny(text, {"gray", "grey"}))
+    if (containsAny(mode, {"gray", "grey"}))
         return twain::TWPT_GRAY;
-    if (containsAny(text, {"lineart", "black", "binary", "halftone", "mono"}))
+    if (containsAny(mode, {"lineart", "black", "binary", "halftone", "mono"}))
         return twain::TWPT_BW;
     return std::nullopt;
 }
 
-bool isFeederName(const std::string& source) {
-    return containsAny(lowerCase(source), {"adf", "feeder"});
-}
-
-// Device texts are written without a locale.
-double numberOf(const std::string& text) {
-    double number = 0;
-    std::from_chars(text.data(), text.data() + text.size(), number);
-    return number;
-}
-
-std::string textOf(double number) {
-    std::array<char, 64> text{};
-    const auto end =
-        std::to_chars(text.data(), text.data() + text.size(), number, std::chars_format::fixed, 4);
-    std::string result(text.data(), end.ptr);
-    while (result.back() == '0')
-        result.pop_back();
-    if (result.back() == '.')
-        result.pop_back();
-    return result;
-}
-
 } // namespace
 
+bool isFeederName(std::string_view source) {
+    return containsAny(source, {"adf", "feeder", "duplex"});
+}
+
 const OptionDescriptor* DeviceOptions::find(std::string_view name) const {
-    const auto found =
-        std::find_if(options_.begin(), options_.end(), [&](const OptionDescriptor& option) {
-            return option.name == name && option.active;
-        });
-    return found != options_.end() ? &*found : nullptr;
+    const OptionDescriptor* option = findOption(options_, name);
+    return option != nullptr && option->active ? option : nullptr;
 }
 
 ScanStatus DeviceOptions::set(const std::string& name, const std::string& value) {
@@ -102,7 +71,7 @@ ScanStatus DeviceOptions::setPixelType(int16_t wanted) {
     if (const auto* mode = find("mode"))
         for (const std::string& choice : mode->choices)
             if (pixelTypeOfMode(choice) == wanted)
-                return set("mode", std::string(choice));
+                return set("mode", choice);
     return ScanStatus::invalid;
 }
 
@@ -130,7 +99,7 @@ ScanStatus DeviceOptions::setUsesFeeder(bool feeder) {
     if (const auto* source = find("source"))
         for (const std::string& choice : source->choices)
             if (isFeederName(choice) == feeder)
-                return set("source", std::string(choice));
+                return set("source", choice);
     return ScanStatus::invalid;
 }
 
@@ -145,7 +114,7 @@ ResolutionChoices DeviceOptions::resolutions(Axis axis) const {
     if (option == nullptr)
         return choices;
     for (const std::string& choice : option->choices)
-        choices.dpi.push_back(numberOf(choice));
+        choices.dpi.push_back(leadingNumber(choice));
     choices.hasRange = option->hasRange;
     choices.minimum = option->minimum;
     choices.maximum = option->maximum;
@@ -155,20 +124,20 @@ ResolutionChoices DeviceOptions::resolutions(Axis axis) const {
 
 double DeviceOptions::resolution(Axis axis) const {
     const auto* option = resolutionOption(axis);
-    return option != nullptr ? numberOf(option->value) : 0;
+    return option != nullptr ? leadingNumber(option->value) : 0;
 }
 
 ScanStatus DeviceOptions::setResolution(Axis axis, double dpi) {
     const auto* option = resolutionOption(axis);
     if (option == nullptr)
         return ScanStatus::unsupported;
-    return set(std::string(option->name), textOf(dpi));
+    return set(option->name, decimalText(dpi));
 }
 
 PaperFrame DeviceOptions::frame() const {
     auto inches = [&](std::string_view name, double fallback) {
         const auto* option = find(name);
-        return option != nullptr ? numberOf(option->value) / millimetresPerInch : fallback;
+        return option != nullptr ? leadingNumber(option->value) / millimetresPerInch : fallback;
     };
     PaperFrame frame;
     frame.left = inches("tl-x", 0);
@@ -181,7 +150,7 @@ PaperFrame DeviceOptions::frame() const {
 ScanStatus DeviceOptions::setLength(std::string_view name, double inches) {
     if (find(name) == nullptr)
         return ScanStatus::good;
-    return set(std::string(name), textOf(inches * millimetresPerInch));
+    return set(std::string(name), decimalText(inches * millimetresPerInch));
 }
 
 ScanStatus DeviceOptions::setFrame(const PaperFrame& frame) {

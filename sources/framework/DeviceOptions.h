@@ -1,5 +1,5 @@
-// A device's options as an application's capabilities need them: pixel type, feeder, resolution and
-// scan area, whatever the device calls their values.
+// A device's options as capabilities need them: pixel type, feeder, resolution and scan area,
+// however the device names their values.
 #pragma once
 
 #include "sources/framework/PageFeed.h"
@@ -24,12 +24,14 @@ struct ResolutionChoices {
     double minimum = 0, maximum = 0, step = 0; // dots per inch
 };
 
+// Whether a value of the option "source" names a document feeder.
+bool isFeederName(std::string_view source);
+
 class DeviceOptions {
 public:
     explicit DeviceOptions(PageFeed& feed) : feed_(feed) {}
 
-    // Reads the options afresh: after opening, and after each setting, because one may change
-    // others.
+    // After opening and after each setting, because one option may change others.
     void refresh() { options_ = feed_.options(); }
     const std::vector<OptionDescriptor>& all() const { return options_; }
 
@@ -37,7 +39,7 @@ public:
     int16_t pixelType() const;
     [[nodiscard]] ScanStatus setPixelType(int16_t pixelType);
 
-    bool hasFlatbed() const; // a device that does not say has one
+    bool hasFlatbed() const; // true when the device does not say
     bool hasFeeder() const;
     bool usesFeeder() const;
     [[nodiscard]] ScanStatus setUsesFeeder(bool feeder);

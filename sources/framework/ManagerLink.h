@@ -1,4 +1,4 @@
-// The way back to the data source manager: its entry, learnt by DAT_ENTRYPOINT, and its memory.
+// The data source manager's entry and memory functions, received by DAT_ENTRYPOINT.
 #pragma once
 
 #include "twain/records/StandardRecords.h"
@@ -9,18 +9,17 @@ namespace paperline::sources {
 
 class ManagerLink {
 public:
-    // False when the record has no entry or misses one of the memory functions.
+    // False when the record lacks the entry or a memory function.
     [[nodiscard]] bool setEntryPoint(const twain::abi::EntryPoint& entryPoint);
-    // A callback that a manager without a notification service passed on to the source.
+    // The application's callback, from managers that pass it on to the source.
     void setCallback(void* callback) { callback_ = callback; }
 
-    // Tells the application something through the manager. False when there is no way to it, or
-    // the manager refused.
+    // Sends the application a message. False when it cannot be reached, or the manager refused.
     [[nodiscard]] bool
     notify(twain::abi::Identity source, twain::abi::Identity application, uint16_t message) const;
 
-    // Memory that the application frees. The C library's own where the manager gave no functions,
-    // as the standard has it for managers without them.
+    // Memory that the application frees; the C library's when the manager gave no functions, as the
+    // standard prescribes.
     twain::abi::Handle allocate(uint32_t byteCount) const;
     void release(twain::abi::Handle handle) const;
     void* lock(twain::abi::Handle handle) const;
@@ -31,7 +30,7 @@ private:
     void* callback_ = nullptr;
 };
 
-// A locked handle, unlocked at the end of its scope.
+// Locks a handle for its scope.
 class LockedHandle {
 public:
     LockedHandle(const ManagerLink& link, twain::abi::Handle handle)

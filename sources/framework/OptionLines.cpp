@@ -2,37 +2,23 @@
 
 #include "platform/files/FileContent.h"
 #include "platform/places/StandardFolders.h"
+#include "sources/framework/LocaleFreeText.h"
 
 #include <algorithm>
 #include <cstdlib>
 
 namespace paperline::sources {
 
-namespace {
-
-std::string_view withoutBlanks(std::string_view text) {
-    const size_t start = text.find_first_not_of(" \t");
-    if (start == std::string_view::npos)
-        return {};
-    return text.substr(start, text.find_last_not_of(" \t") - start + 1);
-}
-
-} // namespace
-
 std::vector<OptionSetting> parseOptionSettings(std::string_view lines) {
     std::vector<OptionSetting> settings;
     while (!lines.empty()) {
-        const size_t end = std::min(lines.find('\n'), lines.size());
-        std::string_view line = lines.substr(0, end);
-        lines.remove_prefix(std::min(end + 1, lines.size()));
+        std::string_view line = takePart(lines, '\n');
         if (line.ends_with('\r'))
             line.remove_suffix(1);
-        const size_t equals = std::min(line.find('='), line.size());
-        const std::string_view name = withoutBlanks(line.substr(0, equals));
-        if (withoutBlanks(line).empty() || name.starts_with('#'))
+        if (trimmed(line).empty() || trimmed(line).starts_with('#'))
             continue;
-        const std::string_view value = line.substr(std::min(equals + 1, line.size()));
-        settings.push_back({std::string(name), std::string(value)});
+        const std::string_view name = trimmed(takePart(line, '='));
+        settings.push_back({std::string(name), std::string(line)});
     }
     return settings;
 }

@@ -1,5 +1,5 @@
-// Configuration files of data sources: one NAME=VALUE a line; blank lines and lines that start with
-// '#' are ignored.
+// Configuration files of data sources, and options in the environment: one NAME=VALUE a line. Blank
+// lines and lines that start with '#' are skipped.
 #pragma once
 
 #include <cstdint>
@@ -17,18 +17,18 @@ struct OptionSetting {
     bool operator==(const OptionSetting&) const = default;
 };
 
-// Settings in their order. A line without "=" is a name with an empty value. Blanks around the name
-// are dropped, the value is kept as it is.
+// In their order. A line without "=" is a name with an empty value. The name is trimmed, the value
+// is not.
 std::vector<OptionSetting> parseOptionSettings(std::string_view lines);
 
-// <user data>/Device Options/<product>.conf, "/" in the product standing as "_"; empty without a
-// product or a home.
+// <user data>/Device Options/<product>.conf, each "/" of the product replaced by "_"; empty without
+// a product or a home folder.
 std::string storedOptionsPath(const std::string& product);
 
 // The settings in that file; empty when it cannot be read.
 std::vector<OptionSetting> storedOptions(const std::string& product);
 
-// Options of this scan only, from the environment variable PAPERLINE_SOURCE_OPTIONS.
+// The options of one scan, from the environment variable PAPERLINE_SOURCE_OPTIONS.
 std::vector<OptionSetting> scanOptions();
 
 } // namespace paperline::sources

@@ -1,6 +1,6 @@
-// Where a data source gets its pages from. The worker client is one
-// (sources/worker/WorkerClient.h); tests script another. Every call is made on the application's
-// thread and returns within the feed's own time limits.
+// Where a data source gets its pages from: the worker client (sources/worker/WorkerClient.h), or a
+// scripted one in tests. Every call comes from the application's thread and returns in limited
+// time.
 #pragma once
 
 #include "sources/framework/ScanTypes.h"
@@ -15,8 +15,8 @@ class PageFeed {
 public:
     virtual ~PageFeed() = default;
 
-    // Opens the device and applies the options stored for this user and device, then those of this
-    // scan only. On failure errorText() says why in English.
+    // Opens the device and applies the stored options, then those of this scan. On failure
+    // errorText() says why, in English.
     [[nodiscard]] virtual ScanStatus open() = 0;
     virtual void close() = 0;
 
@@ -30,7 +30,7 @@ public:
     [[nodiscard]] virtual ScanStatus nextPage(PageFormat& format) = 0;
     // The current page's rows, packed as PageFormat says; valid until nextPage, stop or close.
     virtual std::span<const uint8_t> pixels() const = 0;
-    // Ends the batch and throws away what was read ahead.
+    // Ends the batch and drops the page that was read ahead.
     virtual void stop() = 0;
 
     virtual std::string errorText() const = 0;

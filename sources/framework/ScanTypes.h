@@ -1,11 +1,16 @@
-// What data sources, their workers and devices say to each other: plain values, no library's types.
+// The values that data sources, their workers and devices exchange; no library's types.
 #pragma once
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace paperline::sources {
+
+inline constexpr double millimetresPerInch = 25.4;
+// No page is larger than this, whatever a device claims.
+inline constexpr int64_t maximumPageBytes = int64_t{4} << 30;
 
 enum class ScanStatus : uint32_t {
     good = 0,
@@ -24,8 +29,8 @@ enum class ScanStatus : uint32_t {
     workerHung, // the worker did not answer in time and was killed
 };
 
-// A page as it is handed on: 1 bit (0 is black), 8 bits grey or 24 bits RGB, rows packed to whole
-// bytes, top row first.
+// A page of 1 bit (0 is black), 8 bits grey or 24 bits RGB. Rows are packed to whole bytes, the top
+// row comes first.
 struct PageFormat {
     int32_t widthPixels = 0;
     int32_t heightPixels = 0; // -1: not known before the last row
@@ -38,6 +43,9 @@ struct PageFormat {
                                  : static_cast<int64_t>(widthPixels) * (bitsPerPixel / 8);
     }
 };
+
+// Bytes of the page's pixels; 0 when a number is invalid, or the page or its rows are too large.
+[[nodiscard]] int64_t pageByteCount(const PageFormat& format);
 
 enum class OptionKind : uint32_t { boolean, integer, fixed, text, button };
 
@@ -53,5 +61,9 @@ struct OptionDescriptor {
     bool active = true;
     bool settable = true;
 };
+
+// The option of this name; null when there is none.
+const OptionDescriptor* findOption(const std::vector<OptionDescriptor>& options,
+                                   std::string_view name);
 
 } // namespace paperline::sources

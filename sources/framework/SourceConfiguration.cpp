@@ -28,12 +28,10 @@ std::optional<SourceConfiguration> readSourceConfiguration(const std::string& bu
 
     SourceConfiguration configuration;
     configuration.bundlePath = bundlePath;
-    configuration.library = fromBundle(bundlePath, values["library"]);
-    configuration.helpers = fromBundle(bundlePath, values["helpers"]);
-    const std::string worker = values["worker"];
-    configuration.worker = worker.empty() || worker.find('/') != std::string::npos
-                               ? fromBundle(bundlePath, worker)
-                               : configuration.helpers + "/" + worker;
+    std::string worker = values["worker"];
+    if (!worker.empty() && worker.find('/') == std::string::npos)
+        worker = values["helpers"] + "/" + worker;
+    configuration.worker = fromBundle(bundlePath, worker);
     configuration.device = values["device"];
     configuration.product = values["product"];
     configuration.manufacturer = values["manufacturer"];

@@ -8,30 +8,20 @@ namespace paperline::sources {
 
 namespace {
 
-class SourceRegistry {
-public:
-    // The bundle's one data source, made at its first call; null when its configuration cannot be
-    // read. Stays for the life of the process.
-    TripletHandler* of(const std::string& bundlePath) {
-        const std::lock_guard lock(mutex_);
-        auto found = sources_.find(bundlePath);
-        if (found == sources_.end()) {
-            auto configuration = readSourceConfiguration(bundlePath);
-            if (!configuration)
-                return nullptr;
-            found = sources_.emplace(bundlePath, makeDataSource(*configuration)).first;
-        }
-        return found->second.get();
+// Made at the bundle's first call and kept for the life of the process; null when the bundle's
+// configuration cannot be read.
+DataSource* sourceOf(const std::string& bundlePath) {
+    static std::mutex mutex;
+    static std::map<std::string, std::unique_ptr<DataSource>> sources;
+    const std::lock_guard lock(mutex);
+    auto found = sources.find(bundlePath);
+    if (found == sources.end()) {
+        const auto configuration = readSourceConfiguration(bundlePath);
+        if (!configuration)
+            return nullptr;
+        found = sources.emplace(bundlePath, makeDataSource(*configuration)).first;
     }
-
-private:
-    std::mutex mutex_;
-    std::map<std::string, std::unique_ptr<TripletHandler>> sources_;
-};
-
-SourceRegistry& registry() {
-    static SourceRegistry instance;
-    return instance;
+    return found->second.get();
 }
 
 } // namespace
@@ -46,7 +36,7 @@ uint16_t paperlineSourceEntry(const char* bundlePath,
                               void* data) {
     if (bundlePath == nullptr)
         return twain::TWRC_FAILURE;
-    auto* source = paperline::sources::registry().of(bundlePath);
+    auto* source = paperline::sources::sourceOf(bundlePath);
     if (source == nullptr)
         return twain::TWRC_FAILURE;
     return source->entry(origin, {dataGroup, dataArgumentType, message}, data);

@@ -1,16 +1,16 @@
-// The one function that a data source library exports. Every bundle's loader stub forwards its
-// DS_Entry here with the path of its own bundle, so that one library serves many bundles.
+// The function that a data source library exports. The loader stub of each bundle forwards its
+// DS_Entry here with its bundle's path, so that one library serves many bundles.
 #pragma once
 
+#include "sources/framework/DataSource.h"
 #include "sources/framework/SourceConfiguration.h"
-#include "sources/framework/TripletHandler.h"
 
 #include <memory>
 
 namespace paperline::sources {
 
-// Defined once by each data source library: the data source of the bundle with this configuration.
-std::unique_ptr<TripletHandler> makeDataSource(const SourceConfiguration& configuration);
+// Defined by each data source library.
+std::unique_ptr<DataSource> makeDataSource(const SourceConfiguration& configuration);
 
 } // namespace paperline::sources
 

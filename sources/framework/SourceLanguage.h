@@ -1,6 +1,5 @@
-// The language in which a data source speaks to people. The application that uses the source keeps
-// it in the bundle: Versions/A/cvscan.plist, "Default", "Language", an index of the application's
-// language table (0 is English).
+// The language of a data source's messages. The application writes it into the bundle:
+// Versions/A/cvscan.plist, "Default", "Language", an index of its language table (0 is English).
 #pragma once
 
 #include <cstdint>
@@ -9,14 +8,14 @@
 
 namespace paperline::sources {
 
-// The index that the bundle's file names now; 0 without a file or without an index in it.
+// 0 without the file or the entry.
 [[nodiscard]] int32_t languageOfBundle(const std::string& bundlePath);
 
 // The same for the file's bytes.
 [[nodiscard]] int32_t languageOfPropertyList(std::span<const uint8_t> bytes);
 
-// The sentence for a condition code (TWCC_) in that language; null where there is none and the
-// source's own English words stay.
+// The sentence for a condition code (TWCC_) in that language; null for English and where there is
+// none.
 [[nodiscard]] const char* localizedConditionText(int32_t language, uint16_t conditionCode);
 
 } // namespace paperline::sources

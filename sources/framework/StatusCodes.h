@@ -1,4 +1,4 @@
-// What a feed's status means to an application.
+// The return code and condition code for each status of a feed.
 #pragma once
 
 #include "sources/framework/ScanTypes.h"
@@ -14,7 +14,7 @@ struct TwainResult {
 
 TwainResult twainResult(ScanStatus status);
 
-// An English sentence for a condition code, for sources that have nothing better to say.
+// An English sentence for a condition code, where the device gives none.
 const char* conditionText(uint16_t conditionCode);
 
 } // namespace paperline::sources

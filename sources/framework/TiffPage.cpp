@@ -10,7 +10,7 @@ namespace {
 
 constexpr uint16_t tagCount = 13;
 constexpr uint32_t directoryOffset = 8;
-// Count, entries and the offset of the next directory, then what does not fit an entry.
+// Entry count, entries and the next directory's offset, then the values that do not fit an entry.
 constexpr uint32_t bitsOffset = directoryOffset + 2 + tagCount * 12 + 4;
 constexpr uint32_t resolutionOffset = bitsOffset + 6;
 constexpr uint32_t pixelOffset = resolutionOffset + 16;
@@ -37,7 +37,7 @@ public:
     }
     void putRational(double value) {
         constexpr uint32_t denominator = 1000;
-        const double limited = std::clamp(std::isnan(value) ? 0 : value, 0.0, 4'000'000.0);
+        const double limited = std::clamp(value, 0.0, 4'000'000.0);
         put32(static_cast<uint32_t>(std::floor(limited * denominator + 0.5)));
         put32(denominator);
     }
@@ -49,19 +49,9 @@ private:
 
 } // namespace
 
-std::optional<uint64_t> pixelByteCount(const PageFormat& format) {
-    const int bits = format.bitsPerPixel;
-    if (format.widthPixels <= 0 || format.heightPixels <= 0 ||
-        (bits != 1 && bits != 8 && bits != 24))
-        return std::nullopt;
-    if (format.bytesPerRow() > INT32_MAX)
-        return std::nullopt;
-    return static_cast<uint64_t>(format.bytesPerRow()) * static_cast<uint64_t>(format.heightPixels);
-}
-
 std::optional<std::vector<uint8_t>> tiffHeader(const PageFormat& format) {
-    const auto byteCount = pixelByteCount(format);
-    if (!byteCount || *byteCount > UINT32_MAX - pixelOffset)
+    const int64_t byteCount = pageByteCount(format);
+    if (byteCount == 0 || byteCount > UINT32_MAX - pixelOffset)
         return std::nullopt;
     const bool colour = format.bitsPerPixel == 24;
     const uint32_t bitsPerSample = format.bitsPerPixel == 1 ? 1 : 8;
@@ -80,7 +70,7 @@ std::optional<std::vector<uint8_t>> tiffHeader(const PageFormat& format) {
     out.putEntry(273, typeLong, 1, pixelOffset);
     out.putEntry(277, typeShort, 1, colour ? 3 : 1);
     out.putEntry(278, typeLong, 1, static_cast<uint32_t>(format.heightPixels));
-    out.putEntry(279, typeLong, 1, static_cast<uint32_t>(*byteCount));
+    out.putEntry(279, typeLong, 1, static_cast<uint32_t>(byteCount));
     out.putEntry(282, typeRational, 1, resolutionOffset);
     out.putEntry(283, typeRational, 1, resolutionOffset + 8);
     out.putEntry(296, typeShort, 1, 2); // inches

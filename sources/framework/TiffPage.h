@@ -1,5 +1,4 @@
-// A page as the standard hands it over on Linux outside buffered transfers: an uncompressed
-// one-strip TIFF file.
+// The format of native and file transfers on Linux: an uncompressed TIFF file of one strip.
 #pragma once
 
 #include "sources/framework/ScanTypes.h"
@@ -10,12 +9,8 @@
 
 namespace paperline::sources {
 
-// The bytes in front of the page's pixels, which follow as they are (little-endian, one IFD).
-// Nothing when the file would pass 4 GiB or the page has no size.
+// The bytes before the page's pixels, which follow unchanged. Nothing when the format is invalid or
+// the file would exceed 4 GiB.
 [[nodiscard]] std::optional<std::vector<uint8_t>> tiffHeader(const PageFormat& format);
-
-// Bytes of the page's pixels; nothing when a number is not positive, not
-// 1, 8 or 24 bits, or a row passes 2 GiB.
-[[nodiscard]] std::optional<uint64_t> pixelByteCount(const PageFormat& format);
 
 } // namespace paperline::sources

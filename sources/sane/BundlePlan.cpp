@@ -1,7 +1,7 @@
 #include "sources/sane/BundlePlan.h"
 
 #include "platform/host/Utf.h"
-#include "sources/sane/OptionText.h"
+#include "sources/framework/LocaleFreeText.h"
 
 #include <algorithm>
 
@@ -11,7 +11,7 @@ namespace {
 
 constexpr int highestNumber = 10000;
 
-// One blank for every run of blanks and control characters, none at the ends.
+// One blank for each run of blanks and control characters, none at the ends.
 std::string tidied(const std::string& text) {
     std::string result;
     for (const char character : text) {
@@ -41,13 +41,13 @@ bool isNameOf(const std::string& product, const std::string& baseName) {
     return false;
 }
 
-// What is handed out while the plan is made.
+// The bundles and names that are not assigned yet.
 class Planner {
 public:
     Planner(const std::vector<KnownBundle>& known, const std::set<std::string>& takenFolders)
         : free_(known), takenFolders_(takenFolders) {}
 
-    // Gives the device a free bundle that the test accepts, the one with the lowest name first.
+    // Assigns the free bundle with the lowest name among those that the test accepts.
     template <typename Test> bool adopt(KnownBundle& bundle, Test test) {
         auto best = free_.end();
         for (auto candidate = free_.begin(); candidate != free_.end(); ++candidate)
@@ -77,7 +77,7 @@ public:
         reserve(bundle);
     }
 
-    // Takes the free bundles that the test accepts out of the game.
+    // Keeps the free bundles that the test accepts for no device.
     template <typename Test> std::vector<KnownBundle> setAside(Test test) {
         std::vector<KnownBundle> kept;
         for (const KnownBundle& bundle : free_)
@@ -97,7 +97,7 @@ private:
                std::pair(other.product.size(), other.product);
     }
 
-    std::vector<KnownBundle> free_; // known ones that no device has yet
+    std::vector<KnownBundle> free_; // known, and not assigned
     std::set<std::string> takenFolders_;
     std::set<std::string> products_;
 };
@@ -136,7 +136,7 @@ std::string backendOfDevice(const std::string& device) {
 BundlePlan planBundles(const std::vector<KnownBundle>& known,
                        const std::set<std::string>& takenFolders,
                        const std::vector<SaneDeviceEntry>& devices,
-                       const std::set<std::string>& silentBackends) {
+                       const std::set<std::string>& failedBackends) {
     Planner planner(known, takenFolders);
     BundlePlan plan;
     std::vector<bool> placed(devices.size(), false);
@@ -153,14 +153,14 @@ BundlePlan planBundles(const std::vector<KnownBundle>& known,
     placeAll([](const KnownBundle& bundle, const SaneDeviceEntry& device) {
         return bundle.device == device.name;
     });
-    const std::vector<KnownBundle> silent = planner.setAside([&](const KnownBundle& bundle) {
-        return silentBackends.count(backendOfDevice(bundle.device)) != 0;
+    const std::vector<KnownBundle> kept = planner.setAside([&](const KnownBundle& bundle) {
+        return failedBackends.count(backendOfDevice(bundle.device)) != 0;
     });
     placeAll([](const KnownBundle&, const SaneDeviceEntry&) { return true; });
     for (size_t i = 0; i < devices.size(); ++i)
         if (!placed[i])
             planner.giveNewName(plan.bundles[i], productBaseName(devices[i]));
-    plan.bundles.insert(plan.bundles.end(), silent.begin(), silent.end());
+    plan.bundles.insert(plan.bundles.end(), kept.begin(), kept.end());
     plan.obsolete = planner.left();
     return plan;
 }

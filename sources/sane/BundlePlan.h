@@ -1,5 +1,5 @@
-// Which bundle stands for which device. Names of products stay with their devices from one
-// discovery to the next; nothing here looks at the disk.
+// Assigns bundles to devices, so that a device keeps its product name from one discovery to the
+// next. Nothing here accesses the disk.
 #pragma once
 
 #include "sources/sane/SaneScanner.h"
@@ -10,37 +10,38 @@
 
 namespace paperline::sources {
 
-// TWAIN's product name has room for so many bytes.
+// The room in TWAIN's product name.
 inline constexpr size_t maximumProductBytes = 32;
 
-// Vendor and model in one line of whole characters; a vendor that the model repeats is left out.
+// Vendor and model, without line breaks, cut to whole characters; a vendor that the model begins
+// with is left out.
 std::string productBaseName(const SaneDeviceEntry& device);
-// The name with a number at its end, cut so that it still fits. 1 is the name itself.
+// The name with a number at its end, cut to fit; for 1 the name itself.
 std::string numberedProductName(const std::string& baseName, int number);
 // "Noname frontend-tester.ds": no slash, no leading dot.
 std::string bundleFolderName(const std::string& product);
 
 // A bundle that an earlier discovery made.
 struct KnownBundle {
-    std::string folder; // name below the bundle folder
+    std::string folder; // its name
     std::string product;
     std::string device;
     bool operator==(const KnownBundle&) const = default;
 };
 
 struct BundlePlan {
-    std::vector<KnownBundle> bundles; // to be there, in the order of the devices
+    std::vector<KnownBundle> bundles; // wanted, in the order of the devices
     std::vector<KnownBundle> obsolete;
 };
 
-// A device keeps its bundle. One that is new takes over the bundle of a device of the same model
-// that is gone (a scanner behind another port has another device name), or gets the first free
-// name. `takenFolders` are names of entries that discovery did not make. Bundles of
-// `silentBackends`, which could not say what they have, stay as they are.
+// A device keeps its bundle. A new one takes over the bundle of a device of the same model that is
+// gone (on another port a scanner has another device name), or gets the first free name.
+// `takenFolders` are entries that discovery did not make. The bundles of `failedBackends`, which
+// could not list their devices, stay.
 BundlePlan planBundles(const std::vector<KnownBundle>& known,
                        const std::set<std::string>& takenFolders,
                        const std::vector<SaneDeviceEntry>& devices,
-                       const std::set<std::string>& silentBackends);
+                       const std::set<std::string>& failedBackends);
 
 // "net" of "net:host:test:0".
 std::string backendOfDevice(const std::string& device);

@@ -1,33 +1,24 @@
 #include "sources/sane/DeviceDefaults.h"
 
-#include "sources/sane/OptionText.h"
+#include "sources/framework/DeviceOptions.h"
+#include "sources/framework/LocaleFreeText.h"
+#include "sources/sane/SaneValues.h"
 
 #include <algorithm>
-#include <charconv>
+#include <array>
 #include <cmath>
 
 namespace paperline::sources {
 
 namespace {
 
-double numberOf(const std::string& text) {
-    double number = 0;
-    const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
-    return result.ec == std::errc() ? number : 0;
-}
-
-// More than 8 bits a sample cost time and are reduced afterwards.
-bool isDeepMode(const std::string& mode) {
-    for (const char* mark : {"30", "36", "42", "48", "16 bit", "16bit", "16-bit", "16 Bit"})
-        if (containsIgnoringCase(mode, mark))
-            return true;
-    return false;
-}
-
-template <typename Test>
-std::optional<std::string> firstChoice(const std::vector<std::string>& choices, Test test) {
-    const auto found = std::find_if(choices.begin(), choices.end(), test);
-    return found == choices.end() ? std::nullopt : std::optional(*found);
+// Dithered, or with more than 8 bits a sample, which would be reduced to 8 afterwards.
+bool isLesserMode(const std::string& mode) {
+    constexpr std::array marks{
+        "30", "36", "42", "48", "16 bit", "16bit", "16-bit", "lineart", "halftone"};
+    return std::any_of(marks.begin(), marks.end(), [&](const char* mark) {
+        return containsIgnoringCase(mode, mark);
+    });
 }
 
 void setDefault(SaneScanner& scanner,
@@ -61,35 +52,28 @@ void setEightBits(SaneScanner& scanner) {
 
 const OptionDescriptor* settableOption(const std::vector<OptionDescriptor>& options,
                                        const std::string& name) {
-    const auto found = std::find_if(options.begin(), options.end(), [&](const auto& option) {
-        return option.name == name && option.active && option.settable;
-    });
-    return found == options.end() ? nullptr : &*found;
+    const OptionDescriptor* option = findOption(options, name);
+    return option != nullptr && option->active && option->settable ? option : nullptr;
 }
 
 std::optional<std::string> preferredMode(const std::vector<std::string>& choices) {
-    const auto named = [](const char* name) {
-        return [name](const std::string& choice) { return equalsIgnoringCase(choice, name); };
+    struct Wish {
+        const char* text;
+        bool whole; // else any part of the choice
     };
-    const auto isShallow = [](const char* part) {
-        return [part](const std::string& choice) {
-            return containsIgnoringCase(choice, part) && !isDeepMode(choice) &&
-                   !containsIgnoringCase(choice, "lineart") &&
-                   !containsIgnoringCase(choice, "halftone");
-        };
-    };
-    for (const char* name : {"Color", "Colour", "24bit Color"})
-        if (auto choice = firstChoice(choices, named(name)))
-            return choice;
-    for (const char* part : {"color", "colour"})
-        if (auto choice = firstChoice(choices, isShallow(part)))
-            return choice;
-    for (const char* name : {"Gray", "Grayscale"})
-        if (auto choice = firstChoice(choices, named(name)))
-            return choice;
-    for (const char* part : {"gray", "grey"})
-        if (auto choice = firstChoice(choices, isShallow(part)))
-            return choice;
+    for (const auto& [text, whole] : {Wish{"Color", true},
+                                      {"Colour", true},
+                                      {"24bit Color", true},
+                                      {"color", false},
+                                      {"colour", false},
+                                      {"Gray", true},
+                                      {"Grayscale", true},
+                                      {"gray", false},
+                                      {"grey", false}})
+        for (const std::string& choice : choices)
+            if (whole ? equalsIgnoringCase(choice, text)
+                      : containsIgnoringCase(choice, text) && !isLesserMode(choice))
+                return choice;
     return std::nullopt;
 }
 
@@ -98,8 +82,8 @@ std::optional<std::string> nearestValue(const OptionDescriptor& option, double w
         return *std::min_element(option.choices.begin(),
                                  option.choices.end(),
                                  [wish](const auto& one, const auto& other) {
-                                     return std::abs(numberOf(one) - wish) <
-                                            std::abs(numberOf(other) - wish);
+                                     return std::abs(leadingNumber(one) - wish) <
+                                            std::abs(leadingNumber(other) - wish);
                                  });
     if (!option.hasRange || option.minimum > option.maximum)
         return std::nullopt;
@@ -116,7 +100,7 @@ std::optional<std::string> nearestValue(const OptionDescriptor& option, double w
 }
 
 void applyDefaults(SaneScanner& scanner) {
-    // Each may change what the next one offers.
+    // In this order: each may change the choices of the next.
     setPreferredMode(scanner);
     setEightBits(scanner);
     for (const char* name : {"resolution", "x-resolution", "y-resolution"})
@@ -125,7 +109,7 @@ void applyDefaults(SaneScanner& scanner) {
 }
 
 void applyWholeArea(SaneScanner& scanner) {
-    constexpr double edge = 32767; // as far as a fixed-point number goes
+    constexpr double edge = 32767; // the limit of fixed-point numbers
     setNearest(scanner, "tl-x", -edge);
     setNearest(scanner, "tl-y", -edge);
     setNearest(scanner, "br-x", edge);
@@ -134,10 +118,9 @@ void applyWholeArea(SaneScanner& scanner) {
 
 PageResolution pageResolution(const std::vector<OptionDescriptor>& options) {
     const auto valueOf = [&](const char* name) {
-        const auto found = std::find_if(options.begin(), options.end(), [&](const auto& option) {
-            return option.name == name && option.active && !option.value.empty();
-        });
-        return found == options.end() ? 0 : std::max(0.0, numberOf(found->value));
+        const OptionDescriptor* option = findOption(options, name);
+        return option == nullptr || !option->active ? 0
+                                                    : std::max(0.0, leadingNumber(option->value));
     };
     PageResolution resolution;
     resolution.horizontalDpi = valueOf("x-resolution");
@@ -150,14 +133,8 @@ PageResolution pageResolution(const std::vector<OptionDescriptor>& options) {
 }
 
 bool usesFeeder(const std::vector<OptionDescriptor>& options) {
-    const auto source = std::find_if(
-        options.begin(), options.end(), [](const auto& option) { return option.name == "source"; });
-    if (source == options.end() || !source->active)
-        return false;
-    for (const char* mark : {"adf", "feeder", "duplex"})
-        if (containsIgnoringCase(source->value, mark))
-            return true;
-    return false;
+    const OptionDescriptor* source = findOption(options, "source");
+    return source != nullptr && source->active && isFeederName(source->value);
 }
 
 } // namespace paperline::sources

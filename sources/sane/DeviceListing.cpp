@@ -2,6 +2,8 @@
 
 #include "platform/files/FileContent.h"
 #include "platform/files/Files.h"
+#include "sources/framework/LocaleFreeText.h"
+#include "sources/sane/LibsaneScanner.h"
 #include "sources/worker/WorkerProcess.h"
 
 #include <algorithm>
@@ -15,24 +17,21 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr milliseconds listTime{30000};    // all backends together; network ones wait for answers
+constexpr milliseconds listTime{30000};    // all backends together, network searches included
 constexpr milliseconds backendTime{12000}; // one backend
 constexpr size_t maximumDevices = 1000;
-constexpr const char* usualFolders = ".:/etc/sane.d";
+constexpr const char* defaultFolders = ".:/etc/sane.d";
 
 std::vector<std::string> configurationFolders() {
     const char* set = std::getenv("SANE_CONFIG_DIR");
-    std::string folders = set != nullptr && *set != '\0' ? set : usualFolders;
-    // A colon at the end asks for the usual folders as well.
+    std::string folders = set != nullptr && *set != '\0' ? set : defaultFolders;
+    // A colon at the end appends the default folders.
     if (folders.ends_with(':'))
-        folders += usualFolders;
+        folders += defaultFolders;
     std::vector<std::string> parts;
-    for (size_t start = 0; start <= folders.size();) {
-        const size_t end = std::min(folders.find(':', start), folders.size());
-        if (end > start)
-            parts.push_back(folders.substr(start, end - start));
-        start = end + 1;
-    }
+    for (std::string_view rest = folders; !rest.empty();)
+        if (const std::string_view part = takePart(rest, ':'); !part.empty())
+            parts.emplace_back(part);
     return parts;
 }
 
@@ -46,14 +45,14 @@ void addBackends(std::vector<std::string>& names, const std::string& path) {
             names.push_back(std::move(name));
 }
 
-// The process's devices if it lists them to the end in time.
+// Nothing unless the process lists its devices to the end in time.
 std::optional<std::vector<SaneDeviceEntry>> listInProcess(const std::string& program,
-                                                          milliseconds patience) {
+                                                          milliseconds timeout) {
     WorkerProcess process;
     std::string error;
     if (!process.start(program, {"--list-devices"}, error))
         return std::nullopt;
-    const auto end = std::chrono::steady_clock::now() + std::min(patience, workerTimeout());
+    const auto end = std::chrono::steady_clock::now() + std::min(timeout, workerTimeout());
     std::vector<SaneDeviceEntry> devices;
     for (;;) {
         const auto left = std::chrono::ceil<milliseconds>(end - std::chrono::steady_clock::now());
@@ -63,7 +62,7 @@ std::optional<std::vector<SaneDeviceEntry>> listInProcess(const std::string& pro
             return std::nullopt;
         MessageReader reader(message.body);
         if (message.type == MessageType::answer) {
-            // It ends by itself if its drivers let it; what they do now is of no interest.
+            // Whether the process ends well does not matter any more.
             return reportedStatus(reader.number<uint32_t>()) == ScanStatus::good && reader.whole()
                        ? std::optional(std::move(devices))
                        : std::nullopt;
@@ -78,7 +77,7 @@ std::optional<std::vector<SaneDeviceEntry>> listInProcess(const std::string& pro
     }
 }
 
-// A SANE configuration in front of the user's that switches a single backend on.
+// A SANE configuration that enables a single backend and otherwise falls back on the user's.
 class SingleBackend {
 public:
     SingleBackend() {
@@ -89,7 +88,7 @@ public:
                   "/paperline-sane-XXXXXX";
         if (mkdtemp(folder_.data()) == nullptr)
             folder_.clear();
-        // An empty one keeps the backends of other folders' from being switched on too.
+        // The empty folder hides the dll.d of the other folders.
         else if (createFolder(folder_ + "/dll.d"))
             setenv("SANE_CONFIG_DIR", (folder_ + ":" + before_.value_or(std::string())).c_str(), 1);
     }
@@ -120,22 +119,18 @@ private:
 std::vector<std::string> backendLines(std::string_view text) {
     std::vector<std::string> names;
     while (!text.empty()) {
-        const size_t end = std::min(text.find('\n'), text.size());
-        std::string_view line = text.substr(0, end);
-        text.remove_prefix(std::min(end + 1, text.size()));
-        line = line.substr(0, line.find('#'));
-        const size_t start = line.find_first_not_of(" \t\r");
-        if (start == std::string_view::npos)
-            continue;
-        line = line.substr(start);
-        names.emplace_back(line.substr(0, line.find_first_of(" \t\r")));
+        std::string_view line = takePart(text, '\n');
+        line = line.substr(0, line.find_first_of("#\r"));
+        line = trimmed(line);
+        if (!line.empty())
+            names.emplace_back(line.substr(0, line.find_first_of(" \t")));
     }
     return names;
 }
 
 std::vector<std::string> configuredBackends() {
     std::vector<std::string> names;
-    // SANE takes the first file, and the first folder, that it finds.
+    // SANE reads the first file and the first folder that it finds.
     bool hasFile = false, hasFolder = false;
     for (const std::string& folder : configurationFolders()) {
         if (!hasFile && fileExists(folder + "/dll.conf")) {
@@ -163,9 +158,9 @@ std::optional<DeviceListing> listDevicesApart(const std::string& program) {
         if (devices)
             listing.devices.insert(listing.devices.end(), devices->begin(), devices->end());
         else
-            listing.silentBackends.insert(backend);
+            listing.failedBackends.insert(backend);
     }
-    if (listing.silentBackends.size() == backends.size())
+    if (listing.failedBackends.size() == backends.size())
         return std::nullopt;
     return listing;
 }

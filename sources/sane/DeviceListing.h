@@ -1,5 +1,4 @@
-// SANE's devices, listed where a broken driver can do no harm: in processes of their own, with a
-// time limit.
+// Lists SANE's devices in separate processes with a time limit, because a driver may crash or hang.
 #pragma once
 
 #include "sources/sane/SaneScanner.h"
@@ -15,19 +14,19 @@ namespace paperline::sources {
 
 struct DeviceListing {
     std::vector<SaneDeviceEntry> devices;
-    std::set<std::string> silentBackends; // asked alone, they crashed or hung
+    std::set<std::string> failedBackends; // crashed or hung when asked alone
 };
 
-// Lists with all backends in one process; when that fails, with a process for each. Nothing when no
-// backend at all could say what it has. `program` is the worker program.
+// Asks all backends in one process; when that fails, each in its own. Nothing when all of them
+// fail. `program` is the worker program.
 std::optional<DeviceListing> listDevicesApart(const std::string& program);
 
-// The listing process's half: sends every device and then an answer to its standard worker socket.
+// In the listing process: sends every device and then an answer to the worker socket.
 int sendDeviceList();
 
-// Names of the backends that SANE's configuration switches on.
+// The backends that SANE's configuration enables.
 std::vector<std::string> configuredBackends();
-// The names in a file like dll.conf: one a line, '#' starts a comment.
+// The names in dll.conf: one a line, '#' starts a comment.
 std::vector<std::string> backendLines(std::string_view text);
 
 } // namespace paperline::sources

@@ -12,7 +12,7 @@ namespace paperline::sources {
 
 namespace {
 
-// Device names end up on lines of a file.
+// Device names are written to a file line by line.
 bool isSafeName(const SaneDeviceEntry& device) {
     return !device.name.empty() &&
            std::none_of(device.name.begin(), device.name.end(), [](char character) {
@@ -29,7 +29,7 @@ int runDiscovery(const std::string& bundleFolder, int output) {
         std::fputs("The scanners could not be listed.\n", stderr);
         return 1;
     }
-    for (const std::string& backend : listing->silentBackends)
+    for (const std::string& backend : listing->failedBackends)
         std::fprintf(
             stderr, "The driver \"%s\" failed while it listed its scanners.\n", backend.c_str());
     std::erase_if(listing->devices,
@@ -40,7 +40,7 @@ int runDiscovery(const std::string& bundleFolder, int output) {
         return 1;
     }
     const BundlePlan plan = planBundles(
-        bundles.known(), bundles.otherEntries(), listing->devices, listing->silentBackends);
+        bundles.known(), bundles.otherEntries(), listing->devices, listing->failedBackends);
     bool complete = true;
     for (const KnownBundle& bundle : plan.bundles) {
         if (!bundles.write(bundle, parts)) {

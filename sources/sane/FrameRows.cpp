@@ -7,7 +7,7 @@ namespace paperline::sources {
 
 namespace {
 
-// The nearest of 256 levels; samples are in the machine's byte order.
+// Rounds; samples are in the machine's byte order.
 uint8_t eightBits(const uint8_t* sample) {
     uint16_t value = 0;
     std::memcpy(&value, sample, sizeof value);
@@ -23,7 +23,7 @@ void invertLineart(std::span<const uint8_t> line, std::span<uint8_t> row, int32_
         row[line.size() - 1] |= static_cast<uint8_t>(0xFF >> (width % 8));
 }
 
-// One-bit colour: 1 is full intensity. `groupBytes` apart lie the bytes of one colour.
+// One-bit colour: 1 is full intensity. The bytes of one colour are `groupBytes` apart.
 void expandBits(const uint8_t* bytes, size_t groupBytes, uint8_t* out, int32_t width) {
     for (int32_t x = 0; x < width; ++x) {
         const uint8_t bits = bytes[static_cast<size_t>(x / 8) * groupBytes];
@@ -31,7 +31,7 @@ void expandBits(const uint8_t* bytes, size_t groupBytes, uint8_t* out, int32_t w
     }
 }
 
-// Samples of 8 or 16 bits to every `stride`th byte.
+// Writes samples of 8 or 16 bits to every `stride`th byte.
 void spreadSamples(std::span<const uint8_t> line, int32_t depth, uint8_t* out, size_t stride) {
     const size_t sampleBytes = depth == 16 ? 2 : 1;
     for (size_t i = 0; i < line.size() / sampleBytes; ++i)

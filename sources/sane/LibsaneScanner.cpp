@@ -1,6 +1,6 @@
-// The adapter to libsane.
-#include "sources/sane/OptionText.h"
-#include "sources/sane/SaneScanner.h"
+#include "sources/sane/LibsaneScanner.h"
+
+#include "sources/sane/SaneValues.h"
 #include "sources/sane/StatusText.h"
 
 #include <algorithm>
@@ -14,10 +14,10 @@
 #include <pthread.h>
 #include <sane/sane.h>
 
-// Stands before the system's for the drivers, which are loaded by this program. They let their
-// reader threads be cancelled at any instruction, and wait for them: one that was just in the
-// allocator keeps its lock for ever. Deferred, they end where they wait for their scanner or write
-// to their pipe.
+// Overrides the C library's function for the drivers that this program loads. They make their
+// reader threads cancellable at any instruction and then join them: one that is cancelled inside
+// the allocator never releases its lock. With deferred cancellation threads end when they wait or
+// write.
 extern "C" __attribute__((visibility("default"))) int pthread_setcanceltype(int, int* oldType) {
     static const auto systems =
         reinterpret_cast<int (*)(int, int*)>(dlsym(RTLD_NEXT, "pthread_setcanceltype"));
@@ -35,20 +35,20 @@ SaneStatus saneStatus(SANE_Status status) {
     return static_cast<SaneStatus>(static_cast<int>(status));
 }
 
-// libsane's life. It has one user at a time: the worker's one device, or the listing.
+// sane_init and sane_exit. One at a time: for the worker's device, or for the listing.
 class Session {
 public:
-    Session() : begun_(sane_init(nullptr, nullptr) == SANE_STATUS_GOOD) {}
+    Session() : initialised_(sane_init(nullptr, nullptr) == SANE_STATUS_GOOD) {}
     ~Session() {
-        if (begun_)
+        if (initialised_)
             sane_exit();
     }
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
-    bool begun() const { return begun_; }
+    bool isInitialised() const { return initialised_; }
 
 private:
-    bool begun_;
+    bool initialised_;
 };
 
 constexpr size_t longestShownList = 64;
@@ -126,8 +126,11 @@ public:
 private:
     ScanStatus outcome(SANE_Status status);
     ScanStatus refuse(const std::string& text);
-    // The options' number 0 holds how many there are.
-    SANE_Int optionCount() const;
+    struct NumberedOption {
+        SANE_Int index;
+        const SANE_Option_Descriptor* descriptor;
+    };
+    std::vector<NumberedOption> namedOptions() const;
     std::string valueText(SANE_Int index, const SANE_Option_Descriptor& option) const;
     ScanStatus
     setWords(SANE_Int index, const SANE_Option_Descriptor& option, const std::string& value);
@@ -152,7 +155,7 @@ ScanStatus LibsaneScanner::refuse(const std::string& text) {
 }
 
 ScanStatus LibsaneScanner::open(const std::string& device) {
-    if (!session_.begun())
+    if (!session_.isInitialised())
         return outcome(SANE_STATUS_IO_ERROR);
     const SANE_Status status = sane_open(device.c_str(), &handle_);
     if (status == SANE_STATUS_GOOD && handle_ != nullptr)
@@ -164,21 +167,24 @@ ScanStatus LibsaneScanner::open(const std::string& device) {
     return ScanStatus::noSuchDevice;
 }
 
-SANE_Int LibsaneScanner::optionCount() const {
-    SANE_Int count = 0;
-    const SANE_Status status =
-        sane_control_option(handle_, 0, SANE_ACTION_GET_VALUE, &count, nullptr);
-    return status == SANE_STATUS_GOOD ? std::clamp(count, 0, 10000) : 0;
+std::vector<LibsaneScanner::NumberedOption> LibsaneScanner::namedOptions() const {
+    std::vector<NumberedOption> result;
+    SANE_Int count = 0; // the value of option 0
+    if (handle_ == nullptr ||
+        sane_control_option(handle_, 0, SANE_ACTION_GET_VALUE, &count, nullptr) != SANE_STATUS_GOOD)
+        return result;
+    for (SANE_Int i = 1; i < std::min(count, 10000); ++i) {
+        const SANE_Option_Descriptor* option = sane_get_option_descriptor(handle_, i);
+        if (option != nullptr && option->type != SANE_TYPE_GROUP && option->name != nullptr &&
+            option->name[0] != '\0')
+            result.push_back({i, option});
+    }
+    return result;
 }
 
 std::vector<OptionDescriptor> LibsaneScanner::options() {
     std::vector<OptionDescriptor> result;
-    const SANE_Int count = handle_ == nullptr ? 0 : optionCount();
-    for (SANE_Int i = 1; i < count; ++i) {
-        const SANE_Option_Descriptor* option = sane_get_option_descriptor(handle_, i);
-        if (option == nullptr || option->type == SANE_TYPE_GROUP || option->name == nullptr ||
-            option->name[0] == '\0')
-            continue;
+    for (const auto& [index, option] : namedOptions()) {
         OptionDescriptor& entry = result.emplace_back();
         entry.name = option->name;
         entry.title = utf8FromDriver(option->title);
@@ -187,13 +193,12 @@ std::vector<OptionDescriptor> LibsaneScanner::options() {
         entry.active = SANE_OPTION_IS_ACTIVE(option->cap);
         entry.settable = SANE_OPTION_IS_SETTABLE(option->cap);
         describeConstraint(*option, entry);
-        entry.value = valueText(i, *option);
+        entry.value = valueText(index, *option);
     }
     return result;
 }
 
-// Empty for what cannot be read: inactive options, buttons, ones that only take values; and for
-// tables, which have thousands of them.
+// Empty for options that cannot be read, and for tables of thousands of values.
 std::string LibsaneScanner::valueText(SANE_Int index, const SANE_Option_Descriptor& option) const {
     const bool readable = SANE_OPTION_IS_ACTIVE(option.cap) &&
                           (option.cap & SANE_CAP_SOFT_DETECT) != 0 &&
@@ -201,7 +206,7 @@ std::string LibsaneScanner::valueText(SANE_Int index, const SANE_Option_Descript
     if (!readable || option.size <= 0 ||
         (option.type != SANE_TYPE_STRING && wordCount(option) > longestShownList))
         return {};
-    // Words as the storage, so that it is aligned for them.
+    // Words, for their alignment.
     std::vector<SANE_Word> value(static_cast<size_t>(option.size) / sizeof(SANE_Word) + 1, 0);
     const SANE_Status status =
         sane_control_option(handle_, index, SANE_ACTION_GET_VALUE, value.data(), nullptr);
@@ -218,27 +223,25 @@ std::string LibsaneScanner::valueText(SANE_Int index, const SANE_Option_Descript
 }
 
 ScanStatus LibsaneScanner::setOption(const std::string& name, const std::string& value) {
-    const SANE_Int count = handle_ == nullptr ? 0 : optionCount();
-    for (SANE_Int i = 1; i < count; ++i) {
-        const SANE_Option_Descriptor* option = sane_get_option_descriptor(handle_, i);
-        if (option == nullptr || option->type == SANE_TYPE_GROUP || option->name == nullptr ||
-            name != option->name)
+    for (const auto& [index, option] : namedOptions()) {
+        if (name != option->name)
             continue;
         if (!SANE_OPTION_IS_ACTIVE(option->cap))
             return refuse("It is not available with the present settings.");
         if (!SANE_OPTION_IS_SETTABLE(option->cap))
             return refuse("It can only be set at the scanner itself.");
         if (isWordType(option->type))
-            return setWords(i, *option, value);
+            return setWords(index, *option, value);
         if (option->type == SANE_TYPE_STRING)
-            return setString(i, *option, value);
-        SANE_Word unused = 0; // a button is pressed, whatever the value
-        return outcome(sane_control_option(handle_, i, SANE_ACTION_SET_VALUE, &unused, nullptr));
+            return setString(index, *option, value);
+        SANE_Word unused = 0; // of a button
+        return outcome(
+            sane_control_option(handle_, index, SANE_ACTION_SET_VALUE, &unused, nullptr));
     }
     return refuse("There is no such option.");
 }
 
-// The text as a word that the option's constraint allows; refused otherwise.
+// Nothing unless the option's constraint allows the value.
 std::optional<SANE_Word> LibsaneScanner::allowedWord(const SANE_Option_Descriptor& option,
                                                      const std::string& text) {
     if (option.type == SANE_TYPE_BOOL) {
@@ -249,7 +252,7 @@ std::optional<SANE_Word> LibsaneScanner::allowedWord(const SANE_Option_Descripto
     }
     const bool isFixed = option.type == SANE_TYPE_FIXED;
     std::optional<SANE_Word> word = saneWordFromText(text, isFixed);
-    // Fixed-point limits rarely are what their decimal form says to the last bit.
+    // A decimal text of a fixed-point limit is rounded.
     const int64_t slack = isFixed ? 8 : 0;
     if (!word) {
         errorText_ = "It takes a number.";
@@ -283,7 +286,7 @@ ScanStatus LibsaneScanner::setWords(SANE_Int index,
         return refuse("It takes " + std::to_string(count) + " values.");
     std::vector<SANE_Word> words;
     for (size_t i = 0; i < count; ++i) {
-        // A single value stands for all of them.
+        // A single value is used for all.
         const std::optional<SANE_Word> word = allowedWord(option, parts[i % parts.size()]);
         if (!word)
             return ScanStatus::invalid;
@@ -304,11 +307,12 @@ ScanStatus LibsaneScanner::setString(SANE_Int index,
         const std::optional<size_t> match = matchingChoice(described.choices, value);
         if (!match)
             return refuse("It is not one of the values that the scanner offers.");
-        text = option.constraint.string_list[*match]; // in the driver's own letters
+        text = option.constraint.string_list[*match]; // in the driver's own spelling
     } else if (text.size() >= static_cast<size_t>(std::max(option.size, 1))) {
         return refuse("It is too long.");
     }
-    // Drivers may write back as much as they said; some forget the zero of their longest choice.
+    // Drivers may write back up to option.size bytes; some do not count their longest choice's
+    // zero.
     std::vector<char> buffer(
         std::max(static_cast<size_t>(std::max(option.size, 0)), text.size() + 1), '\0');
     std::memcpy(buffer.data(), text.data(), text.size());
@@ -360,7 +364,7 @@ void LibsaneScanner::waitForData() {
     SANE_Int descriptor = -1;
     const bool canWait = sane_get_select_fd(handle_, &descriptor) == SANE_STATUS_GOOD;
     pollfd entry{canWait ? descriptor : -1, POLLIN, 0};
-    // Without a descriptor to wait for, a look every few milliseconds.
+    // Without a descriptor the caller polls every few milliseconds.
     poll(&entry, 1, canWait ? milliseconds : milliseconds / 10);
 }
 
@@ -373,7 +377,7 @@ std::unique_ptr<SaneScanner> makeLibsaneScanner() {
 std::optional<std::vector<SaneDeviceEntry>> listSaneDevices() {
     const Session session;
     const SANE_Device** list = nullptr;
-    if (!session.begun() || sane_get_devices(&list, SANE_FALSE) != SANE_STATUS_GOOD ||
+    if (!session.isInitialised() || sane_get_devices(&list, SANE_FALSE) != SANE_STATUS_GOOD ||
         list == nullptr)
         return std::nullopt;
     std::vector<SaneDeviceEntry> devices;

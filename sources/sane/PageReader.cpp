@@ -8,7 +8,7 @@ namespace paperline::sources {
 
 namespace {
 
-// What one read asks for: large enough that the calls do not count, small enough to show progress.
+// Of one read: large enough to need few calls, small enough to show progress.
 constexpr int64_t blockBytes = int64_t{1} << 20;
 constexpr int64_t maximumLineBytes = int64_t{64} << 20;
 
@@ -50,7 +50,7 @@ ScanStatus PageReader::startFrame() {
     const ScanStatus status = scanner_.start();
     if (status != ScanStatus::good)
         return fail(status, scanner_.errorText());
-    // What a scanner says before it has started may be a guess.
+    // Before the start the parameters may be estimates.
     const std::optional<SaneParameters> parameters = scanner_.parameters();
     if (!parameters)
         return fail(ScanStatus::ioError, scanner_.errorText());
@@ -70,7 +70,7 @@ ScanStatus PageReader::checkParameters() {
     return ScanStatus::good;
 }
 
-// Three frames, one for each colour in any order; the page is as high as the shortest of them.
+// Three frames, one for each colour, in any order; the shortest gives the page's height.
 ScanStatus PageReader::readColours(PageSink& sink) {
     const SaneParameters first = frame_;
     unsigned coloursSeen = 0;
@@ -84,7 +84,7 @@ ScanStatus PageReader::readColours(PageSink& sink) {
         if (frame_.lastFrame)
             break;
         if (const ScanStatus next = startFrame(); next != ScanStatus::good)
-            // The page has begun, so that its end now is a failure.
+            // An empty feeder in the middle of a page is a failure.
             return next == ScanStatus::noMorePages ? ScanStatus::ioError : next;
         if (frame_.pixelsPerLine != first.pixelsPerLine || pageBits(frame_) != 24 ||
             frame_.frame == SaneFrame::rgb ||
@@ -105,7 +105,7 @@ ScanStatus PageReader::readFrame(PageSink& sink) {
     return linesAreRows(frame_) ? readRowsStraight(sink) : readLines(sink);
 }
 
-// One successful read with data, the frame's end, or a failure.
+// Until there is data, the frame's end, or a failure.
 SaneRead PageReader::readSome(std::span<uint8_t> room) {
     for (;;) {
         if (cancelled_)
@@ -127,7 +127,7 @@ SaneRead PageReader::readSome(std::span<uint8_t> room) {
     }
 }
 
-// Straight into the page's memory, without a buffer between.
+// Directly into the page's memory.
 ScanStatus PageReader::readRowsStraight(PageSink& sink) {
     const int64_t rowBytes = frame_.bytesPerLine;
     const int64_t rowsPerBlock = std::max<int64_t>(1, blockBytes / rowBytes);
@@ -143,7 +143,7 @@ ScanStatus PageReader::readRowsStraight(PageSink& sink) {
                 return fail(ScanStatus::noMemory, "There is not enough memory for the page.");
             room = room.subspan(static_cast<size_t>(offset % rowBytes));
         } else {
-            // More than was announced: it is read to the frame's end and dropped.
+            // Rows beyond the announced height are read and dropped.
             lines_.resize(blockBytes);
             room = lines_;
         }
@@ -155,7 +155,7 @@ ScanStatus PageReader::readRowsStraight(PageSink& sink) {
     }
 }
 
-// Line by line, for padding, other depths and single colours.
+// Line by line: padded lines, other depths, single colours.
 ScanStatus PageReader::readLines(PageSink& sink) {
     const auto lineBytes = static_cast<size_t>(frame_.bytesPerLine);
     const size_t linesPerBlock = std::max<size_t>(1, blockBytes / 4 / lineBytes);

@@ -12,11 +12,11 @@ namespace paperline::sources {
 
 class PageReader {
 public:
-    // `cancelled` is looked at between reads.
+    // `cancelled` is checked between reads.
     PageReader(SaneScanner& scanner, const std::atomic<bool>& cancelled)
         : scanner_(scanner), cancelled_(cancelled) {}
 
-    // Starts the scanner and puts its page into the sink. noMorePages: there was none.
+    // noMorePages: the feeder is empty.
     [[nodiscard]] ScanStatus read(PageSink& sink, double horizontalDpi, double verticalDpi);
     std::string errorText() const { return errorText_; }
 
@@ -34,10 +34,10 @@ private:
     SaneScanner& scanner_;
     const std::atomic<bool>& cancelled_;
     SaneParameters frame_;       // of the frame being read
-    int32_t height_ = -1;        // of the page, when known
-    int64_t rowsOfFrame_ = 0;    // rows of the frame that are in the sink
-    bool hasData_ = false;       // the scanner has sent something of this page
-    std::vector<uint8_t> lines_; // read but not yet in the sink
+    int32_t height_ = -1;        // of the page; -1: not known
+    int64_t rowsOfFrame_ = 0;    // already in the sink
+    bool hasData_ = false;       // of this page
+    std::vector<uint8_t> lines_; // read, not in the sink yet
     std::string errorText_;
 };
 

@@ -27,7 +27,7 @@ ScanStatus SaneDevice::start() {
     cancelled_ = false;
     pagesOfBatch_ = 0;
     errorText_.clear();
-    // A feeder's scan area is not the flatbed's, a mode may have changed it too.
+    // The feeder's area differs from the flatbed's, and a mode may have changed it.
     if (!areaIsChosen_)
         applyWholeArea(*scanner_);
     const std::vector<OptionDescriptor> options = scanner_->options();
@@ -69,8 +69,8 @@ ScanStatus SaneDevice::readNextPage(PageSink& sink) {
 void SaneDevice::cancel() {
     cancelled_ = true;
     std::unique_lock lock(mutex_);
-    // Most drivers come back from a read soon, and are happier to be told in their own thread; the
-    // standard allows it from any.
+    // The standard allows a cancel from any thread, but drivers handle it best in their own, and
+    // most return from a read soon.
     if (!readingEnded_.wait_for(lock, std::chrono::seconds(2), [this] { return !reading_; }))
         scanner_->cancel();
 }

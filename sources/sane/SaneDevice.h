@@ -1,5 +1,5 @@
-// A scanner behind SANE as the worker drives it. A document feeder gives pages until it is empty,
-// everything else one page a batch.
+// A SANE scanner as a ScanDevice. A document feeder delivers pages until it is empty, everything
+// else one page a batch.
 #pragma once
 
 #include "sources/sane/PageReader.h"
@@ -25,7 +25,7 @@ public:
     [[nodiscard]] ScanStatus setOption(const std::string& name, const std::string& value) override;
     [[nodiscard]] ScanStatus start() override;
     [[nodiscard]] ScanStatus readPage(PageSink& sink) override;
-    // Waits until the page is given up, which a driver that sits in a read may put off for a while.
+    // Waits until the page has ended, which a driver blocked in a read may delay for a while.
     void cancel() override;
     void stop() override;
     std::string errorText() const override { return errorText_; }
@@ -37,7 +37,7 @@ private:
     std::unique_ptr<SaneScanner> scanner_;
     std::atomic<bool> cancelled_{false};
     PageReader reader_{*scanner_, cancelled_};
-    bool areaIsChosen_ = false; // by an option, so that it is left as it is
+    bool areaIsChosen_ = false; // by an option
     bool fromFeeder_ = false;
     int pagesOfBatch_ = 0;
     double horizontalDpi_ = 0, verticalDpi_ = 0;

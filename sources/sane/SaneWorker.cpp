@@ -1,8 +1,9 @@
-// The worker program of SANE devices: serves or describes one of them, or discovers them all.
+// The worker program of SANE devices: serves or describes one of them, or discovers all.
 #include "sources/sane/DeviceListing.h"
 #include "sources/sane/Discovery.h"
+#include "sources/sane/LibsaneScanner.h"
 #include "sources/sane/SaneDevice.h"
-#include "sources/worker/WorkerServer.h"
+#include "sources/worker/WorkerProgram.h"
 
 #include <string_view>
 

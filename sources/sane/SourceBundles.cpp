@@ -20,9 +20,9 @@ namespace {
 
 constexpr const char* executableName = "SaneSource";
 constexpr const char* workerName = "paperline-sane-worker";
-// Entries with this start are bundles on their way in or out; other programs do not see them.
-constexpr const char* passingPrefix = ".paperline-discovery-";
-constexpr int lockAttempts = 300; // of a tenth of a second
+// Bundles that are being written or removed; a leading dot hides them.
+constexpr const char* temporaryPrefix = ".paperline-discovery-";
+constexpr int lockAttempts = 300; // every tenth of a second
 
 std::vector<uint8_t> bytesOf(const std::string& text) {
     return {text.begin(), text.end()};
@@ -44,14 +44,13 @@ std::optional<std::vector<uint8_t>> informationBytes(const KnownBundle& bundle) 
                                   {"Manufacturer", saneManufacturer}});
 }
 
-// Leaves a file alone that has these bytes already.
+// Writes only when the bytes differ.
 bool bringUpToDate(const std::string& path, const std::vector<uint8_t>& bytes) {
     const auto present = readFile(path, bytes.size() + 1);
     return (present && *present == bytes) || writeFileAtomically(path, bytes);
 }
 
-// What a bundle's configuration says, if a discovery wrote it: a copy under another name is its
-// owner's.
+// Nothing unless discovery made the bundle. A copy under another name belongs to the user.
 std::optional<KnownBundle> readBundle(const std::string& folder, const std::string& name) {
     const auto text =
         readTextFile(configurationPath(folder + "/" + name), maximumConfigurationBytes);
@@ -79,7 +78,7 @@ BundleParts partsBesideThisProgram() {
     const std::string helpers = folderOfPath(program);
     const std::string frameworks = folderOfPath(helpers) + "/Frameworks";
     return {frameworks + "/paperline-source-stub.so",
-            frameworks + "/libpaperline-sane-source.so",
+            frameworks + "/libpaperline-source.so",
             program,
             helpers};
 }
@@ -92,12 +91,12 @@ bool SourceBundles::open(const std::string& folder) {
     if (!createFolderWithParents(parent) || !lock(parent + "/." + name + ".lock"))
         return false;
     if (!folderExists(folder)) {
-        folder_ = parent + "/" + passingPrefix + name;
+        folder_ = parent + "/" + temporaryPrefix + name;
         removePath(folder_);
         return createFolder(folder_);
     }
     removeLeftovers();
-    look();
+    readFolder();
     return true;
 }
 
@@ -119,11 +118,11 @@ bool SourceBundles::publish() {
 
 void SourceBundles::removeLeftovers() const {
     for (const std::string& name : folderEntries(folder_))
-        if (name.starts_with(passingPrefix))
+        if (name.starts_with(temporaryPrefix))
             removePath(folder_ + "/" + name);
 }
 
-void SourceBundles::look() {
+void SourceBundles::readFolder() {
     for (const std::string& name : folderEntries(folder_)) {
         std::optional<KnownBundle> bundle;
         if (pathExtension(name) == "ds")
@@ -139,12 +138,12 @@ bool SourceBundles::write(const KnownBundle& bundle, const BundleParts& parts) c
     const std::string path = folder_ + "/" + bundle.folder;
     if (folderExists(path))
         return writeFiles(path, bundle, parts);
-    const std::string passing = folder_ + "/" + passingPrefix + bundle.folder;
-    const bool made = createFolderWithParents(passing + "/Versions/A/Resources") &&
-                      writeFiles(passing, bundle, parts) &&
-                      rename(passing.c_str(), path.c_str()) == 0;
+    const std::string temporary = folder_ + "/" + temporaryPrefix + bundle.folder;
+    const bool made = createFolderWithParents(temporary + "/Versions/A/Resources") &&
+                      writeFiles(temporary, bundle, parts) &&
+                      rename(temporary.c_str(), path.c_str()) == 0;
     if (!made)
-        removePath(passing);
+        removePath(temporary);
     return made;
 }
 
@@ -162,9 +161,9 @@ bool SourceBundles::writeFiles(const std::string& bundlePath,
 }
 
 bool SourceBundles::remove(const KnownBundle& bundle) const {
-    const std::string passing = folder_ + "/" + passingPrefix + bundle.folder;
-    return rename((folder_ + "/" + bundle.folder).c_str(), passing.c_str()) == 0 &&
-           removePath(passing);
+    const std::string temporary = folder_ + "/" + temporaryPrefix + bundle.folder;
+    return rename((folder_ + "/" + bundle.folder).c_str(), temporary.c_str()) == 0 &&
+           removePath(temporary);
 }
 
 } // namespace paperline::sources

@@ -1,4 +1,4 @@
-// Bundles of SANE devices on disk. Each appears, changes and goes whole.
+// The bundles of SANE devices on disk. Each appears and disappears as a whole.
 #pragma once
 
 #include "platform/files/Descriptor.h"
@@ -13,7 +13,7 @@ namespace paperline::sources {
 inline constexpr const char* saneManufacturer = "Corvane";
 inline constexpr const char* saneProductFamily = "PageCentral";
 
-// Where the parts are that a bundle copies or names.
+// The files that a bundle copies or names.
 struct BundleParts {
     std::string loaderStub; // copied
     std::string library;
@@ -25,21 +25,21 @@ BundleParts partsBesideThisProgram();
 
 class SourceBundles {
 public:
-    // False: the folder cannot be had, or another discovery holds it and does not finish. A folder
-    // that is not there yet appears with publish, so that whoever waits for it finds it filled.
+    // False: the folder cannot be made or read, or another discovery does not finish. A new folder
+    // appears in publish(), filled, because the application waits for it.
     [[nodiscard]] bool open(const std::string& folder);
     [[nodiscard]] bool publish();
 
-    // Those that a discovery made, and the names of all other entries.
+    // Those that discovery made, and the names of all other entries.
     std::vector<KnownBundle> known() const { return known_; }
     std::set<std::string> otherEntries() const { return otherEntries_; }
 
-    // Makes the bundle, or brings its files up to date; what else lies in it stays.
+    // Makes the bundle or updates its files; other files in it stay.
     [[nodiscard]] bool write(const KnownBundle& bundle, const BundleParts& parts) const;
     [[nodiscard]] bool remove(const KnownBundle& bundle) const;
 
 private:
-    void look();
+    void readFolder();
     void removeLeftovers() const;
     [[nodiscard]] bool writeFiles(const std::string& bundlePath,
                                   const KnownBundle& bundle,

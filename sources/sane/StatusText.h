@@ -1,11 +1,11 @@
-// What a SANE status means here. docs/sane.md has the same table for people.
+// Our status and an English text for each SANE status; docs/sane.md has the same table.
 #pragma once
 
 #include "sources/framework/ScanTypes.h"
 
 namespace paperline::sources {
 
-// SANE's numbers, as its standard fixes them.
+// The numbers of the SANE standard.
 enum class SaneStatus : int {
     good = 0,
     unsupported,
@@ -21,11 +21,10 @@ enum class SaneStatus : int {
     accessDenied,
 };
 
-// eof stands for the end of a frame where one is expected; anywhere else it is an ioError. Numbers
-// that the standard does not know are ioError too.
+// ioError for unknown numbers, and for eof outside of reading.
 ScanStatus scanStatus(SaneStatus status);
 
-// An English sentence; empty for good.
+// Empty for good.
 const char* statusText(SaneStatus status);
 
 } // namespace paperline::sources

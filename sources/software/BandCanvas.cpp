@@ -36,7 +36,7 @@ std::vector<Segment> segmentsOf(const std::vector<Stroke>& strokes, double pixel
     return segments;
 }
 
-// Pixels that the pen may touch.
+// The pixels that the pen may touch.
 PixelRect bounds(const Segment& segment, double reach) {
     return {static_cast<int32_t>(std::floor(std::min(segment.x0, segment.x1) - reach)),
             static_cast<int32_t>(std::floor(std::min(segment.y0, segment.y1) - reach)),
@@ -60,7 +60,7 @@ void drawSegment(CoverageMask& mask, const Segment& segment, double radius) {
 }
 
 uint8_t blended(uint8_t below, uint8_t ink, uint32_t coverage) {
-    // Exact for 0 and 255 without a division.
+    // Division by 255 without dividing, exact for 0 and 255.
     const uint32_t sum = below * (255 - coverage) + ink * coverage + 128;
     return static_cast<uint8_t>((sum + (sum >> 8)) >> 8);
 }
@@ -73,7 +73,7 @@ penMask(const std::vector<Stroke>& strokes, double pixelsPerUnit, double penWidt
     CoverageMask mask;
     if (segments.empty())
         return mask;
-    // A pen thinner than a pixel still leaves a line, only a lighter one.
+    // Thin pens draw light lines, but not invisible ones.
     const double radius = std::max(penWidthUnits * pixelsPerUnit, 0.6) / 2;
     PixelRect area{std::numeric_limits<int32_t>::max(),
                    std::numeric_limits<int32_t>::max(),
@@ -119,15 +119,15 @@ void BandCanvas::setPixel(int32_t x, int32_t y, Ink ink) {
     at[2] = ink.blue;
 }
 
-void BandCanvas::fill(Ink ink) {
-    rectangle({0, firstRow(), widthPixels_, endRow()}, ink);
+PixelRect BandCanvas::visible(PixelRect area) const {
+    return {std::max(area.left, 0),
+            std::max(area.top, firstRow()),
+            std::min(area.right, widthPixels_),
+            std::min(area.bottom, endRow())};
 }
 
 void BandCanvas::rectangle(PixelRect area, Ink ink) {
-    const int32_t left = std::max(area.left, 0);
-    const int32_t right = std::min(area.right, widthPixels_);
-    const int32_t top = std::max(area.top, firstRow());
-    const int32_t bottom = std::min(area.bottom, endRow());
+    const auto [left, top, right, bottom] = visible(area);
     if (left >= right || top >= bottom)
         return;
     const auto byteCount = static_cast<size_t>(right - left) * static_cast<size_t>(samples_);
@@ -155,16 +155,14 @@ void BandCanvas::coverRow(std::span<const uint8_t> coverage, uint8_t* at, Ink in
 }
 
 void BandCanvas::cover(const CoverageMask& mask, int32_t x, int32_t y, Ink ink) {
-    const int32_t left = std::max(x + mask.left, 0);
-    const int32_t right = std::min(x + mask.left + mask.width, widthPixels_);
-    const int32_t top = std::max(y + mask.top, firstRow());
-    const int32_t bottom = std::min(y + mask.top + mask.height, endRow());
+    const PixelRect area{
+        x + mask.left, y + mask.top, x + mask.left + mask.width, y + mask.top + mask.height};
+    const auto [left, top, right, bottom] = visible(area);
     if (left >= right)
         return;
     for (int32_t row = top; row < bottom; ++row) {
-        const auto start =
-            static_cast<size_t>(row - y - mask.top) * static_cast<size_t>(mask.width) +
-            static_cast<size_t>(left - x - mask.left);
+        const auto start = static_cast<size_t>(row - area.top) * static_cast<size_t>(mask.width) +
+                           static_cast<size_t>(left - area.left);
         coverRow(std::span(mask.coverage).subspan(start, static_cast<size_t>(right - left)),
                  pixel(left, row),
                  ink);

@@ -1,4 +1,4 @@
-// Some rows of a page while they are drawn, grey or RGB.
+// A band of a page's rows while it is drawn, grey or RGB.
 #pragma once
 
 #include "sources/software/PixelPacking.h"
@@ -10,7 +10,7 @@
 
 namespace paperline::sources {
 
-// Between 0 and 248, so that scanner noise (0 to 7) can be added without carrying over.
+// Samples from 0 to 248, which leaves room for scanner noise from 0 to 7.
 struct Ink {
     uint8_t red = 0, green = 0, blue = 0;
 
@@ -22,20 +22,19 @@ struct PixelRect {
     int32_t left = 0, top = 0, right = 0, bottom = 0;
 };
 
-// How much of each pixel a shape covers, 0 to 255, placed relative to the shape's origin.
+// How much of each pixel a shape covers, 0 to 255; left and top are relative to the shape's origin.
 struct CoverageMask {
     int32_t left = 0, top = 0, width = 0, height = 0;
     std::vector<uint8_t> coverage;
 };
 
-// Lines drawn with a round pen of this width (in the strokes' own units, y upwards).
+// Strokes drawn with a round pen; its width is in the strokes' units.
 CoverageMask
 penMask(const std::vector<Stroke>& strokes, double pixelsPerUnit, double penWidthUnits);
 
 class BandCanvas {
 public:
-    // `pixels` holds rowCount rows of widthPixels pixels of 1 or 3 samples; firstRow is their place
-    // on the page.
+    // `pixels` holds whole rows of 1 or 3 samples a pixel, from the page's row `firstRow` on.
     BandCanvas(std::span<uint8_t> pixels,
                int32_t widthPixels,
                int samplesPerPixel,
@@ -43,13 +42,14 @@ public:
 
     int32_t firstRow() const { return firstRow_; }
     int32_t endRow() const { return firstRow_ + rowCount_; }
-    int32_t widthPixels() const { return widthPixels_; }
-    int samplesPerPixel() const { return samples_; }
+    // The part of the area inside the band; of an empty one right or bottom may be less than left
+    // or top.
+    PixelRect visible(PixelRect area) const;
 
-    void fill(Ink ink);
-    void rectangle(PixelRect rectangle, Ink ink);
+    void fill(Ink ink) { rectangle({0, firstRow_, widthPixels_, endRow()}, ink); }
+    void rectangle(PixelRect area, Ink ink);
     void cover(const CoverageMask& mask, int32_t x, int32_t y, Ink ink);
-    // `y` counts from the page's top and lies within the band.
+    // Coordinates of the page; inside the band.
     void setPixel(int32_t x, int32_t y, Ink ink);
 
 private:

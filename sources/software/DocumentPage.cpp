@@ -1,5 +1,6 @@
 #include "sources/software/DocumentPage.h"
 
+#include "sources/software/DocumentLayout.h"
 #include "sources/software/PixelPacking.h"
 
 #include <algorithm>
@@ -14,7 +15,7 @@ constexpr int32_t bandRows = 64;
 constexpr Ink paper{243, 243, 240};
 constexpr Ink white{248, 248, 248};
 
-// Eight samples at once: inks leave room for the noise, so nothing carries into a neighbour.
+// Added to eight samples at once; no sum exceeds 255, because inks leave room.
 constexpr size_t noiseBytes = 4096;
 using NoiseTable = std::array<uint8_t, noiseBytes + 8>;
 
@@ -44,24 +45,19 @@ void addNoise(std::span<uint8_t> row, int32_t y) {
         row[at] = static_cast<uint8_t>(row[at] + table[place++ % noiseBytes]);
 }
 
-double millimetres(int32_t pixels, double dpi) {
-    return pixels / dpi * 25.4;
-}
-
 } // namespace
 
 DocumentPainter::DocumentPainter(const PageFormat& format)
-    : format_(format), widthMillimetres_(millimetres(format.widthPixels, format.horizontalDpi)),
-      heightMillimetres_(millimetres(format.heightPixels, format.verticalDpi)),
-      drawing_(makeDocument(widthMillimetres_, format.horizontalDpi)),
-      commonItems_(drawing_.count()) {
+    : format_(format), reportDpi_(format.widthPixels / reportWidthMillimetres * millimetresPerInch),
+      drawing_(drawReport(reportDpi_)), commonItems_(drawing_.count()) {
     if (format.bitsPerPixel == 1)
         greyBand_.resize(static_cast<size_t>(format.widthPixels) * bandRows);
 }
 
 void DocumentPainter::setPage(int pageNumber, int pageCount) {
     drawing_.truncate(commonItems_);
-    addPageNumber(drawing_, widthMillimetres_, heightMillimetres_, pageNumber, pageCount);
+    addFooter(
+        drawing_, format_.heightPixels / reportDpi_ * millimetresPerInch, pageNumber, pageCount);
 }
 
 void DocumentPainter::paintBand(int32_t firstRow, std::span<uint8_t> pixels) const {

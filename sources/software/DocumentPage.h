@@ -1,4 +1,4 @@
-// A sheet of an office report, drawn in any size, resolution and depth.
+// Pages of an office report, drawn in any size, resolution and depth.
 #pragma once
 
 #include "sources/framework/ScanTypes.h"
@@ -10,33 +10,25 @@
 
 namespace paperline::sources {
 
-// What stands on every sheet; the page number comes later.
-Drawing makeDocument(double widthMillimetres, double dpi);
-void addPageNumber(Drawing& drawing,
-                   double widthMillimetres,
-                   double heightMillimetres,
-                   int pageNumber,
-                   int pageCount);
-
-// Paints one page after the other of a batch. Text and pictures are laid out once.
+// Paints the pages of a batch; their common content is laid out once.
 class DocumentPainter {
 public:
     // `format` has a known height.
     explicit DocumentPainter(const PageFormat& format);
 
     void setPage(int pageNumber, int pageCount);
-    // Fills whole rows from `firstRow` on, packed as the format says. Grey and colour pages carry
-    // the noise of a scanner's sensor, the same in every run.
+    // Fills whole rows from `firstRow` on. Grey and colour pages carry the noise of a sensor, the
+    // same in every run.
     void paintRows(int32_t firstRow, std::span<uint8_t> rows);
 
 private:
     void paintBand(int32_t firstRow, std::span<uint8_t> pixels) const;
 
     PageFormat format_;
-    double widthMillimetres_, heightMillimetres_;
+    double reportDpi_; // makes the report as wide as the page
     Drawing drawing_;
-    size_t commonItems_;
-    std::vector<uint8_t> greyBand_; // of a black and white page
+    size_t commonItems_;            // in the drawing, without the footer
+    std::vector<uint8_t> greyBand_; // before its pixels become bits
 };
 
 } // namespace paperline::sources

@@ -8,7 +8,7 @@ namespace paperline::sources {
 
 namespace {
 
-constexpr double millimetresPerPoint = 25.4 / 72;
+constexpr double millimetresPerPoint = millimetresPerInch / 72;
 constexpr double regularPen = 1.35; // font units
 constexpr double boldPen = 2.3;
 
@@ -24,13 +24,13 @@ int32_t Drawing::pixels(double millimetres) const {
 
 void Drawing::rectangle(double left, double top, double width, double height, Ink ink) {
     Box box{{pixels(left), pixels(top), pixels(left + width), pixels(top + height)}, ink};
-    // Rules do not vanish at low resolutions.
+    // Thin rules stay visible at low resolutions.
     box.area.right = std::max(box.area.right, box.area.left + 1);
     box.area.bottom = std::max(box.area.bottom, box.area.top + 1);
     items_.push_back({box.area.top, box.area.bottom, box});
 }
 
-double Drawing::textWidth(std::string_view text, Font font) const {
+double Drawing::textWidth(std::string_view text, Font font) {
     return sources::textWidth(text) * millimetresPerUnit(font);
 }
 
@@ -50,11 +50,14 @@ void Drawing::addShape(std::shared_ptr<const CoverageMask> mask, int32_t x, int3
     items_.push_back({top, bottom, Shape{std::move(mask), x, y, ink}});
 }
 
-void Drawing::text(double left, double baseline, std::string_view text, Font font, Ink ink) {
+void Drawing::text(
+    double x, double baseline, std::string_view text, Font font, Ink ink, Align align) {
+    if (align != Align::left)
+        x -= textWidth(text, font) * (align == Align::right ? 1 : 0.5);
     for (const char character : text) {
         if (character != ' ')
-            addShape(glyphMask(character, font), pixels(left), pixels(baseline), ink);
-        left += glyphStrokes(character).advance * millimetresPerUnit(font);
+            addShape(glyphMask(character, font), pixels(x), pixels(baseline), ink);
+        x += glyphStrokes(character).advance * millimetresPerUnit(font);
     }
 }
 

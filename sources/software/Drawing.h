@@ -1,6 +1,7 @@
-// What stands on a page, in order, to be painted band by band.
+// The content of a page, in drawing order, painted band by band.
 #pragma once
 
+#include "sources/framework/ScanTypes.h"
 #include "sources/software/BandCanvas.h"
 #include "sources/software/Landscape.h"
 
@@ -19,23 +20,30 @@ struct Font {
     bool bold = false;
 };
 
+enum class Align { left, centre, right };
+
 // Lengths are millimetres from the page's top left corner, y downwards.
 class Drawing {
 public:
-    explicit Drawing(double dpi) : pixelsPerMillimetre_(dpi / 25.4) {}
+    explicit Drawing(double dpi) : pixelsPerMillimetre_(dpi / millimetresPerInch) {}
 
     void rectangle(double left, double top, double width, double height, Ink ink);
-    void text(double left, double baseline, std::string_view text, Font font, Ink ink);
-    double textWidth(std::string_view text, Font font) const;
-    // A line drawn with a round pen; the points' y counts downwards, too.
+    // x is the text's left end, its middle or its right end.
+    void text(double x,
+              double baseline,
+              std::string_view text,
+              Font font,
+              Ink ink,
+              Align align = Align::left);
+    static double textWidth(std::string_view text, Font font);
+    // Drawn with a round pen.
     void line(const Stroke& points, double penWidth, Ink ink);
     void photograph(double left, double top, double width, double height);
 
-    // Everything added after `count` items is taken back.
     size_t count() const { return items_.size(); }
-    void truncate(size_t count) { items_.resize(count); }
+    void truncate(size_t count) { items_.resize(count); } // keeps the first `count` items
 
-    // Tones of photographs become dots when the page will be black and white.
+    // Photographs are dithered when the page will be black and white.
     void paint(BandCanvas& canvas, bool blackAndWhite) const;
 
 private:

@@ -75,10 +75,7 @@ void Landscape::drawHills() {
 }
 
 void Landscape::paint(BandCanvas& canvas, bool blackAndWhite) const {
-    const int32_t top = std::max(area_.top, canvas.firstRow());
-    const int32_t bottom = std::min(area_.bottom, canvas.endRow());
-    const int32_t left = std::max(area_.left, 0);
-    const int32_t right = std::min(area_.right, canvas.widthPixels());
+    const auto [left, top, right, bottom] = canvas.visible(area_);
     for (int32_t y = top; y < bottom; ++y) {
         const Ink* row =
             inks_.data() + static_cast<size_t>(y - area_.top) * static_cast<size_t>(width_);

@@ -1,4 +1,4 @@
-// A picture with the soft tones of a photograph: sky, a low sun, hills and a field.
+// A picture with soft tones, like a photograph: sky, a low sun, hills and a field.
 #pragma once
 
 #include "sources/software/BandCanvas.h"
@@ -8,7 +8,6 @@
 
 namespace paperline::sources {
 
-// Drawn once, in the size that the page needs.
 class Landscape {
 public:
     explicit Landscape(PixelRect area);

@@ -1,10 +1,11 @@
 #include "sources/software/PictureStack.h"
 
+#include "codecs/pictures/PictureReader.h"
 #include "platform/files/Files.h"
 #include "platform/files/PathText.h"
+#include "sources/software/PixelPacking.h"
 
 #include <algorithm>
-#include <span>
 
 namespace paperline::sources {
 
@@ -43,24 +44,20 @@ std::optional<PictureStack> PictureStack::load(const std::string& folder) {
     return stack;
 }
 
-ScanStatus PictureStack::deliver(size_t index, PageFormat format, PageSink& sink) const {
+std::shared_ptr<BitmapImageRep> PictureStack::read(size_t index) const {
     const Page& page = pages_[index];
     const auto picture = readPicture(page.path, page.index, maximumPixels);
-    if (!picture || !picture->image)
-        return ScanStatus::ioError;
-    const BitmapImageRep& image = *picture->image;
-    format.widthPixels = image.pixelsWide();
-    format.heightPixels = image.pixelsHigh();
-    if (!sink.begin(format))
-        return ScanStatus::noMemory;
-    for (int32_t y = 0; y < format.heightPixels; ++y) {
-        const auto row = sink.rows(y, 1);
-        if (row.empty())
-            return ScanStatus::noMemory;
-        convertRow(image, y, format.bitsPerPixel, row);
-    }
-    sink.finish(format.heightPixels);
-    return ScanStatus::good;
+    return picture ? picture->image : nullptr;
+}
+
+void convertRows(const BitmapImageRep& picture,
+                 int32_t firstRow,
+                 int bitsPerPixel,
+                 std::span<uint8_t> rows) {
+    const auto width = static_cast<size_t>(picture.pixelsWide());
+    const size_t rowBytes = (width * static_cast<size_t>(bitsPerPixel) + 7) / 8;
+    for (int32_t y = firstRow; !rows.empty(); ++y, rows = rows.subspan(rowBytes))
+        convertRow(picture, y, bitsPerPixel, rows.first(rowBytes));
 }
 
 } // namespace paperline::sources

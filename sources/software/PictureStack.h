@@ -1,13 +1,12 @@
-// A folder of pictures as the sheets in a feeder.
+// A folder of pictures as the pages in a feeder.
 #pragma once
 
-#include "sources/software/PixelPacking.h"
+#include "codecs/pixels/BitmapImageRep.h"
 
-#include "codecs/pictures/PictureReader.h"
-#include "sources/framework/ScanTypes.h"
-#include "sources/worker/ScanDevice.h"
-
+#include <cstdint>
+#include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -15,17 +14,16 @@ namespace paperline::sources {
 
 class PictureStack {
 public:
-    // Every picture in the folder, by name in byte order, every page of each; files that are no
-    // pictures are left out. Nothing when the folder cannot be read.
+    // Every page of every picture, in byte order of the names; other files are skipped. Nothing
+    // when the folder cannot be read.
     [[nodiscard]] static std::optional<PictureStack> load(const std::string& folder);
 
     size_t pageCount() const { return pages_.size(); }
-    // Which file a page comes from.
+    // The page's file.
     const std::string& path(size_t index) const { return pages_[index].path; }
 
-    // Delivers a picture pixel for pixel in the depth and resolution asked for (format's size is
-    // not looked at). ioError when the file is damaged by now.
-    [[nodiscard]] ScanStatus deliver(size_t index, PageFormat format, PageSink& sink) const;
+    // Null when the file cannot be read any more.
+    std::shared_ptr<BitmapImageRep> read(size_t index) const;
 
 private:
     struct Page {
@@ -34,5 +32,11 @@ private:
     };
     std::vector<Page> pages_;
 };
+
+// Fills `rows` with the picture's rows from `firstRow` on, at 1, 8 or 24 bits a pixel.
+void convertRows(const BitmapImageRep& picture,
+                 int32_t firstRow,
+                 int bitsPerPixel,
+                 std::span<uint8_t> rows);
 
 } // namespace paperline::sources

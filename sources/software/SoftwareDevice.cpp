@@ -1,59 +1,87 @@
 #include "sources/software/SoftwareDevice.h"
 
-#include "sources/software/SoftwareOptions.h"
+#include "sources/framework/LocaleFreeText.h"
 
 #include <algorithm>
-#include <array>
-#include <chrono>
 #include <cmath>
-#include <csignal>
-#include <cstdlib>
 #include <thread>
 
 namespace paperline::sources {
 
 namespace {
 
-constexpr int32_t rowsPerStep = 256;
-constexpr double millimetresPerInch = 25.4;
+constexpr int32_t mostRowsPerStep = 64;
+constexpr int32_t stepsOfPage = 50; // at least, where the page has as many rows
 
-struct StatusFault {
-    std::string_view name;
-    ScanStatus status;
-    const char* text;
-};
+constexpr const char* flatbed = "Flatbed";
 
-constexpr std::array<StatusFault, 11> statusFaults{{
-    {"device-jam", ScanStatus::paperJam, "Paper is jammed in the feeder."},
-    {"device-cover", ScanStatus::coverOpen, "The cover is open."},
-    {"device-empty", ScanStatus::noMorePages, "The feeder is empty."},
-    {"device-busy", ScanStatus::deviceBusy, "Somebody else uses the scanner."},
-    {"device-denied", ScanStatus::accessDenied, "The scanner may not be used."},
-    {"device-offline", ScanStatus::noSuchDevice, "The scanner is switched off."},
-    {"device-error", ScanStatus::ioError, "The scanner does not answer."},
-    {"device-memory", ScanStatus::noMemory, "The scanner has no memory left."},
-    {"device-invalid", ScanStatus::invalid, "The scanner refuses its settings."},
-    {"device-unsupported", ScanStatus::unsupported, "The scanner cannot do this."},
-    {"device-cancel", ScanStatus::cancelled, "The scan was cancelled at the scanner."},
-}};
-
-int32_t pixelCount(double millimetres, int dpi) {
+int32_t pixelCount(double millimetres, double dpi) {
     return std::max(1, static_cast<int32_t>(std::lround(millimetres / millimetresPerInch * dpi)));
+}
+
+OptionDescriptor textOption(const char* name, const char* title, const std::string& value) {
+    OptionDescriptor option;
+    option.name = name;
+    option.title = title;
+    option.value = value;
+    return option;
 }
 
 } // namespace
 
-std::vector<OptionDescriptor> SoftwareDevice::options() {
-    return {
-        choiceOption("source", "Scan source", source_, sourceNames()),
-        choiceOption("mode", "Scan mode", mode_, modeNames()),
-        numberOption({"resolution", "Resolution", "dpi"}, resolutionDpi_, resolutionRange),
-        numberOption({"count", "Sheets in the feeder", ""}, pageCount(), countRange),
-        numberOption({"width", "Sheet width", "mm"}, widthMillimetres_, widthRange),
-        numberOption({"height", "Sheet height", "mm"}, heightMillimetres_, heightRange),
-        textOption("pages", "Folder of pictures to scan", folder_),
-        textOption("fault", "Misbehaviour", faultText_),
+struct SoftwareDevice::ChoiceOption {
+    const char *name, *title;
+    std::vector<std::string> choices;
+    std::string SoftwareDevice::*value;
+};
+
+struct SoftwareDevice::NumberOption {
+    const char *name, *title, *unit;
+    double minimum, maximum;
+    bool whole;
+    double SoftwareDevice::*value;
+};
+
+const std::vector<SoftwareDevice::ChoiceOption>& SoftwareDevice::choiceOptions() {
+    static const std::vector<ChoiceOption> table{
+        {"source", "Scan source", {flatbed, "Automatic Document Feeder"}, &SoftwareDevice::source_},
+        {"mode", "Scan mode", {"Lineart", "Gray", "Color"}, &SoftwareDevice::mode_},
     };
+    return table;
+}
+
+const std::vector<SoftwareDevice::NumberOption>& SoftwareDevice::numberOptions() {
+    using Device = SoftwareDevice;
+    static const std::vector<NumberOption> table{
+        {"resolution", "Resolution", "dpi", 50, 1200, true, &Device::resolutionDpi_},
+        {"count", "Sheets in the feeder", "", 1, 10000, true, &Device::count_},
+        {"width", "Sheet width", "mm", 20, 330, false, &Device::widthMillimetres_},
+        {"height", "Sheet height", "mm", 20, 500, false, &Device::heightMillimetres_},
+        {"delay", "Time for a page", "ms", 0, 60000, true, &Device::delayMilliseconds_},
+    };
+    return table;
+}
+
+std::vector<OptionDescriptor> SoftwareDevice::options() {
+    std::vector<OptionDescriptor> options;
+    for (const ChoiceOption& choice : choiceOptions()) {
+        options.push_back(textOption(choice.name, choice.title, this->*choice.value));
+        options.back().choices = choice.choices;
+    }
+    for (const NumberOption& number : numberOptions()) {
+        const bool isCount = number.value == &SoftwareDevice::count_;
+        OptionDescriptor option = textOption(
+            number.name, number.title, numberText(isCount ? pageCount() : this->*number.value));
+        option.kind = number.whole ? OptionKind::integer : OptionKind::fixed;
+        option.unit = number.unit;
+        option.hasRange = true;
+        option.minimum = number.minimum;
+        option.maximum = number.maximum;
+        option.step = number.whole ? 1 : 0;
+        options.push_back(option);
+    }
+    options.push_back(textOption("pages", "Folder of pictures to scan", folder_));
+    return options;
 }
 
 ScanStatus SoftwareDevice::refuse(ScanStatus status, const std::string& text) {
@@ -73,51 +101,35 @@ ScanStatus SoftwareDevice::setPages(const std::string& folder) {
     return ScanStatus::good;
 }
 
-ScanStatus SoftwareDevice::setFaults(const std::string& text) {
-    auto faults = FaultList::parse(text);
-    if (!faults)
-        return refuse(ScanStatus::invalid, "There is no such fault.");
-    faults_ = std::move(*faults);
-    faultText_ = text;
-    return misbehave(0);
-}
-
 ScanStatus SoftwareDevice::setOption(const std::string& name, const std::string& value) {
     errorText_.clear();
-    bool taken = false;
-    if (name == "source") {
-        taken = takeChoice(value, sourceNames(), source_);
-    } else if (name == "mode") {
-        taken = takeChoice(value, modeNames(), mode_);
-    } else if (name == "resolution") {
-        taken = takeWhole(value, resolutionRange, resolutionDpi_);
-    } else if (name == "count") {
-        taken = takeWhole(value, countRange, count_);
-        countAsked_ = countAsked_ || taken;
-    } else if (name == "width") {
-        taken = takeNumber(value, widthRange, widthMillimetres_);
-    } else if (name == "height") {
-        taken = takeNumber(value, heightRange, heightMillimetres_);
-    } else if (name == "pages") {
+    if (name == "pages")
         return setPages(value);
-    } else if (name == "fault") {
-        return setFaults(value);
-    }
-    return taken ? ScanStatus::good : ScanStatus::invalid;
-}
-
-bool SoftwareDevice::usesFeeder() const {
-    return source_ != sourceNames().front();
+    for (const ChoiceOption& choice : choiceOptions())
+        if (name == choice.name && std::find(choice.choices.begin(), choice.choices.end(), value) !=
+                                       choice.choices.end()) {
+            this->*choice.value = value;
+            return ScanStatus::good;
+        }
+    const std::optional<double> number = numberFromText(value);
+    for (const NumberOption& option : numberOptions())
+        if (name == option.name && number && *number >= option.minimum &&
+            *number <= option.maximum && (!option.whole || *number == std::floor(*number))) {
+            this->*option.value = *number;
+            countAsked_ = countAsked_ || option.value == &SoftwareDevice::count_;
+            return ScanStatus::good;
+        }
+    return ScanStatus::invalid;
 }
 
 int SoftwareDevice::pageCount() const {
     if (pictures_ && pictures_->pageCount() == 0)
         return 0;
-    if (!usesFeeder())
+    if (source_ == flatbed)
         return 1;
     if (pictures_ && !countAsked_)
         return static_cast<int>(std::min<size_t>(pictures_->pageCount(), INT32_MAX));
-    return count_;
+    return static_cast<int>(count_);
 }
 
 PageFormat SoftwareDevice::pageFormat() const {
@@ -138,45 +150,46 @@ ScanStatus SoftwareDevice::start() {
     return ScanStatus::good;
 }
 
-bool SoftwareDevice::waitUnlessCancelled(int64_t milliseconds) const {
-    constexpr std::chrono::milliseconds step{10};
-    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
-    while (!cancelled_ && std::chrono::steady_clock::now() < end)
-        std::this_thread::sleep_for(step);
-    return !cancelled_;
+bool SoftwareDevice::waitUntil(std::chrono::steady_clock::time_point end) const {
+    constexpr std::chrono::milliseconds longestSleep{10};
+    for (;;) {
+        const auto left = end - std::chrono::steady_clock::now();
+        if (cancelled_ || left.count() <= 0)
+            return !cancelled_;
+        std::this_thread::sleep_for(std::min<std::chrono::nanoseconds>(left, longestSleep));
+    }
 }
 
-ScanStatus SoftwareDevice::misbehave(int pageNumber) {
-    const int count = pageCount();
-    for (const StatusFault& fault : statusFaults)
-        if (faults_.find(fault.name, pageNumber, count) != nullptr)
-            return refuse(fault.status, fault.text);
-    if (faults_.find("device-crash", pageNumber, count) != nullptr)
-        std::abort();
-    if (faults_.find("device-hang", pageNumber, count) != nullptr)
-        for (;;) // deaf even to cancel, as drivers are when they wait for their hardware
-            std::this_thread::sleep_for(std::chrono::hours(1));
-    if (const Fault* slow = faults_.find("device-slow", pageNumber, count))
-        if (!waitUnlessCancelled(slow->value.value_or(500)))
-            return ScanStatus::cancelled;
-    return ScanStatus::good;
-}
-
-ScanStatus SoftwareDevice::drawPage(int pageNumber, PageSink& sink) {
-    const PageFormat format = pageFormat();
+ScanStatus
+SoftwareDevice::sendPage(const PageFormat& format, PageSink& sink, const FillRows& fill) {
     if (!sink.begin(format))
         return ScanStatus::noMemory;
-    painter_->setPage(pageNumber, pageCount());
-    for (int32_t first = 0; first < format.heightPixels; first += rowsPerStep) {
-        if (cancelled_)
+    const auto start = std::chrono::steady_clock::now();
+    const std::chrono::milliseconds delay(static_cast<int64_t>(delayMilliseconds_));
+    const int32_t step = std::clamp(format.heightPixels / stepsOfPage, 1, mostRowsPerStep);
+    for (int32_t first = 0; first < format.heightPixels; first += step) {
+        const int32_t end = std::min(first + step, format.heightPixels);
+        if (!waitUntil(start + delay * end / format.heightPixels))
             return ScanStatus::cancelled;
-        const auto rows = sink.rows(first, std::min(rowsPerStep, format.heightPixels - first));
+        const auto rows = sink.rows(first, end - first);
         if (rows.empty())
             return ScanStatus::noMemory;
-        painter_->paintRows(first, rows);
+        fill(first, rows);
     }
     sink.finish(format.heightPixels);
     return ScanStatus::good;
+}
+
+ScanStatus SoftwareDevice::sendPicture(size_t index, PageSink& sink) {
+    const auto picture = pictures_->read(index);
+    if (picture == nullptr)
+        return refuse(ScanStatus::ioError, "The picture cannot be read: " + pictures_->path(index));
+    PageFormat format = pageFormat();
+    format.widthPixels = picture->pixelsWide();
+    format.heightPixels = picture->pixelsHigh();
+    return sendPage(format, sink, [&](int32_t first, std::span<uint8_t> rows) {
+        convertRows(*picture, first, format.bitsPerPixel, rows);
+    });
 }
 
 ScanStatus SoftwareDevice::readPage(PageSink& sink) {
@@ -186,15 +199,12 @@ ScanStatus SoftwareDevice::readPage(PageSink& sink) {
     if (pagesRead_ >= pageCount())
         return ScanStatus::noMorePages;
     const int pageNumber = ++pagesRead_;
-    if (const ScanStatus status = misbehave(pageNumber); status != ScanStatus::good)
-        return status;
-    if (!pictures_)
-        return drawPage(pageNumber, sink);
-    const size_t index = static_cast<size_t>(pageNumber - 1) % pictures_->pageCount();
-    const ScanStatus status = pictures_->deliver(index, pageFormat(), sink);
-    if (status == ScanStatus::ioError)
-        errorText_ = "The picture cannot be read: " + pictures_->path(index);
-    return status;
+    if (pictures_)
+        return sendPicture(static_cast<size_t>(pageNumber - 1) % pictures_->pageCount(), sink);
+    painter_->setPage(pageNumber, pageCount());
+    return sendPage(pageFormat(), sink, [this](int32_t first, std::span<uint8_t> rows) {
+        painter_->paintRows(first, rows);
+    });
 }
 
 } // namespace paperline::sources

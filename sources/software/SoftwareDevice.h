@@ -1,12 +1,13 @@
-// A scanner without hardware: its sheets are drawn, or come from a folder of pictures.
+// A scanner without hardware: its pages are drawn, or come from a folder of pictures.
 #pragma once
 
 #include "sources/software/DocumentPage.h"
-#include "sources/software/Fault.h"
 #include "sources/software/PictureStack.h"
 #include "sources/worker/ScanDevice.h"
 
 #include <atomic>
+#include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -25,27 +26,32 @@ public:
     std::string errorText() const override { return errorText_; }
 
 private:
-    bool usesFeeder() const;
+    struct ChoiceOption;
+    struct NumberOption;
+    static const std::vector<ChoiceOption>& choiceOptions();
+    static const std::vector<NumberOption>& numberOptions();
+
     int pageCount() const; // of the batch
     PageFormat pageFormat() const;
     ScanStatus refuse(ScanStatus status, const std::string& text);
     ScanStatus setPages(const std::string& folder);
-    ScanStatus setFaults(const std::string& text);
-    ScanStatus misbehave(int pageNumber);
-    bool waitUnlessCancelled(int64_t milliseconds) const;
-    ScanStatus drawPage(int pageNumber, PageSink& sink);
+    ScanStatus sendPicture(size_t index, PageSink& sink);
+    // Sends the rows that `fill` writes, spread over the delay.
+    using FillRows = std::function<void(int32_t firstRow, std::span<uint8_t> rows)>;
+    ScanStatus sendPage(const PageFormat& format, PageSink& sink, const FillRows& fill);
+    // False at once when the batch is cancelled.
+    bool waitUntil(std::chrono::steady_clock::time_point end) const;
 
     std::string source_ = "Automatic Document Feeder";
     std::string mode_ = "Color";
-    int resolutionDpi_ = 300;
-    int count_ = 3;
-    bool countAsked_ = false; // else a folder's pictures are counted
+    double resolutionDpi_ = 300;
+    double count_ = 3;
+    bool countAsked_ = false; // else as many as there are pictures
     double widthMillimetres_ = 210;
     double heightMillimetres_ = 297;
+    double delayMilliseconds_ = 0; // of each page
     std::string folder_;
     std::optional<PictureStack> pictures_;
-    std::string faultText_;
-    FaultList faults_;
 
     std::unique_ptr<DocumentPainter> painter_;
     int pagesRead_ = 0;

@@ -1,10 +1,10 @@
 #include "sources/software/StrokeFont.h"
 
+#include "sources/framework/LocaleFreeText.h"
 #include "sources/software/StrokeFontGlyphs.h"
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 
 namespace paperline::sources {
 
@@ -14,45 +14,33 @@ constexpr double letterSpacing = 3.2;
 constexpr double spaceAdvance = 6.5;
 constexpr int stepsPerCurvePiece = 6;
 
-std::string_view nextWord(std::string_view& text) {
-    const size_t start = std::min(text.find_first_not_of(' '), text.size());
-    const size_t end = std::min(text.find(' ', start), text.size());
+std::string_view takeWord(std::string_view& text) {
+    const size_t start = std::min(text.find_first_not_of(" \n"), text.size());
+    const size_t end = std::min(text.find_first_of(" \n", start), text.size());
     const std::string_view word = text.substr(start, end - start);
     text.remove_prefix(end);
     return word;
 }
 
-double numberOf(std::string_view text) {
-    double number = 0;
-    std::from_chars(text.data(), text.data() + text.size(), number);
-    return number;
-}
-
-// "x,y x,y ..." with a '~' in front when the points lie on a curve.
 Stroke parseStroke(std::string_view text) {
+    const bool curved = text.find('~') != std::string_view::npos;
     Stroke points;
-    for (auto word = nextWord(text); !word.empty(); word = nextWord(text)) {
+    for (auto word = takeWord(text); !word.empty(); word = takeWord(text)) {
         if (word.starts_with('~'))
             word.remove_prefix(1);
-        const size_t comma = word.find(',');
-        points.push_back({numberOf(word.substr(0, comma)), numberOf(word.substr(comma + 1))});
+        const double x = leadingNumber(takePart(word, ','));
+        points.push_back({x, leadingNumber(word)});
     }
-    return points;
+    return curved ? smoothStroke(points) : points;
 }
 
-GlyphStrokes parseGlyph(const GlyphDrawing& drawing) {
-    GlyphStrokes glyph;
-    glyph.advance = drawing.width + letterSpacing;
-    std::string_view text = drawing.strokes;
-    while (!text.empty()) {
-        const size_t end = std::min(text.find('|'), text.size());
-        const std::string_view part = text.substr(0, end);
-        text.remove_prefix(std::min(end + 1, text.size()));
-        const bool curved = part.find('~') != std::string_view::npos;
-        Stroke points = parseStroke(part);
-        glyph.strokes.push_back(curved ? smoothStroke(points) : std::move(points));
-    }
-    return glyph;
+std::string_view takeDrawing(std::string_view& text) {
+    size_t end = text.find('\n');
+    while (end + 1 < text.size() && text[end + 1] == ' ')
+        end = text.find('\n', end + 1);
+    const std::string_view drawing = text.substr(0, end);
+    text.remove_prefix(end + 1);
+    return drawing;
 }
 
 using Alphabet = std::array<GlyphStrokes, 128>;
@@ -61,8 +49,13 @@ Alphabet parseAlphabet() {
     Alphabet alphabet;
     for (GlyphStrokes& glyph : alphabet)
         glyph.advance = spaceAdvance;
-    for (const GlyphDrawing& drawing : glyphDrawings())
-        alphabet[static_cast<size_t>(drawing.character)] = parseGlyph(drawing);
+    for (std::string_view rest = glyphDrawings.substr(1); !rest.empty();) {
+        std::string_view drawing = takeDrawing(rest);
+        GlyphStrokes& glyph = alphabet[static_cast<size_t>(takeWord(drawing).front())];
+        glyph.advance = leadingNumber(takeWord(drawing)) + letterSpacing;
+        while (!drawing.empty())
+            glyph.strokes.push_back(parseStroke(takePart(drawing, '|')));
+    }
     return alphabet;
 }
 
@@ -73,7 +66,7 @@ Stroke smoothStroke(const Stroke& points) {
         return points;
     const size_t last = points.size() - 1;
     const bool closed = points[0].x == points[last].x && points[0].y == points[last].y;
-    // Catmull-Rom: each piece's direction at its ends comes from its neighbours.
+    // Catmull-Rom splines: the neighbours give each piece's direction at its ends.
     auto neighbour = [&](size_t index, int step) {
         if (step < 0 && index == 0)
             return closed ? points[last - 1] : points[0];

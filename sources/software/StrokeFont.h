@@ -1,5 +1,4 @@
-// A single-stroke alphabet of our own, drawn with a round pen at any size: pages look the same at
-// 50 and at 1200 dots per inch.
+// An alphabet of strokes, drawn with a round pen: text looks the same at every resolution.
 #pragma once
 
 #include <cstdint>
@@ -8,8 +7,7 @@
 
 namespace paperline::sources {
 
-// Units of the alphabet: capitals are 14 high, small letters 10, descenders reach 4 below the line,
-// one em is 20.
+// In font units capitals are 14 high, small letters 10, and descenders reach 4 below the base line.
 inline constexpr double fontUnitsPerEm = 20;
 
 struct StrokePoint {
@@ -19,11 +17,11 @@ struct StrokePoint {
 using Stroke = std::vector<StrokePoint>; // a polyline; two points may coincide for a dot
 
 struct GlyphStrokes {
-    std::vector<Stroke> strokes; // curves already cut into short lines
+    std::vector<Stroke> strokes; // curves as short lines
     double advance = 0;          // to the next character's origin, in font units
 };
 
-// Characters that the alphabet lacks are as wide as a space and leave nothing.
+// Missing characters are as wide as a space and have no strokes.
 const GlyphStrokes& glyphStrokes(char character);
 
 double textWidth(std::string_view text); // in font units

@@ -1,8 +1,9 @@
-// The executable of every data source bundle. Finds its own bundle, loads the library that the
-// bundle's source.conf names, once, and forwards to it. Each bundle holds a copy of this file: the
-// dynamic linker gives one handle to all links of one file, and the copies could not be told apart.
+// The executable of every data source bundle. Finds its own bundle, loads the library named in the
+// bundle's source.conf once, and forwards every call to it. Each bundle holds a copy, not a link:
+// the dynamic linker gives all links of one file one handle, and the stub could not tell its
+// bundle.
 //
-// Uses the C library alone, so that it loads into any program whatever its C++ runtime is.
+// Uses the C library only, so that it loads into any program whatever its C++ runtime is.
 #include <dlfcn.h>
 #include <limits.h>
 #include <pthread.h>
@@ -53,7 +54,7 @@ bool readLibraryLine(FILE* configuration, char* library, size_t size) {
     return false;
 }
 
-// A relative path starts at the bundle's folder.
+// Relative paths start at the bundle.
 bool findLibrary(char (&path)[PATH_MAX]) {
     char library[PATH_MAX];
     int length = snprintf(path, sizeof path, "%s/Versions/A/Resources/source.conf", bundlePath);
@@ -77,7 +78,7 @@ void load() {
         fprintf(stderr, "paperline: a data source bundle names no library: %s\n", bundlePath);
         return;
     }
-    // Never unloaded: its threads and the data sources it made live as long as the process.
+    // Never unloaded: its threads and data sources live as long as the process.
     void* handle = dlopen(path, RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
     if (handle == nullptr) {
         fprintf(stderr, "paperline: %s\n", dlerror());

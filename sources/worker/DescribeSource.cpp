@@ -1,5 +1,5 @@
-// paperline-describe-source BUNDLE: becomes the worker of the data source in the bundle and has it
-// list its options (WorkerServer.h says how). Exit status 1: no such source, or it did not open.
+// paperline-describe-source BUNDLE: runs the worker of the data source in the bundle, which lists
+// its options (WorkerProgram.h). Exit status 1: no such source, or it did not open.
 #include "sources/framework/SourceConfiguration.h"
 
 #include <cerrno>

@@ -1,22 +1,17 @@
 #include "sources/worker/OptionSettings.h"
 
-#include <algorithm>
 #include <cstdio>
 
 namespace paperline::sources {
 
 namespace {
 
-// Sets one option; on failure says in words which one and why.
+// On failure `errorText` names the option and the reason.
 ScanStatus applySetting(ScanDevice& device, const OptionSetting& setting, std::string& errorText) {
     const ScanStatus status = device.setOption(setting.name, setting.value);
     if (status == ScanStatus::good)
         return status;
-    const std::vector<OptionDescriptor> options = device.options();
-    const bool known = std::any_of(options.begin(), options.end(), [&](const auto& option) {
-        return option.name == setting.name;
-    });
-    if (!known) {
+    if (findOption(device.options(), setting.name) == nullptr) {
         errorText = "There is no option \"" + setting.name + "\".";
         return ScanStatus::invalid;
     }

@@ -1,4 +1,4 @@
-// Options as people and files give them, applied when a device is opened.
+// Applies options from files and the environment when a device is opened.
 #pragma once
 
 #include "sources/framework/OptionLines.h"
@@ -8,9 +8,9 @@
 
 namespace paperline::sources {
 
-// Applies the stored options of the product, then those of the environment variable
-// PAPERLINE_SOURCE_OPTIONS. A stored option that the device does not take is reported on standard
-// error and left out; one of the environment ends with its status, and `errorText` names it.
+// Applies the stored options of the product, then those of this scan (OptionLines.h). A stored
+// option that the device refuses is reported on standard error and skipped; one of this scan gives
+// its status, and `errorText` names it.
 [[nodiscard]] ScanStatus
 applyOptionSettings(ScanDevice& device, const std::string& product, std::string& errorText);
 

@@ -51,7 +51,7 @@ std::span<uint8_t> PageBuffer::rows(int32_t first, int32_t count) {
     if (format_.heightPixels != -1 ? end > format_.heightPixels
                                    : end > maximumPageBytes / bytesPerRow || end > INT32_MAX)
         return {};
-    // Growing by half keeps the number of moves small without doubling a long page's memory.
+    // Growing by half needs few moves and wastes less than doubling.
     if (end * bytesPerRow > mappedBytes_ &&
         !reserve(std::clamp(mappedBytes_ / 2 * 3, end * bytesPerRow, maximumPageBytes)))
         return {};

@@ -1,6 +1,6 @@
-// One page in shared memory, as the worker fills it. The memory is a memfd that can grow and never
-// shrink, so that the data source may look at it without fear of its end moving; it is used again
-// for later pages.
+// One page in shared memory, filled by the worker. The memory is a memfd that can grow but not
+// shrink: reading beyond the end of a file that shrank would kill the application. It is reused for
+// later pages.
 #pragma once
 
 #include "sources/worker/Protocol.h"
@@ -12,8 +12,7 @@ namespace paperline::sources {
 
 class PageBuffer final : public PageSink {
 public:
-    // `progressed` is called whenever the device asks for room, so that the reader is known to
-    // live.
+    // `progressed` is called whenever the device asks for room: a sign of life.
     explicit PageBuffer(std::function<void()> progressed) : progressed_(std::move(progressed)) {}
     ~PageBuffer() override;
     PageBuffer(const PageBuffer&) = delete;
@@ -23,7 +22,7 @@ public:
     std::span<uint8_t> rows(int32_t first, int32_t count) override;
     void finish(int32_t heightPixels) override;
 
-    // Forgets the page; the memory stays.
+    // Drops the page and keeps the memory.
     void clear() { whole_ = false; }
     bool isWhole() const { return whole_; }
     const PageFormat& format() const { return format_; } // with the true height once whole
@@ -40,7 +39,7 @@ private:
     bool whole_ = false;
 };
 
-// A memfd of so many bytes that cannot shrink; not open when there is none to be had.
+// A memfd that cannot shrink; not open when the system refuses it.
 Descriptor makeSharedMemory(const char* name, int64_t bytes);
 
 } // namespace paperline::sources

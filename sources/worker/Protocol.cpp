@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cmath>
 #include <cstring>
 
 #include <poll.h>
@@ -13,13 +12,13 @@ namespace paperline::sources {
 
 namespace {
 
-// Waits for the socket; false when the time is over. A negative patience waits for ever.
-bool waitFor(int socket, short events, std::chrono::milliseconds patience) {
+// False on timeout; a negative one has no limit.
+bool waitFor(int socket, short events, std::chrono::milliseconds timeout) {
     using Clock = std::chrono::steady_clock;
-    const Clock::time_point end = Clock::now() + patience;
+    const Clock::time_point end = Clock::now() + timeout;
     for (;;) {
         int milliseconds = -1;
-        if (patience.count() >= 0) {
+        if (timeout.count() >= 0) {
             const auto left =
                 std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
             milliseconds = static_cast<int>(std::clamp<int64_t>(left, 0, 1000 * 3600));
@@ -27,13 +26,13 @@ bool waitFor(int socket, short events, std::chrono::milliseconds patience) {
         pollfd entry{socket, events, 0};
         const int ready = poll(&entry, 1, milliseconds);
         if (ready > 0)
-            return true; // an error or a hang-up shows itself in the call that follows
+            return true; // errors and hang-ups show in the next call
         if (ready == 0 || errno != EINTR)
             return false;
     }
 }
 
-// Takes the descriptors out of a received header; false when there is more than the one expected.
+// Closes all descriptors but the last; false when there was more than one.
 bool takeDescriptor(msghdr& header, Descriptor& descriptor) {
     bool asExpected = true;
     for (cmsghdr* part = CMSG_FIRSTHDR(&header); part != nullptr;
@@ -97,7 +96,7 @@ void putOption(MessageWriter& message, const OptionDescriptor& option) {
     message.putNumber(option.minimum);
     message.putNumber(option.maximum);
     message.putNumber(option.step);
-    // A tenth of a message for each text leaves room for the choices.
+    // The limit leaves room for the choices.
     constexpr size_t textLimit = maximumMessageBytes / 10;
     const auto limited = [](const std::string& text) {
         return std::string_view(text).substr(0, textLimit);
@@ -164,22 +163,10 @@ ScanStatus reportedStatus(uint32_t number) {
                : ScanStatus::ioError;
 }
 
-int64_t pageByteCount(const PageFormat& format) {
-    const bool kindIsKnown =
-        format.bitsPerPixel == 1 || format.bitsPerPixel == 8 || format.bitsPerPixel == 24;
-    if (!kindIsKnown || format.widthPixels <= 0 || format.heightPixels <= 0)
-        return 0;
-    if (!std::isfinite(format.horizontalDpi) || !std::isfinite(format.verticalDpi))
-        return 0;
-    const int64_t bytesPerRow = format.bytesPerRow();
-    return bytesPerRow > maximumPageBytes / format.heightPixels ? 0
-                                                                : bytesPerRow * format.heightPixels;
-}
-
 SocketResult sendMessage(int socket,
                          std::span<const std::byte> bytes,
                          int descriptor,
-                         std::chrono::milliseconds patience) {
+                         std::chrono::milliseconds timeout) {
     iovec part{const_cast<std::byte*>(bytes.data()), bytes.size()};
     alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(int))> control{};
     msghdr header{};
@@ -201,19 +188,19 @@ SocketResult sendMessage(int socket,
             continue;
         if (errno != EAGAIN)
             return SocketResult::closed;
-        if (!waitFor(socket, POLLOUT, patience))
+        if (!waitFor(socket, POLLOUT, timeout))
             return SocketResult::timeout;
     }
 }
 
 SocketResult
-receiveMessage(int socket, std::chrono::milliseconds patience, ReceivedMessage& message) {
+receiveMessage(int socket, std::chrono::milliseconds timeout, ReceivedMessage& message) {
     message = ReceivedMessage{};
-    if (!waitFor(socket, POLLIN, patience))
+    if (!waitFor(socket, POLLIN, timeout))
         return SocketResult::timeout;
     std::vector<std::byte> buffer(maximumMessageBytes);
     iovec part{buffer.data(), buffer.size()};
-    // Room for more than the one descriptor expected, so that unexpected ones are seen and closed.
+    // Room for several descriptors, so that unexpected ones are seen and closed.
     alignas(cmsghdr) std::array<char, CMSG_SPACE(8 * sizeof(int))> control{};
     msghdr header{};
     header.msg_iov = &part;

@@ -1,12 +1,12 @@
-// What a data source and its worker process say to each other. One SOCK_SEQPACKET socket carries
-// small messages; page memory travels once per buffer as a sealed memfd (SCM_RIGHTS), pixels never
-// go through the socket. Whatever arrives is checked as if a stranger had sent it.
+// The messages between a data source and its worker process. A SOCK_SEQPACKET socket carries them;
+// page memory is passed once per buffer as a sealed memfd (SCM_RIGHTS), pixels never go through the
+// socket. Both sides treat what they receive as untrusted.
 //
 // The data source asks, one request at a time, and waits for its answer:
 //   open, close, options, setOption, start, stop        -> answer (options: an option message each,
 //                                                          then the answer)
 //   release                                              no answer: a page buffer is free again
-// The worker sends hello on its own when it is up, and between start and the end of the batch
+// The worker sends hello when it has started, and between start and the end of the batch
 //   page (with the buffer's memfd the first time it is used), batchEnd
 #pragma once
 
@@ -26,10 +26,8 @@ namespace paperline::sources {
 inline constexpr uint32_t workerProtocolVersion = 1;
 inline constexpr int workerSocketDescriptor = 3; // in the worker process
 inline constexpr size_t maximumMessageBytes = 64 * 1024;
-// The page being fetched and the one read ahead.
+// The current page and the one read ahead.
 inline constexpr uint32_t pageBufferCount = 2;
-// No page is larger than this, whatever a device claims.
-inline constexpr int64_t maximumPageBytes = int64_t{4} << 30;
 
 enum class MessageType : uint32_t {
     // requests
@@ -50,19 +48,19 @@ enum class MessageType : uint32_t {
     device,
 };
 
-// Shared between both processes from hello on. The worker raises `progress` whenever the device
-// moves on; the data source only compares it with what it was.
+// Shared by both processes from hello on. The worker increments `progress` with each sign of life
+// of the device; the data source only looks for changes.
 struct WorkerPulse {
     uint64_t progress;
 };
 
-// Builds one message: values in the machine's own order, texts with their length in front.
+// Builds one message: numbers in the machine's byte order, texts after their length.
 class MessageWriter {
 public:
     explicit MessageWriter(MessageType type) { putNumber(type); }
 
     template <typename Number> void putNumber(Number value) { append(&value, sizeof value); }
-    // Texts are cut where they would not fit any more.
+    // Cuts a text that does not fit.
     void putText(std::string_view text);
     std::span<const std::byte> bytes() const { return bytes_; }
     size_t room() const { return maximumMessageBytes - bytes_.size(); }
@@ -72,8 +70,7 @@ private:
     std::vector<std::byte> bytes_;
 };
 
-// Takes a message apart. After the first value that is not there, everything reads as zero or
-// empty and whole() is false.
+// Reads one message. Past its end every value reads as zero or empty, and whole() is false.
 class MessageReader {
 public:
     explicit MessageReader(std::span<const std::byte> bytes) : rest_(bytes) {}
@@ -86,7 +83,7 @@ public:
     bool flag() { return number<uint8_t>() != 0; }
     std::string text();
     bool good() const { return !failed_; }
-    // Every value was there and nothing is left over.
+    // Every value was there, and nothing is left.
     bool whole() const { return !failed_ && rest_.empty(); }
 
 private:
@@ -100,28 +97,25 @@ OptionDescriptor readOption(MessageReader& message);
 void putPageFormat(MessageWriter& message, const PageFormat& format);
 PageFormat readPageFormat(MessageReader& message);
 
-// A status that a worker may report; anything else becomes ioError.
+// ioError for numbers that a worker must not report.
 ScanStatus reportedStatus(uint32_t number);
-
-// Bytes of a page with whole, positive sizes of a kind we hand on; 0 for any other.
-int64_t pageByteCount(const PageFormat& format);
 
 enum class SocketResult { done, timeout, closed, damaged };
 
 struct ReceivedMessage {
     MessageType type{};
     std::vector<std::byte> body; // without the type
-    Descriptor descriptor;       // the one that came along, if any
+    Descriptor descriptor;       // if one was attached
 };
 
-// Sends one message, with a descriptor unless -1. Waits at most so long for room.
+// Sends one message, with a descriptor unless it is -1.
 SocketResult sendMessage(int socket,
                          std::span<const std::byte> bytes,
                          int descriptor = -1,
-                         std::chrono::milliseconds patience = std::chrono::seconds(5));
-// Receives one message; timeout when none came in time (negative: waits for ever). damaged: cut
-// off, too short, or with descriptors that do not belong there.
+                         std::chrono::milliseconds timeout = std::chrono::seconds(5));
+// Receives one message. A negative time has no limit. damaged: truncated, too short, or with more
+// than one descriptor.
 SocketResult
-receiveMessage(int socket, std::chrono::milliseconds patience, ReceivedMessage& message);
+receiveMessage(int socket, std::chrono::milliseconds timeout, ReceivedMessage& message);
 
 } // namespace paperline::sources

@@ -1,5 +1,5 @@
-// A device as its worker program sees it. The software scanner and SANE devices implement it; the
-// worker server (sources/worker/WorkerServer.h) drives it and carries its pages to the data source.
+// A device in its worker program. The software scanner and SANE devices implement it; the worker
+// server (WorkerServer.h) calls it and passes its pages to the data source.
 #pragma once
 
 #include "sources/framework/ScanTypes.h"
@@ -11,7 +11,7 @@
 
 namespace paperline::sources {
 
-// Takes one page while it is read. Lives in shared memory in the worker.
+// Where a page goes while it is read: shared memory (PageBuffer.h), or memory of a test.
 class PageSink {
 public:
     virtual ~PageSink() = default;
@@ -19,7 +19,7 @@ public:
     [[nodiscard]] virtual bool begin(const PageFormat& format) = 0;
     // Writable room for `count` rows from row `first` on; empty when there is no memory for them.
     virtual std::span<uint8_t> rows(int32_t first, int32_t count) = 0;
-    // The page is whole and has this many rows.
+    // The page is complete.
     virtual void finish(int32_t heightPixels) = 0;
 };
 
@@ -30,10 +30,9 @@ public:
     virtual std::vector<OptionDescriptor> options() = 0;
     [[nodiscard]] virtual ScanStatus setOption(const std::string& name,
                                                const std::string& value) = 0;
-    // Called before the first page of a batch.
+    // Before the first page of a batch.
     [[nodiscard]] virtual ScanStatus start() = 0;
-    // Reads one page into the sink; noMorePages when the batch is over. A page that fails half way
-    // is not delivered.
+    // Reads one page; noMorePages ends the batch. A page that fails half way is dropped.
     [[nodiscard]] virtual ScanStatus readPage(PageSink& sink) = 0;
     // May come from another thread while readPage runs.
     virtual void cancel() = 0;

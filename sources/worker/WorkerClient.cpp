@@ -12,7 +12,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr milliseconds slice{100}; // between two looks at the worker's life
+constexpr milliseconds pollInterval{100};
 constexpr milliseconds stopTime{10000};
 constexpr milliseconds closeTime{10000};
 
@@ -43,15 +43,15 @@ ScanStatus WorkerClient::openWorker() {
         return fail(ScanStatus::workerDied, "The scanner's worker did not start: " + error);
     ScanStatus status = greet();
     if (status == ScanStatus::good)
-        status = request(MessageWriter(MessageType::open), Patience::whileAlive);
+        status = request(MessageWriter(MessageType::open), Limit::silence);
     if (status != ScanStatus::good)
-        letGoOfWorker();
+        killWorker();
     return status;
 }
 
 ScanStatus WorkerClient::greet() {
     ReceivedMessage message;
-    const ScanStatus status = receive(message, Patience::whileAlive);
+    const ScanStatus status = receive(message, Limit::silence);
     if (status != ScanStatus::good)
         return status;
     MessageReader reader(message.body);
@@ -59,7 +59,7 @@ ScanStatus WorkerClient::greet() {
     if (message.type != MessageType::hello || !reader.whole() || version != workerProtocolVersion ||
         !isSealedMemory(message.descriptor.number()) ||
         sizeOf(message.descriptor.number()) < static_cast<int64_t>(sizeof(WorkerPulse)))
-        return failNonsense();
+        return failInvalid();
     void* place =
         mmap(nullptr, sizeof(WorkerPulse), PROT_READ, MAP_SHARED, message.descriptor.number(), 0);
     if (place == MAP_FAILED)
@@ -70,10 +70,11 @@ ScanStatus WorkerClient::greet() {
 
 void WorkerClient::close() {
     if (process_.isStarted()) {
-        (void)sendMessage(process_.socket(), MessageWriter(MessageType::close).bytes(), -1, slice);
+        (void)sendMessage(
+            process_.socket(), MessageWriter(MessageType::close).bytes(), -1, pollInterval);
         process_.waitForEnd(std::min(timeout_, closeTime));
     }
-    letGoOfWorker();
+    killWorker();
     settings_.clear();
     lostInStop_ = false;
 }
@@ -89,8 +90,8 @@ void WorkerClient::replaceLostWorker() {
             return;
 }
 
-// Whatever runs is killed; everything of its is unmapped and closed.
-void WorkerClient::letGoOfWorker() {
+// Kills the worker if it runs, and releases its memory.
+void WorkerClient::killWorker() {
     process_.kill();
     forgetBatch();
     for (Buffer& buffer : buffers_) {
@@ -109,7 +110,7 @@ std::vector<OptionDescriptor> WorkerClient::options() {
         return options_;
     replaceLostWorker();
     options_.clear();
-    if (request(MessageWriter(MessageType::options), Patience::whileAlive) != ScanStatus::good)
+    if (request(MessageWriter(MessageType::options), Limit::silence) != ScanStatus::good)
         return {};
     return options_;
 }
@@ -130,7 +131,7 @@ ScanStatus WorkerClient::requestOption(const std::string& name, const std::strin
     MessageWriter message(MessageType::setOption);
     message.putText(name);
     message.putText(value);
-    return request(message, Patience::whileAlive);
+    return request(message, Limit::silence);
 }
 
 ScanStatus WorkerClient::start() {
@@ -138,7 +139,7 @@ ScanStatus WorkerClient::start() {
         return ScanStatus::deviceBusy;
     replaceLostWorker();
     cancelAsked_ = false;
-    const ScanStatus status = request(MessageWriter(MessageType::start), Patience::whileAlive);
+    const ScanStatus status = request(MessageWriter(MessageType::start), Limit::silence);
     batchRuns_ = status == ScanStatus::good;
     return status;
 }
@@ -153,7 +154,7 @@ ScanStatus WorkerClient::nextPage(PageFormat& format) {
             return batchEnd_;
         }
         ReceivedMessage message;
-        ScanStatus status = receive(message, Patience::whileAlive);
+        ScanStatus status = receive(message, Limit::silence);
         if (status == ScanStatus::cancelled)
             stop();
         if (status == ScanStatus::good)
@@ -178,8 +179,8 @@ std::span<const uint8_t> WorkerClient::pixels() const {
 void WorkerClient::stop() {
     hasCurrent_ = false;
     if (process_.isStarted() && batchRuns_ &&
-        request(MessageWriter(MessageType::stop), Patience::atMost) != ScanStatus::good) {
-        letGoOfWorker();
+        request(MessageWriter(MessageType::stop), Limit::duration) != ScanStatus::good) {
+        killWorker();
         lostInStop_ = true;
     }
     forgetBatch();
@@ -204,11 +205,11 @@ void WorkerClient::releaseCurrent() {
     buffers_[current_.buffer].held = false;
     MessageWriter message(MessageType::release);
     message.putNumber(current_.buffer);
-    // A worker that is gone shows itself in the wait that follows.
-    (void)sendMessage(process_.socket(), message.bytes(), -1, slice);
+    // A failure shows in the next wait.
+    (void)sendMessage(process_.socket(), message.bytes(), -1, pollInterval);
 }
 
-ScanStatus WorkerClient::request(const MessageWriter& message, Patience kind) {
+ScanStatus WorkerClient::request(const MessageWriter& message, Limit kind) {
     errorText_.clear();
     if (!process_.isStarted())
         return fail(ScanStatus::workerDied, "The scanner is not open.");
@@ -219,7 +220,7 @@ ScanStatus WorkerClient::request(const MessageWriter& message, Patience kind) {
     return awaitAnswer(type, kind);
 }
 
-ScanStatus WorkerClient::awaitAnswer(MessageType type, Patience kind) {
+ScanStatus WorkerClient::awaitAnswer(MessageType type, Limit kind) {
     for (;;) {
         ReceivedMessage message;
         ScanStatus status = receive(message, kind);
@@ -235,7 +236,7 @@ ScanStatus WorkerClient::awaitAnswer(MessageType type, Patience kind) {
         const auto answered = reader.number<MessageType>();
         status = reportedStatus(reader.number<uint32_t>());
         errorText_ = reader.text();
-        return reader.whole() && answered == type ? status : failNonsense();
+        return reader.whole() && answered == type ? status : failInvalid();
     }
 }
 
@@ -243,19 +244,19 @@ uint64_t WorkerClient::progress() const {
     return pulse_ == nullptr ? 0 : __atomic_load_n(&pulse_->progress, __ATOMIC_RELAXED);
 }
 
-// Waits for a message. The time counts in slices, so that a while in which the application itself
-// was stopped does not look like the worker's silence.
-ScanStatus WorkerClient::receive(ReceivedMessage& message, Patience kind) {
-    const milliseconds limit = kind == Patience::atMost ? std::min(timeout_, stopTime) : timeout_;
+// Waits for a message. Silence is counted in polls, not by the clock: time during which the
+// application itself was stopped does not count.
+ScanStatus WorkerClient::receive(ReceivedMessage& message, Limit kind) {
+    const milliseconds limit = kind == Limit::duration ? std::min(timeout_, stopTime) : timeout_;
     uint64_t before = progress();
     for (milliseconds silence{0}; silence < limit;) {
         const bool ended = process_.hasEnded();
-        const milliseconds wait = ended ? milliseconds(0) : std::min(slice, limit - silence);
+        const milliseconds wait = ended ? milliseconds(0) : std::min(pollInterval, limit - silence);
         switch (receiveMessage(process_.socket(), wait, message)) {
         case SocketResult::done:
             return ScanStatus::good;
         case SocketResult::damaged:
-            return failNonsense();
+            return failInvalid();
         case SocketResult::closed:
             return fail(ScanStatus::workerDied, {});
         case SocketResult::timeout:
@@ -263,10 +264,10 @@ ScanStatus WorkerClient::receive(ReceivedMessage& message, Patience kind) {
         }
         if (ended)
             return fail(ScanStatus::workerDied, {});
-        if (kind == Patience::whileAlive && batchRuns_ && cancelAsked_)
+        if (kind == Limit::silence && batchRuns_ && cancelAsked_)
             return ScanStatus::cancelled;
         silence += wait;
-        if (kind == Patience::whileAlive && progress() != before) {
+        if (kind == Limit::silence && progress() != before) {
             before = progress();
             silence = milliseconds(0);
         }
@@ -274,24 +275,24 @@ ScanStatus WorkerClient::receive(ReceivedMessage& message, Patience kind) {
     return fail(ScanStatus::workerHung, "The scanner did not answer in time.");
 }
 
-// A message that answers nothing: an option, a page, or the end of the batch.
+// A message that is no answer: an option, a page, or the end of the batch.
 ScanStatus WorkerClient::takeEvent(ReceivedMessage& message) {
     MessageReader reader(message.body);
     switch (message.type) {
     case MessageType::option:
         options_.push_back(readOption(reader));
-        return reader.whole() && options_.size() <= 10000 ? ScanStatus::good : failNonsense();
+        return reader.whole() && options_.size() <= 10000 ? ScanStatus::good : failInvalid();
     case MessageType::page:
         return takePage(message);
     case MessageType::batchEnd:
         batchEnd_ = reportedStatus(reader.number<uint32_t>());
         batchEndText_ = reader.text();
         if (!reader.whole() || !batchRuns_ || batchHasEnded_ || batchEnd_ == ScanStatus::good)
-            return failNonsense();
+            return failInvalid();
         batchHasEnded_ = true;
         return ScanStatus::good;
     default:
-        return failNonsense();
+        return failInvalid();
     }
 }
 
@@ -303,15 +304,15 @@ ScanStatus WorkerClient::takePage(ReceivedMessage& message) {
     const int64_t bytes = pageByteCount(page.format);
     if (!reader.whole() || page.buffer >= buffers_.size() || bytes == 0 || !batchRuns_ ||
         batchHasEnded_)
-        return failNonsense();
+        return failInvalid();
     Buffer& buffer = buffers_[page.buffer];
     if (message.descriptor.isOpen()) {
         if (buffer.memory.isOpen() || !isSealedMemory(message.descriptor.number()))
-            return failNonsense();
+            return failInvalid();
         buffer.memory = std::move(message.descriptor);
     }
     if (buffer.held || !buffer.memory.isOpen() || sizeOf(buffer.memory.number()) < bytes)
-        return failNonsense();
+        return failInvalid();
     if (!mapPage(buffer, bytes))
         return fail(ScanStatus::noMemory, "There is no memory for the page.");
     buffer.held = true;
@@ -339,11 +340,11 @@ bool WorkerClient::mapPage(Buffer& buffer, int64_t bytes) {
     return true;
 }
 
-// Without a text, says how the worker ended.
+// Without a text, the error says how the worker ended.
 ScanStatus WorkerClient::fail(ScanStatus status, const std::string& text) {
     if (status == ScanStatus::workerDied && text.empty())
-        process_.waitForEnd(slice);
-    letGoOfWorker();
+        process_.waitForEnd(pollInterval);
+    killWorker();
     errorText_ = text;
     if (text.empty()) {
         errorText_ = "The scanner's worker ended unexpectedly";
@@ -352,7 +353,7 @@ ScanStatus WorkerClient::fail(ScanStatus status, const std::string& text) {
     return status;
 }
 
-ScanStatus WorkerClient::failNonsense() {
+ScanStatus WorkerClient::failInvalid() {
     return fail(ScanStatus::workerDied, "The scanner's worker sent something unintelligible.");
 }
 

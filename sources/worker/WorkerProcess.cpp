@@ -39,7 +39,7 @@ struct SpawnSettings {
     posix_spawnattr_t attributes;
 };
 
-// Standard input is empty, standard output goes to standard error, then the socket, nothing more.
+// Empty standard input, standard output to standard error, the socket, nothing else.
 void setDescriptors(posix_spawn_file_actions_t& actions, int socket) {
     posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     if (fcntl(STDERR_FILENO, F_GETFD) < 0)
@@ -49,7 +49,7 @@ void setDescriptors(posix_spawn_file_actions_t& actions, int socket) {
     posix_spawn_file_actions_addclosefrom_np(&actions, workerSocketDescriptor + 1);
 }
 
-// A process group of its own and no signal settings of the application.
+// A process group of its own, and default signal handling.
 void setAttributes(posix_spawnattr_t& attributes) {
     sigset_t none, all;
     sigemptyset(&none);
@@ -61,7 +61,7 @@ void setAttributes(posix_spawnattr_t& attributes) {
         &attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
 }
 
-// A connected pair above the numbers that the child's own descriptors take.
+// Numbered above the descriptors that the child will have.
 bool makeSocketPair(Descriptor& ours, Descriptor& theirs) {
     std::array<int, 2> pair{-1, -1};
     if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, pair.data()) != 0)
@@ -74,7 +74,6 @@ bool makeSocketPair(Descriptor& ours, Descriptor& theirs) {
 
 } // namespace
 
-// The number is read without regard to the locale.
 std::chrono::milliseconds workerTimeout() {
     using std::chrono::milliseconds;
     constexpr milliseconds usual{60000};
@@ -124,7 +123,7 @@ bool WorkerProcess::hasEnded() const {
     siginfo_t information{};
     const int result =
         waitid(P_PID, static_cast<id_t>(process_), &information, WEXITED | WNOHANG | WNOWAIT);
-    // Without a child to ask about, somebody else has collected it.
+    // ECHILD: the application has collected it.
     return result != 0 ? errno == ECHILD : information.si_pid == process_;
 }
 
@@ -141,23 +140,23 @@ bool WorkerProcess::collect() {
     return true;
 }
 
-bool WorkerProcess::waitForEnd(std::chrono::milliseconds patience) {
+bool WorkerProcess::waitForEnd(std::chrono::milliseconds timeout) {
     using Clock = std::chrono::steady_clock;
     constexpr int stepMilliseconds = 5;
-    const Clock::time_point giveUp = Clock::now() + patience;
-    // Without the descriptor, a look at every step.
+    const Clock::time_point giveUp = Clock::now() + timeout;
+    // Without the descriptor the loop polls.
     const Descriptor end(process_ > 0 ? static_cast<int>(syscall(SYS_pidfd_open, process_, 0))
                                       : -1);
     while (process_ > 0) {
         if (hasEnded()) {
-            // While the leader is not collected the group's number cannot be anyone else's.
+            // Until the leader is collected the group's number cannot be reused.
             ::kill(-process_, SIGKILL);
             return collect();
         }
         if (Clock::now() >= giveUp)
             return false;
         pollfd entry{end.number(), POLLIN, 0};
-        // One that is traced may have ended for its descriptor before it can be collected.
+        // The descriptor of a traced process may be ready before the process can be collected.
         if (poll(&entry, 1, stepMilliseconds) > 0 && !hasEnded())
             poll(nullptr, 0, stepMilliseconds);
     }
@@ -169,7 +168,7 @@ void WorkerProcess::kill() {
     if (process_ <= 0)
         return;
     ::kill(-process_, SIGKILL);
-    // A process in the middle of a device's I/O may not go at once; nobody waits for it longer.
+    // A process in uninterruptible I/O may not end at once; it is given up then.
     if (!waitForEnd(std::chrono::seconds(2)))
         process_ = 0;
 }

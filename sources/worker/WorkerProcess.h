@@ -1,5 +1,5 @@
-// A worker process as the data source holds it: in a process group of its own, with nothing of the
-// application but standard error and one socket.
+// A worker process: in a process group of its own, sharing only standard error and one socket with
+// the application.
 #pragma once
 
 #include "sources/worker/Protocol.h"
@@ -13,7 +13,7 @@
 
 namespace paperline::sources {
 
-// How long a worker may show no sign of life: PAPERLINE_WORKER_TIMEOUT in seconds, or 60.
+// How long a worker may be silent: PAPERLINE_WORKER_TIMEOUT in seconds, or 60.
 std::chrono::milliseconds workerTimeout();
 
 class WorkerProcess {
@@ -23,7 +23,7 @@ public:
     WorkerProcess(const WorkerProcess&) = delete;
     WorkerProcess& operator=(const WorkerProcess&) = delete;
 
-    // Starts the program with the arguments. False: `error` says why.
+    // False: `error` says why.
     [[nodiscard]] bool start(const std::string& program,
                              const std::vector<std::string>& arguments,
                              std::string& error);
@@ -31,13 +31,13 @@ public:
     int socket() const { return socket_.number(); }
     pid_t id() const { return process_; }
 
-    // The process has ended (its last messages may still wait in the socket).
+    // Its last messages may still be in the socket.
     bool hasEnded() const;
-    // Waits for the end and collects the process; false when the time was over.
-    bool waitForEnd(std::chrono::milliseconds patience);
-    // Ends the whole process group at once, and closes the socket.
+    // Waits for the end and collects the process; false on timeout.
+    bool waitForEnd(std::chrono::milliseconds timeout);
+    // Kills the whole process group and closes the socket.
     void kill();
-    // How the collected process ended: "signal 11", "exit status 1", empty when not known.
+    // How the process ended: "signal 11", "exit status 1", empty when not known.
     const std::string& ending() const { return ending_; }
 
 private:

@@ -1,10 +1,10 @@
-// A worker as a program: its arguments, its ties to the process that started it, and its end.
-#include "sources/worker/WorkerServer.h"
+#include "sources/worker/WorkerProgram.h"
 
+#include "sources/framework/LocaleFreeText.h"
 #include "sources/worker/OptionSettings.h"
 #include "sources/worker/Protocol.h"
+#include "sources/worker/WorkerServer.h"
 
-#include <charconv>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
@@ -20,30 +20,29 @@ namespace paperline::sources {
 
 namespace {
 
-// How long a device may take to be let go of once nobody wants it any more.
-constexpr std::chrono::seconds lettingGoTime{8};
+// How long a device may take to stop after the data source has closed it.
+constexpr std::chrono::seconds closingTime{8};
 
 pid_t startedBy = 0;
 
-// Ends this process and whatever drivers have forked off, at once.
+// Kills this process and what its drivers have forked.
 void endProcessGroup() {
     if (getpgrp() == getpid())
         kill(0, SIGKILL);
     _exit(3);
 }
 
-// The kernel sends it when the thread that started this process ends, which may be before the
-// process that it belonged to does.
-void parentMayBeGone(int) {
+// The kernel sends the signal when the parent's starting thread ends; the parent may still run.
+void endWithParent(int) {
     if (getppid() != startedBy)
         endProcessGroup();
 }
 
 void tieToParent() {
     startedBy = getppid();
-    std::signal(SIGHUP, parentMayBeGone);
+    std::signal(SIGHUP, endWithParent);
     prctl(PR_SET_PDEATHSIG, SIGHUP);
-    // Chatter of drivers must not stop a process group that is not the terminal's own.
+    // Output of drivers to the terminal must not stop this background process group.
     std::signal(SIGTTOU, SIG_IGN);
     std::signal(SIGPIPE, SIG_IGN);
 }
@@ -62,12 +61,6 @@ const char* kindName(OptionKind kind) {
         break;
     }
     return "string";
-}
-
-std::string numberText(double value) {
-    char text[32];
-    const auto result = std::to_chars(text, text + sizeof text, value);
-    return std::string(text, result.ptr);
 }
 
 std::string allowedValues(const OptionDescriptor& option) {
@@ -159,16 +152,16 @@ int runWorker(ScanDevice& device, int argc, const char* const* argv) {
         return 2;
     }
     tieToParent();
-    // Programs that a driver starts must not keep the data source waiting for this one's end.
+    // A driver's child process must not keep the socket open after this one's end.
     fcntl(workerSocketDescriptor, F_SETFD, FD_CLOEXEC);
-    // From then on until the program's own end, the device's included.
-    const auto limitLettingGo = [] {
+    // Covers the device's destructor, too.
+    const auto limitClosing = [] {
         std::thread([] {
-            std::this_thread::sleep_for(lettingGoTime);
+            std::this_thread::sleep_for(closingTime);
             endProcessGroup();
         }).detach();
     };
-    serveDevice(device, workerSocketDescriptor, arguments.product, limitLettingGo);
+    serveDevice(device, workerSocketDescriptor, arguments.product, limitClosing);
     return 0;
 }
 

@@ -23,9 +23,9 @@ struct Request {
     std::string name, value; // setOption's
 };
 
-// Two threads: the calling one listens to the socket, so that a stop or the data source's end is
-// seen at once; the other makes every call of the device and sends every message, so that what the
-// data source hears has an order.
+// Two threads: the calling one reads the socket, so that a stop or the data source's end is seen at
+// once; the other makes every call of the device and sends every message, so that messages keep
+// their order.
 class Server {
 public:
     Server(ScanDevice& device, int socket, const std::string& product)
@@ -36,7 +36,7 @@ public:
 private:
     struct Buffer {
         std::unique_ptr<PageBuffer> page;
-        bool used = false; // lent to the data source or being read into
+        bool used = false; // by the device or by the data source
         bool sent = false; // the data source has its descriptor
     };
 
@@ -98,7 +98,7 @@ void Server::run(const std::function<void()>& closing) {
     munmap(pulse_, sizeof *pulse_);
 }
 
-// False ends the service: the data source wants it, or sends what it never would.
+// False ends the service: a close, or an invalid message.
 bool Server::takeMessage(const ReceivedMessage& message) {
     MessageReader reader(message.body);
     switch (message.type) {
@@ -192,7 +192,7 @@ void Server::serve(const Request& request) {
     case MessageType::start:
         runBatch();
         break;
-    default: // stop: the batch is over, or this would not be served yet
+    default: // stop: by now the batch is over
         answer(request.type, ScanStatus::good, {});
         break;
     }
@@ -220,7 +220,7 @@ void Server::sendOptions() {
 
 void Server::runBatch() {
     {
-        // The data source has let go of every page of the batch before.
+        // The data source has dropped every page of the last batch.
         const std::lock_guard lock(mutex_);
         for (Buffer& buffer : buffers_)
             buffer.used = false;
@@ -237,13 +237,12 @@ void Server::runBatch() {
     MessageWriter message(MessageType::batchEnd);
     message.putNumber(static_cast<uint32_t>(end));
     message.putText(device_.errorText());
-    // Told before the device is stopped: some drivers take their time over that, or never come
-    // back.
+    // Sent before the device is stopped, because some drivers hang there.
     send(message);
     device_.stop();
 }
 
-// Reads until the device or the data source ends the batch; never gives `good`.
+// Until the device or the data source ends the batch; never `good`.
 ScanStatus Server::readPages() {
     for (;;) {
         uint32_t index = 0;
@@ -260,7 +259,7 @@ ScanStatus Server::readPages() {
     }
 }
 
-// False when the batch is to end instead.
+// False when the batch is to end.
 bool Server::waitForFreeBuffer(uint32_t& index) {
     std::unique_lock lock(mutex_);
     for (;;) {
@@ -296,8 +295,8 @@ void Server::sendPage(uint32_t index) {
 }
 
 void Server::send(const MessageWriter& message, int descriptor) {
-    // The data source reads whenever it waits for something; what it has not read yet is never more
-    // than a few messages. When it is gone the listening thread sees that too.
+    // The socket holds every message that the data source may have left unread. When it is gone the
+    // other thread sees that, too.
     (void)sendMessage(socket_, message.bytes(), descriptor, std::chrono::minutes(10));
 }
 

@@ -1,4 +1,4 @@
-"""Sources that hang in any of their calls, or call back when nobody expects it."""
+"""Sources that hang in any of their calls, or call back at an unexpected time."""
 import os
 import unittest
 
@@ -14,7 +14,7 @@ CALLS = [("open", None, 0), ("close", None, 0), ("enable", None, 0), ("info", 1,
 class HangingSources(ProgramTest):
     def scan_with(self, fault, *words):
         return self.scan("--format", "bmp", "--name", fault.replace("@", "-").replace(":", "-"), *words,
-                         options=[f"fault={fault}", f"count={PAGES}", "resolution=50"])
+                         fault=fault, options=[f"count={PAGES}", "resolution=50"])
 
     def test_no_call_holds_the_command_for_ever(self):
         for call, page, saved in CALLS:

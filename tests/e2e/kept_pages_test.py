@@ -17,11 +17,10 @@ class KeptPages(ProgramTest):
         self.kept_root = self.home / "data/paperline/Kept Pages"
         self.scratch = self.home / "scratch/tmp"
 
-    def start(self, *words, options=(), **environment):
+    def start(self, *words, options=(), fault=None, **environment):
         """A scan that runs on; signals reach it though the tests may run in the background."""
-        option_words = [word for option in options for word in ("--option", option)]
         process = subprocess.Popen(
-            [PROGRAM, "scan", "--source", "Software Scanner", "--folder", str(self.pages), *option_words, *words],
+            [PROGRAM, *self.scan_words(*words, options=options, fault=fault)],
             stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, stdin=subprocess.DEVNULL,
             env={**self.environment, **environment},
             preexec_fn=lambda: [signal.signal(s, signal.SIG_DFL) for s in (signal.SIGINT, signal.SIGHUP)])
@@ -99,7 +98,7 @@ class Ended(KeptPages):
         self.check_whole(self.kept(), ".jpg")
 
     def test_a_signal_does_not_wait_for_a_source_that_hangs(self):
-        process = self.start("--format", "mpdf", options=["fault=strip-hang@2", "count=3", "resolution=50"])
+        process = self.start("--format", "mpdf", fault="strip-hang@2", options=["count=3", "resolution=50"])
         self.wait_until(self.staged, "a page is staged")
         process.terminate()
         _, err = process.communicate(timeout=60)
@@ -114,7 +113,7 @@ class Hung(KeptPages):
         for file_format, suffix in JOINED.items():
             with self.subTest(file_format=file_format):
                 result = self.scan("--format", file_format, "--timeout", "2", "--json",
-                                   options=["fault=strip-hang@3", "count=4", "resolution=50"])
+                                   fault="strip-hang@3", options=["count=4", "resolution=50"])
                 self.assertEqual(result.returncode, 5, result.stderr)
                 self.assertEqual(self.objects(result), [{"files": 0, "pages": 0, "complete": False}])
                 folder = next(self.kept_root.iterdir())
@@ -128,7 +127,7 @@ class Hung(KeptPages):
 
     def test_totals_count_what_was_saved_before(self):
         result = self.scan("--format", "bmp", "--timeout", "2", "--json",
-                           options=["fault=strip-hang@2", "count=3", "resolution=50"])
+                           fault="strip-hang@2", options=["count=3", "resolution=50"])
         self.assertEqual(result.returncode, 5, result.stderr)
         page, totals = self.objects(result)
         self.assertEqual(page["path"], str(self.pages / "Image_00001.bmp"))
@@ -138,13 +137,13 @@ class Hung(KeptPages):
         for fault, code, saved in (("device-hang@0", 5, 0), ("device-hang@1", 5, 0), ("device-hang@3", 5, 2),
                                    ("device-crash@3", 1, 2)):
             result = self.scan("--format", "bmp", "--json", "--name", fault.replace("@", "_"),
-                               options=[f"fault={fault}", "count=4", "resolution=50"], PAPERLINE_WORKER_TIMEOUT="1")
+                               fault=fault, options=["count=4", "resolution=50"], PAPERLINE_WORKER_TIMEOUT="1")
             self.assertEqual(result.returncode, code, f"{fault}: {result.stderr}")
             self.assertTrue(result.stderr, fault)
             self.assertEqual(self.objects(result)[-1], {"files": saved, "pages": saved, "complete": False}, fault)
 
     def test_a_hung_worker_in_a_batch_keeps_its_pages(self):
-        result = self.scan("--format", "mpdf", options=["fault=device-hang@3", "count=4", "resolution=50"],
+        result = self.scan("--format", "mpdf", fault="device-hang@3", options=["count=4", "resolution=50"],
                            PAPERLINE_WORKER_TIMEOUT="1")
         # The pages before are all there is, and they are joined.
         self.assertEqual(result.returncode, 5, result.stderr)
@@ -154,7 +153,7 @@ class Hung(KeptPages):
 class NoPlace(KeptPages):
     """The folder that keeps pages does not take them."""
 
-    FAILING = ["fault=strip-hang@3", "count=4", "resolution=50"]
+    FAILING = {"fault": "strip-hang@3", "options": ["count=4", "resolution=50"]}
 
     def left_folder(self, result):
         [left] = [p for p in self.scratch.glob("paperline-*/CorvaneTempImage/MultiImage*") if any(p.iterdir())]
@@ -164,7 +163,7 @@ class NoPlace(KeptPages):
     def test_a_file_in_its_place(self):
         self.kept_root.parent.mkdir(parents=True)
         self.kept_root.write_text("in the way")
-        result = self.scan("--format", "mpdf", "--timeout", "2", options=self.FAILING)
+        result = self.scan("--format", "mpdf", "--timeout", "2", **self.FAILING)
         self.assertEqual(result.returncode, 5, result.stderr)
         left = self.left_folder(result)
         before = {p.name: p.read_bytes() for p in left.iterdir()}
@@ -186,9 +185,7 @@ class NoPlace(KeptPages):
     def on_disk_of(self, megabytes):
         """A batch that hangs, with the user's data on a small disk; which pages are where at its end."""
         data = self.home / "data"
-        options = [word for option in self.FAILING for word in ("--option", option)]
-        words = " ".join(f'"{w}"' for w in [PROGRAM, "scan", "--source", "Software Scanner", "--format", "mpdf",
-                                            "--folder", str(self.pages), "--timeout", "2", *options])
+        words = " ".join(f'"{w}"' for w in [PROGRAM, *self.scan_words("--format", "mpdf", "--timeout", "2", **self.FAILING)])
         script = (f'{self.spoil}; {words} >&2; echo "exit $?"; '
                   f'find "{data}" "{self.scratch}" -name "Image_*.jpg" -size +1c')
         return run_on_small_disk(data, megabytes, script, self.environment)

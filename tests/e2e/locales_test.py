@@ -131,16 +131,16 @@ class Locales(ProgramTest):
         place = self.forgetful_program()
         support.PROGRAM, built = str(place / "Paperline.app/Contents/MACOS/paperline"), support.PROGRAM
         self.addCleanup(setattr, support, "PROGRAM", built)
-        source_file = place / "TWAIN Data Sources/Software Scanner.ds/Versions/A/cvscan.plist"
+        source_file = self.faulty_bundle() / "Versions/A/cvscan.plist"
         source_file.write_bytes(plistlib.dumps({"Default": {"Language": TURKISH}}))
-        fault = ["fault=device-jam@2", "count=2", "resolution=50"]
+        failing = {"fault": "device-jam@2", "options": ["count=2", "resolution=50"]}
         # The window's language is English here, so that both speak.
-        result = self.scan("--format", "bmp", options=fault, **self.settings_of("C"))
+        result = self.scan("--format", "bmp", **failing, **self.settings_of("C"))
         self.assertEqual(result.returncode, 1, result.stderr)
         self.assertIn(f"Paper is jammed in the scanner. Please clear it and scan the remaining pages again. {TURKISH_PAPER_JAM}",
                       result.stderr)
         # In Turkish both say the same, once.
-        result = self.scan("--format", "bmp", options=fault, **self.settings_of("tr_TR.UTF-8"))
+        result = self.scan("--format", "bmp", **failing, **self.settings_of("tr_TR.UTF-8"))
         self.assertEqual(result.stderr.count(TURKISH_PAPER_JAM), 1, result.stderr)
         self.assertNotIn("Paper is jammed", result.stderr)
 

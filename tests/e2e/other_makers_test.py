@@ -6,7 +6,7 @@ import subprocess
 import unittest
 
 from pictures import MARK, bmp_rows, pnm_rows
-from support import PROGRAM, ProgramTest, configure_test_scanner, scanimage
+from support import FAULTY, FAULTY_BUNDLE, PROGRAM, ProgramTest, configure_test_scanner, scanimage
 
 HOST = os.environ["OTHERMAKER_HOST"]
 OTHER_MANAGER = os.environ["OTHERMAKER_MANAGER"]
@@ -84,8 +84,8 @@ class SoftwareScanner(OtherMakers):
                 self.assert_same_page(path, wanted[0], f"{mode}, {name} manager")
 
     def test_a_failure_reaches_the_program_through_the_other_manager(self):
-        other = self.with_other_manager(SOFTWARE_SOURCE)
-        result = self.scan("--format", "bmp", options=["resolution=50", "count=3", "fault=device-jam@3"], **other)
+        other = self.with_other_manager(FAULTY_BUNDLE / "Versions/A" / FAULTY)
+        result = self.scan("--format", "bmp", fault="device-jam@3", options=["resolution=50", "count=3"], **other)
         self.assertEqual((result.returncode, len(result.stdout.splitlines())), (1, 2), result.stderr)
         self.assertIn("jam", result.stderr)
 

@@ -94,7 +94,7 @@ class Failures(ProgramTest):
         self.assertIn("No Such Scanner", result.stderr)
 
     def test_source_that_vanished(self):
-        result = self.scan("--format", "bmp", options=["fault=vanish"])
+        result = self.scan("--format", "bmp", fault="vanish")
         self.assertEqual((result.returncode, result.stdout), (4, ""))
 
     def test_refused_option(self):
@@ -148,26 +148,26 @@ class Failures(ProgramTest):
         self.assertTrue(result.stderr)
 
     def test_paper_jam_keeps_the_pages_before(self):
-        result = self.scan("--format", "bmp", options=["fault=device-jam@3", "count=5", "resolution=50"])
+        result = self.scan("--format", "bmp", fault="device-jam@3", options=["count=5", "resolution=50"])
         self.assertEqual(result.returncode, 1, result.stderr)
         self.assertEqual([os.path.basename(p) for p in result.stdout.splitlines()],
                          ["Image_00001.bmp", "Image_00002.bmp"])
         self.assertIn("jammed", result.stderr)
 
     def test_empty_feeder(self):
-        result = self.scan("--format", "bmp", options=["fault=device-empty@1"])
+        result = self.scan("--format", "bmp", fault="device-empty@1")
         self.assertEqual((result.returncode, result.stdout), (1, ""))
         self.assertIn("no paper", result.stderr)
 
     def test_hung_source(self):
-        result = self.scan("--format", "bmp", "--timeout", "2", options=["fault=strip-hang@2", "count=3", "resolution=50"])
+        result = self.scan("--format", "bmp", "--timeout", "2", fault="strip-hang@2", options=["count=3", "resolution=50"])
         self.assertEqual(result.returncode, 5, result.stderr)
         # The page before is whole on disk, and its path was printed.
         self.assertEqual([os.path.basename(p) for p in result.stdout.splitlines()], ["Image_00001.bmp"])
         self.assertEqual(identify(self.pages / "Image_00001.bmp", "%w %h"), "413 585")
 
     def test_source_that_never_calls_back(self):
-        result = self.scan("--format", "bmp", "--timeout", "2", options=["fault=callback-never"])
+        result = self.scan("--format", "bmp", "--timeout", "2", fault="callback-never")
         self.assertEqual((result.returncode, result.stdout), (5, ""))
 
 
@@ -182,6 +182,8 @@ class Sources(ProgramTest):
         rows = {line.split("\t")[0]: line.split("\t") for line in result.stdout.splitlines()}
         self.assertIn("Lineart", rows["mode"][4])
         self.assertIn("resolution", rows)
+        self.assertEqual(rows["delay"][1:5], ["int", "0", "ms", "0..60000 step 1"])
+        self.assertNotIn("fault", rows)
 
     def test_says_when_its_helper_program_is_missing(self):
         bundle = self.own_program() / "Paperline.app"

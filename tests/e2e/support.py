@@ -9,6 +9,9 @@ import tempfile
 import unittest
 
 PROGRAM = os.environ["PAPERLINE_PROGRAM"]
+# The data source that misbehaves on request (tests/sources/faulty).
+FAULTY = "Faulty Scanner"
+FAULTY_BUNDLE = pathlib.Path(os.environ["PAPERLINE_FAULTY_ROOT"], "Library/Image Capture/TWAIN Data Sources", f"{FAULTY}.ds")
 # SANE's own scanner without hardware, an A4 flatbed.
 TEST_CONFIGURATION = """number_of_devices 1
 mode Gray
@@ -109,10 +112,23 @@ class ProgramTest(unittest.TestCase):
             shutil.copytree(folder, place / folder.name, symlinks=True)
         return place
 
-    def scan(self, *words, options=(), source="Software Scanner", **keywords):
-        """Scans into self.pages; `options` are NAME=VALUE words for the source."""
+    def faulty_bundle(self):
+        """The faulty scanner's bundle, installed in this home."""
+        bundle = self.home / "root/Library/Image Capture/TWAIN Data Sources" / FAULTY_BUNDLE.name
+        if not bundle.exists():
+            shutil.copytree(FAULTY_BUNDLE, bundle)
+        return bundle
+
+    def scan_words(self, *words, options=(), source="Software Scanner", fault=None):
+        """Of a scan into self.pages. `options` are NAME=VALUE words for the source; a fault is the faulty scanner's."""
+        if fault is not None:
+            self.faulty_bundle()
+            source, options = FAULTY, [f"fault={fault}", *options]
         option_words = [word for option in options for word in ("--option", option)]
-        return self.paperline("scan", "--source", source, "--folder", self.pages, *option_words, *words, **keywords)
+        return ["scan", "--source", source, "--folder", str(self.pages), *option_words, *map(str, words)]
+
+    def scan(self, *words, options=(), source="Software Scanner", fault=None, **keywords):
+        return self.paperline(*self.scan_words(*words, options=options, source=source, fault=fault), **keywords)
 
     def scanned(self, *words, **keywords):
         """The saved paths of a scan that must succeed."""

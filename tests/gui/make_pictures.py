@@ -77,7 +77,7 @@ def empty(tree, target):
 
 def scanning(tree, target):
     scene = Scene(tree, target, "scanning")
-    scene.home.set_options(count=4, resolution=150, fault="device-slow@4:8000")
+    scene.home.set_options(count=4, resolution=150, delay=4000)
     with scene:
         scene.scan(pages=3)
         time.sleep(1)  # the program does not answer while it scans; it paints before it waits

@@ -143,7 +143,7 @@ class WhileScanning(WindowTest):
     PAGES = 3
 
     def test_the_status_line_and_the_list_are_painted_page_by_page(self):
-        self.home.set_options(count=self.PAGES, resolution=75, fault="device-slow:3000")
+        self.home.set_options(count=self.PAGES, resolution=75, delay=3000)
         self.home.write_settings(self.tree)
         program = self.started()
         window = program.main_window()

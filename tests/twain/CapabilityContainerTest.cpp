@@ -27,14 +27,14 @@ std::vector<uint8_t> bytesOf(const CapabilityContainer& container) {
 TEST(CapabilityItemSize, FollowsTheTableOfTheThirteenTypes) {
     std::vector<uint32_t> sizes;
     for (uint16_t type = 0; type <= 12; ++type)
-        sizes.push_back(capabilityItemSize(type));
+        sizes.push_back(twain::capabilityItemSize(type));
     EXPECT_THAT(sizes, ElementsAre(1, 2, 4, 1, 2, 4, 2, 4, 16, 34, 66, 130, 256));
 }
 
 TEST(CapabilityItemSize, CountsNothingForHigherTypes) {
-    EXPECT_EQ(capabilityItemSize(13), 0U);
-    EXPECT_EQ(capabilityItemSize(twain::TWTY_HANDLE), 0U);
-    EXPECT_EQ(capabilityItemSize(0xffff), 0U);
+    EXPECT_EQ(twain::capabilityItemSize(13), 0U);
+    EXPECT_EQ(twain::capabilityItemSize(twain::TWTY_HANDLE), 0U);
+    EXPECT_EQ(twain::capabilityItemSize(0xffff), 0U);
 }
 
 TEST(OneValueContainer, PutsTheItemAtByteFour) {

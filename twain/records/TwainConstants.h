@@ -132,6 +132,12 @@ inline constexpr uint16_t TWTY_STR128 = 11;
 inline constexpr uint16_t TWTY_STR255 = 12;
 inline constexpr uint16_t TWTY_HANDLE = 15;
 
+// Bytes of one item of a container: of the types 0 to 12, 0 for all others.
+constexpr uint32_t capabilityItemSize(uint16_t itemType) {
+    constexpr uint32_t sizes[]{1, 2, 4, 1, 2, 4, 2, 4, 16, 34, 66, 130, 256};
+    return itemType <= TWTY_STR255 ? sizes[itemType] : 0;
+}
+
 // Memory flags of a transfer buffer.
 inline constexpr uint32_t TWMF_APPOWNS = 0x1;
 inline constexpr uint32_t TWMF_DSMOWNS = 0x2;

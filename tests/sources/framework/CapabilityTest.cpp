@@ -95,6 +95,15 @@ TEST_F(Capabilities, TheFeederIsTheDevicesSource) {
     EXPECT_EQ(get(CAP_FEEDERLOADED, MSG_GETCURRENT, TWON_ONEVALUE, 6), (Bytes{6, 0, 1, 0, 0, 0}));
 }
 
+TEST_F(Capabilities, DuplexIsTheFeeder) {
+    feed->descriptors = {choiceOption("source", "Duplex", {"Flatbed", "ADF", "Duplex"})};
+    ASSERT_EQ(close(), TWRC_SUCCESS);
+    ASSERT_EQ(open(), TWRC_SUCCESS);
+    EXPECT_EQ(get(CAP_FEEDERENABLED, MSG_GETCURRENT, TWON_ONEVALUE, 6), (Bytes{6, 0, 1, 0, 0, 0}));
+    EXPECT_EQ(setOne(CAP_FEEDERENABLED, 6, 0), TWRC_SUCCESS);
+    EXPECT_EQ(feed->descriptors[0].value, "Flatbed");
+}
+
 TEST_F(Capabilities, SupportedCapsListsEveryOneAndEachCanBeRead) {
     const auto list = get(CAP_SUPPORTEDCAPS, MSG_GET, TWON_ARRAY, 6 + 25 * 2);
     ASSERT_EQ(Bytes(list.begin(), list.begin() + 6), (Bytes{4, 0, 25, 0, 0, 0}));

@@ -53,15 +53,12 @@ TEST_F(Configuration, PathsStartAtTheBundle) {
           "family=F\ndevice=net:1.2.3.4:a=b\n");
     const auto read = readSourceConfiguration(bundle());
     ASSERT_TRUE(read);
-    EXPECT_EQ(read->library, bundle() + "/../lib/x.so");
     EXPECT_EQ(read->worker, bundle() + "/../bin/reader");
-    EXPECT_EQ(read->helpers, bundle() + "/../bin");
     EXPECT_EQ(read->device, "net:1.2.3.4:a=b");
     EXPECT_EQ(read->product, "P");
     EXPECT_EQ(read->manufacturer, "M");
     EXPECT_EQ(read->family, "F");
     write(conf(), "library=/l.so\nworker=/w\nproduct=P\n");
-    EXPECT_EQ(readSourceConfiguration(bundle())->library, "/l.so");
     EXPECT_EQ(readSourceConfiguration(bundle())->worker, "/w");
     write(conf(), "worker=sub/w\nproduct=P\n");
     EXPECT_EQ(readSourceConfiguration(bundle())->worker, bundle() + "/sub/w");

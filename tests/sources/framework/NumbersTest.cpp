@@ -71,8 +71,10 @@ TEST(TiffPage, ImpossiblePagesHaveNoHeader) {
     EXPECT_FALSE(tiffHeader({2, -1, 8, 0, 0}));
     EXPECT_FALSE(tiffHeader({2, 2, 4, 0, 0}));
     EXPECT_FALSE(tiffHeader({70000, 70000, 8, 0, 0})) << "past 4 GiB";
-    EXPECT_EQ(pixelByteCount({17, 2, 1, 0, 0}), 6u);
-    EXPECT_FALSE(pixelByteCount({INT32_MAX, 1, 24, 0, 0}));
+    EXPECT_EQ(pageByteCount({17, 2, 1, 0, 0}), 6);
+    EXPECT_EQ(pageByteCount({INT32_MAX, 1, 24, 0, 0}), 0);
+    EXPECT_EQ(pageByteCount({70000, 70000, 8, 0, 0}), 0);
+    EXPECT_EQ(pageByteCount({2, 2, 8, std::nan(""), 0}), 0);
 }
 
 TEST(StatusCodes, EveryConditionHasItsText) {

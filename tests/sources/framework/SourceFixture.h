@@ -186,7 +186,7 @@ protected:
     }
     ~SourceFixture() override {
         source.reset();
-        EXPECT_TRUE(ScriptedManager::memory.empty()) << "memory that nobody freed";
+        EXPECT_TRUE(ScriptedManager::memory.empty()) << "memory that was not freed";
     }
 
     uint16_t control(uint16_t type, uint16_t message, void* data) {

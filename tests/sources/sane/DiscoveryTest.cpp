@@ -96,7 +96,7 @@ TEST_F(Discovery, MakesABundleForEachDevice) {
     EXPECT_THAT(configuration, HasSubstr("\ndevice=test:1\n"));
     EXPECT_THAT(configuration, HasSubstr("\nproduct=" + second + "\n"));
     EXPECT_THAT(configuration, HasSubstr("\nmanufacturer=Corvane\nfamily=PageCentral\n"));
-    EXPECT_THAT(configuration, HasSubstr("/Contents/Frameworks/libpaperline-sane-source.so\n"));
+    EXPECT_THAT(configuration, HasSubstr("/Contents/Frameworks/libpaperline-source.so\n"));
     EXPECT_THAT(contentOf(inBundle(second, "Resources/Info.plist")),
                 HasSubstr("<string>" + second + "</string>"));
 }

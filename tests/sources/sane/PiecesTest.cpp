@@ -2,7 +2,7 @@
 #include "sources/sane/DeviceDefaults.h"
 #include "sources/sane/DeviceListing.h"
 #include "sources/sane/FrameRows.h"
-#include "sources/sane/OptionText.h"
+#include "sources/sane/SaneValues.h"
 #include "sources/sane/StatusText.h"
 
 #include <gmock/gmock.h>
@@ -16,7 +16,7 @@ namespace {
 using testing::ElementsAre;
 using Bytes = std::vector<uint8_t>;
 
-TEST(OptionText, NumbersAreReadAndWrittenInEveryLocale) {
+TEST(SaneValues, NumbersAreReadAndWrittenInEveryLocale) {
     const std::string before = std::setlocale(LC_ALL, nullptr);
     std::setlocale(LC_ALL, "de_DE.UTF-8");
     EXPECT_EQ(saneWordText(300, false), "300");
@@ -30,14 +30,14 @@ TEST(OptionText, NumbersAreReadAndWrittenInEveryLocale) {
     std::setlocale(LC_ALL, before.c_str());
 }
 
-TEST(OptionText, RefusesWhatIsNoNumberOrDoesNotFit) {
+TEST(SaneValues, RefusesWhatIsNoNumberOrDoesNotFit) {
     for (const char* text : {"", "x", "3x", "300dpi", "nan", "inf", "1e999", "0,5"})
         EXPECT_EQ(saneWordFromText(text, true), std::nullopt) << text;
     EXPECT_EQ(saneWordFromText("40000", true), std::nullopt);
     EXPECT_EQ(saneWordFromText("3000000000", false), std::nullopt);
 }
 
-TEST(OptionText, BooleansHaveManyWords) {
+TEST(SaneValues, BooleansHaveManyWords) {
     for (const char* text : {"yes", "TRUE", "on", "1", " Yes "})
         EXPECT_EQ(booleanFromText(text), true) << text;
     for (const char* text : {"no", "false", "OFF", "0"})
@@ -46,23 +46,24 @@ TEST(OptionText, BooleansHaveManyWords) {
     EXPECT_EQ(booleanFromText(""), std::nullopt);
 }
 
-TEST(OptionText, AChoiceIsMeantByItsTextOrItsOnlyLikeness) {
+TEST(SaneValues, AChoiceIsMeantByItsTextOrItsOnlyLikeness) {
     EXPECT_EQ(matchingChoice({"Gray", "Color"}, "color"), 1u);
     EXPECT_EQ(matchingChoice({"gray", "Gray"}, "Gray"), 1u);
     EXPECT_EQ(matchingChoice({"gray", "Gray"}, "GRAY"), std::nullopt);
     EXPECT_EQ(matchingChoice({"Gray"}, "Gra"), std::nullopt);
 }
 
-TEST(OptionText, OldDriversSpeakLatin1) {
+TEST(SaneValues, OldDriversSpeakLatin1) {
     EXPECT_EQ(utf8FromDriver("Andr\xE9"), "Andr\xC3\xA9");
     EXPECT_EQ(utf8FromDriver("Andr\xC3\xA9"), "Andr\xC3\xA9");
     EXPECT_EQ(utf8FromDriver(nullptr), "");
     EXPECT_EQ(utf8FromDriver("\xE2\x82"), "\xC3\xA2\xC2\x82");
 }
 
-TEST(OptionText, ListsHaveCommas) {
+TEST(SaneValues, ListsHaveCommas) {
     EXPECT_THAT(listParts("1, 2,3 "), ElementsAre("1", "2", "3"));
     EXPECT_THAT(listParts(""), ElementsAre(""));
+    EXPECT_THAT(listParts("1,"), ElementsAre("1", ""));
 }
 
 TEST(DeviceDefaults, PreferColourThenGrey) {

@@ -1,5 +1,6 @@
 // SANE's test backend through the device, and through a worker process and its client: the pictures
 // are those that scanimage makes of the same options.
+#include "sources/sane/LibsaneScanner.h"
 #include "sources/sane/SaneDevice.h"
 #include "sources/worker/WorkerClient.h"
 

@@ -1,5 +1,8 @@
 #include "tests/sources/software/ManagerScan.h"
 
+#include "sources/software/SoftwareDevice.h"
+#include "tests/sources/software/MemorySink.h"
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -32,8 +35,8 @@ uint16_t callback(abi::Identity*, abi::Identity*, uint32_t, uint16_t, uint16_t m
 
 } // namespace
 
-ManagerScan::ManagerScan() {
-    setenv("PAPERLINE_ROOT", (folder_ / "root").c_str(), 1);
+ManagerScan::ManagerScan(const std::filesystem::path& root) {
+    setenv("PAPERLINE_ROOT", (root.empty() ? folder_ / "root" : root).c_str(), 1);
     setenv("XDG_DATA_HOME", (folder_ / "data").c_str(), 1);
     setenv("HOME", (folder_ / "home").c_str(), 1);
     setenv("PAPERLINE_DSM_LOG", (folder_ / "dsm.log").c_str(), 1);
@@ -186,6 +189,28 @@ ScanResult ManagerScan::scan(const std::string& product, const std::string& opti
         entry_(&application_, nullptr, DG_CONTROL, DAT_IDENTITY, MSG_CLOSEDS, &source_) ==
         TWRC_SUCCESS;
     return result;
+}
+
+std::vector<std::vector<uint8_t>> drawnPages(const std::string& mode, int pages) {
+    SoftwareDevice device;
+    std::vector<std::vector<uint8_t>> result;
+    EXPECT_EQ(device.setOption("resolution", "50"), ScanStatus::good);
+    EXPECT_EQ(device.setOption("mode", mode), ScanStatus::good);
+    EXPECT_EQ(device.setOption("count", std::to_string(pages)), ScanStatus::good);
+    EXPECT_EQ(device.start(), ScanStatus::good);
+    MemorySink sink;
+    while (device.readPage(sink) == ScanStatus::good)
+        result.push_back(sink.bytes);
+    return result;
+}
+
+void expectWholePages(const ScanResult& result, size_t count, const std::string& what) {
+    ASSERT_EQ(result.pages.size(), count) << what;
+    const auto expected = drawnPages("Gray", 3);
+    for (size_t page = 0; page < count; ++page) {
+        EXPECT_EQ(result.pages[page].lastCode, TWRC_XFERDONE) << what;
+        EXPECT_EQ(result.pages[page].bytes, expected[page]) << what << " page " << page;
+    }
 }
 
 } // namespace paperline::sources

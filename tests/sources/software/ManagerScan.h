@@ -30,11 +30,12 @@ struct ScanResult {
     bool closed = false;
 };
 
-// Folders of a test, with no system or user data sources, and the manager of this build tree or of
-// another one.
+// Folders of a test, with no user data sources, and the manager of this build tree or of another
+// one.
 class ManagerScan {
 public:
-    ManagerScan();
+    // System data sources lie below `root`; empty: there are none.
+    explicit ManagerScan(const std::filesystem::path& root = {});
     ~ManagerScan();
     ManagerScan(const ManagerScan&) = delete;
     ManagerScan& operator=(const ManagerScan&) = delete;
@@ -61,5 +62,12 @@ private:
     twain::abi::Identity application_{};
     twain::abi::Identity source_{};
 };
+
+// Pages at 50 dots per inch as the software scanner's device itself draws them.
+std::vector<std::vector<uint8_t>> drawnPages(const std::string& mode, int pages);
+
+// Options of small grey pages, and the check that so many of the three arrived whole.
+inline const std::string smallPages = "resolution=50\nmode=Gray\n";
+void expectWholePages(const ScanResult& result, size_t count, const std::string& what);
 
 } // namespace paperline::sources

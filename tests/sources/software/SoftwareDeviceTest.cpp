@@ -1,4 +1,4 @@
-// The software scanner as a device: options, feeder and flatbed, pictures, misbehaviour.
+// The software scanner as a device: options, feeder and flatbed, pictures, delay.
 #include "sources/software/SoftwareDevice.h"
 #include "tests/sources/software/MemorySink.h"
 
@@ -13,6 +13,16 @@
 namespace paperline::sources {
 
 namespace {
+
+// Notes when room for rows is asked for.
+class TimedSink : public MemorySink {
+public:
+    std::span<uint8_t> rows(int32_t first, int32_t count) override {
+        times.push_back(std::chrono::steady_clock::now());
+        return MemorySink::rows(first, count);
+    }
+    std::vector<std::chrono::steady_clock::time_point> times;
+};
 
 class SoftwareDeviceTest : public testing::Test {
 protected:
@@ -59,7 +69,7 @@ TEST_F(SoftwareDeviceTest, ListsItsOptionsWithTheirRanges) {
         names.push_back(option.name);
     EXPECT_EQ(names,
               (std::vector<std::string>{
-                  "source", "mode", "resolution", "count", "width", "height", "pages", "fault"}));
+                  "source", "mode", "resolution", "count", "width", "height", "delay", "pages"}));
     EXPECT_EQ(options[0].choices,
               (std::vector<std::string>{"Flatbed", "Automatic Document Feeder"}));
     EXPECT_EQ(options[1].choices, (std::vector<std::string>{"Lineart", "Gray", "Color"}));
@@ -70,6 +80,9 @@ TEST_F(SoftwareDeviceTest, ListsItsOptionsWithTheirRanges) {
     EXPECT_EQ(options[2].maximum, 1200);
     EXPECT_EQ(options[3].value, "3");
     EXPECT_EQ(options[4].value, "210");
+    EXPECT_EQ(options[6].value, "0");
+    EXPECT_EQ(options[6].unit, "ms");
+    EXPECT_EQ(options[6].maximum, 60000);
 }
 
 TEST_F(SoftwareDeviceTest, RefusesWhatIsOutsideAndKeepsWhatItHad) {
@@ -87,7 +100,9 @@ TEST_F(SoftwareDeviceTest, RefusesWhatIsOutsideAndKeepsWhatItHad) {
                                      {"width", "19"},
                                      {"height", "inf"},
                                      {"pages", "/no/such/folder"},
-                                     {"fault", "explode"},
+                                     {"delay", "-1"},
+                                     {"delay", "60001"},
+                                     {"delay", "1.5"},
                                      {"tea", "hot"}})
         EXPECT_EQ(device.setOption(name, text), ScanStatus::invalid) << name << '=' << text;
     EXPECT_EQ(value("mode"), "Color");
@@ -194,53 +209,43 @@ TEST_F(SoftwareDeviceTest, CancelEndsTheBatch) {
     EXPECT_EQ(pagesOfBatch(), 3u) << "the next batch is whole";
 }
 
-TEST_F(SoftwareDeviceTest, CancelEndsAWait) {
-    set("fault", "device-slow:600000");
-    ASSERT_EQ(device.start(), ScanStatus::good);
-    std::thread canceller([&] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        device.cancel();
-    });
-    EXPECT_EQ(device.readPage(sink), ScanStatus::cancelled);
-    canceller.join();
-}
-
-TEST_F(SoftwareDeviceTest, MisbehavesOnTheNamedPage) {
-    using enum ScanStatus;
-    const std::vector<std::pair<std::string, ScanStatus>> faults{
-        {"device-jam", paperJam},
-        {"device-cover", coverOpen},
-        {"device-empty", noMorePages},
-        {"device-busy", deviceBusy},
-        {"device-denied", accessDenied},
-        {"device-offline", noSuchDevice},
-        {"device-error", ioError},
-        {"device-memory", noMemory},
-        {"device-invalid", invalid},
-        {"device-unsupported", unsupported},
-        {"device-cancel", cancelled},
-    };
-    for (const auto& [name, status] : faults) {
-        set("fault", name + "@first");
-        EXPECT_EQ(batch(), (std::vector{good, status})) << name;
-        set("fault", name + "@middle");
-        EXPECT_EQ(batch(), (std::vector{good, good, status})) << name;
-        set("fault", name + "@last");
-        EXPECT_EQ(batch(), (std::vector{good, good, good, status})) << name;
-        set("fault", name + "@4");
-        EXPECT_EQ(batch(), (std::vector{good, good, good, good, noMorePages})) << name;
-        EXPECT_EQ(device.setOption("fault", name + "@0"), status) << "while opening";
-        EXPECT_FALSE(device.errorText().empty());
+TEST_F(SoftwareDeviceTest, TheDelayIsSpreadOverTheRows) {
+    picture("a.pgm", "P5 1 100 255\n" + std::string(100, 'x'));
+    for (const char* pages : {"", folder.c_str()}) {
+        set("pages", pages);
+        set("delay", "600");
+        TimedSink timed;
+        ASSERT_EQ(device.start(), ScanStatus::good);
+        const auto start = std::chrono::steady_clock::now();
+        ASSERT_EQ(device.readPage(timed), ScanStatus::good);
+        ASSERT_GE(timed.times.size(), 50u);
+        EXPECT_GE(timed.times[25] - start, std::chrono::milliseconds(280));
+        EXPECT_GE(timed.times.back() - start, std::chrono::milliseconds(580));
+        // A busy machine may delay the first rows, but hardly by half of the time.
+        EXPECT_LT(timed.times.front() - start, std::chrono::milliseconds(300));
+        set("delay", "0");
+        ASSERT_EQ(device.start(), ScanStatus::good);
+        ASSERT_EQ(device.readPage(sink), ScanStatus::good);
+        EXPECT_EQ(sink.bytes, timed.bytes);
     }
-    set("fault", "");
-    EXPECT_EQ(pagesOfBatch(), 3u);
 }
 
-TEST_F(SoftwareDeviceTest, CrashesWhenAsked) {
-    set("fault", "device-crash@2");
-    ASSERT_EQ(device.start(), ScanStatus::good);
-    ASSERT_EQ(device.readPage(sink), ScanStatus::good);
-    EXPECT_EXIT(static_cast<void>(device.readPage(sink)), testing::KilledBySignal(SIGABRT), "");
+TEST_F(SoftwareDeviceTest, CancelEndsTheDelay) {
+    picture("a.pgm", "P5 1 1 255\nx");
+    for (const char* pages : {"", folder.c_str()}) {
+        set("pages", pages);
+        set("delay", "60000");
+        ASSERT_EQ(device.start(), ScanStatus::good);
+        std::thread canceller([&] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            device.cancel();
+        });
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_EQ(device.readPage(sink), ScanStatus::cancelled);
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+        EXPECT_EQ(sink.finishedRows, -1);
+        canceller.join();
+    }
 }
 
 } // namespace paperline::sources

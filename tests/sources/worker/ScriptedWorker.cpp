@@ -10,7 +10,7 @@
 // A name that starts with "raw " is no device at all: the program speaks the protocol wrongly.
 #include "sources/worker/PageBuffer.h"
 #include "sources/worker/Protocol.h"
-#include "sources/worker/WorkerServer.h"
+#include "sources/worker/WorkerProgram.h"
 
 #include <algorithm>
 #include <atomic>

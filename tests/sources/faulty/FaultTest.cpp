@@ -1,5 +1,5 @@
 // How faults are written, and that the guide names each of them.
-#include "sources/software/Fault.h"
+#include "tests/sources/faulty/Fault.h"
 
 #include <gtest/gtest.h>
 
@@ -56,7 +56,7 @@ TEST(FaultList, WhatIsWrittenWronglyIsRefused) {
 }
 
 TEST(FaultList, TheGuideNamesEveryFault) {
-    std::ifstream file(PAPERLINE_SOURCE_DIR "/docs/software-scanner.md");
+    std::ifstream file(FAULTY_GUIDE);
     const std::string guide{std::istreambuf_iterator<char>(file), {}};
     ASSERT_FALSE(guide.empty());
     for (const auto names : {sourceFaults(), deviceFaults()})

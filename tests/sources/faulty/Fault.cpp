@@ -1,4 +1,4 @@
-#include "sources/software/Fault.h"
+#include "tests/sources/faulty/Fault.h"
 
 #include <algorithm>
 #include <array>
@@ -30,7 +30,7 @@ constexpr std::array<std::string_view, 20> ofSource{
     "strip-long",      "strip-rows",    "strip-empty",     "strip-endless",  "end-count",
     "callback-twice",  "callback-late", "callback-thread", "callback-never", "callback-close"};
 
-constexpr std::array<std::string_view, 14> ofDevice{"device-jam",
+constexpr std::array<std::string_view, 13> ofDevice{"device-jam",
                                                     "device-cover",
                                                     "device-empty",
                                                     "device-busy",
@@ -42,8 +42,7 @@ constexpr std::array<std::string_view, 14> ofDevice{"device-jam",
                                                     "device-unsupported",
                                                     "device-cancel",
                                                     "device-crash",
-                                                    "device-hang",
-                                                    "device-slow"};
+                                                    "device-hang"};
 
 template <typename Names> bool contains(const Names& names, std::string_view name) {
     return std::find(names.begin(), names.end(), name) != names.end();

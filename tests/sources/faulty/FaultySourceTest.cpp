@@ -1,5 +1,5 @@
 // Every fault of the data source at least once, against a scripted feed and manager.
-#include "sources/software/FaultySource.h"
+#include "tests/sources/faulty/FaultySource.h"
 #include "tests/sources/framework/SourceFixture.h"
 
 #include <chrono>
@@ -21,7 +21,7 @@ protected:
         feed = owned.get();
         feed->descriptors = {rangeOption("count", "3", 1, 10000)};
         SourceConfiguration configuration;
-        configuration.product = "Software Scanner";
+        configuration.product = "Faulty Scanner";
         source = std::make_unique<FaultySource>(configuration, std::move(owned));
     }
     ~Faulty() override { unsetenv("PAPERLINE_SOURCE_OPTIONS"); }

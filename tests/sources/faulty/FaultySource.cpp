@@ -1,7 +1,7 @@
-#include "sources/software/FaultySource.h"
+#include "tests/sources/faulty/FaultySource.h"
 
 #include "sources/framework/OptionLines.h"
-#include "sources/software/FaultyRecords.h"
+#include "tests/sources/faulty/FaultyRecords.h"
 
 #include <algorithm>
 #include <array>
@@ -35,14 +35,9 @@ constexpr std::array<NamedTriplet, 13> namedTriplets{{
     {"extinfo", {DG_IMAGE, DAT_EXTIMAGEINFO, MSG_GET}},
 }};
 
-bool same(const Triplet& a, const Triplet& b) {
-    return a.dataGroup == b.dataGroup && a.dataArgumentType == b.dataArgumentType &&
-           a.message == b.message;
-}
-
 std::string nameOf(const Triplet& triplet) {
     for (const NamedTriplet& named : namedTriplets)
-        if (same(named.triplet, triplet))
+        if (named.triplet == triplet)
             return std::string(named.name);
     return {};
 }
@@ -62,20 +57,18 @@ void hang(const Fault& fault) {
 
 } // namespace
 
-FaultySource::FaultySource(SourceConfiguration configuration, std::unique_ptr<PageFeed> feed)
-    : DataSource(std::move(configuration), std::move(feed)) {
-    readFaults();
-}
+FaultySource::FaultySource(const SourceConfiguration& configuration, std::unique_ptr<PageFeed> feed)
+    : DataSource(configuration, std::move(feed)), product_(configuration.product) {}
 
 FaultySource::~FaultySource() {
     endThread();
 }
 
-// The last setting counts, as with the device itself; one that nobody understands is none, and
-// the device refuses it when it is opened.
+// The last setting counts, as with the device itself; one with an unknown fault is refused by the
+// device when it is opened.
 void FaultySource::readFaults() {
     std::string text;
-    for (const auto& settings : {storedOptions(configuration().product), scanOptions()})
+    for (const auto& settings : {storedOptions(product_), scanOptions()})
         for (const OptionSetting& setting : settings)
             if (setting.name == "fault")
                 text = setting.value;
@@ -95,14 +88,14 @@ const Fault* FaultySource::find(std::string_view name) const {
 }
 
 uint16_t FaultySource::entry(abi::Identity* origin, const Triplet& triplet, void* data) {
-    if (same(triplet, {DG_CONTROL, DAT_IDENTITY, MSG_OPENDS})) {
+    if (triplet == Triplet{DG_CONTROL, DAT_IDENTITY, MSG_OPENDS}) {
         readFaults();
         page_ = 0;
         const Fault* vanish = faults_.find("vanish");
         if (vanish != nullptr && timesOpened_ >= vanish->value.value_or(1))
             return fail(TWCC_NODS);
     }
-    if (same(triplet, {DG_CONTROL, DAT_IDENTITY, MSG_CLOSEDS}))
+    if (triplet == Triplet{DG_CONTROL, DAT_IDENTITY, MSG_CLOSEDS})
         endThread();
     if (const auto instead = faultInstead(triplet, data))
         return *instead;
@@ -148,7 +141,7 @@ std::optional<uint16_t> FaultySource::stripInstead(void* data) {
 }
 
 uint16_t FaultySource::regularEntry(abi::Identity* origin, const Triplet& triplet, void* data) {
-    const bool strip = same(triplet, {DG_IMAGE, DAT_IMAGEMEMXFER, MSG_GET});
+    const bool strip = triplet == Triplet{DG_IMAGE, DAT_IMAGEMEMXFER, MSG_GET};
     if (strip && data != nullptr && find("strip-small") != nullptr)
         return smallStrip(origin, triplet, data);
     return DataSource::entry(origin, triplet, data);

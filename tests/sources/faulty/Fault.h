@@ -1,4 +1,4 @@
-// The software scanner's option `fault`: how it is to misbehave.
+// The faulty scanner's option `fault`: how it is to misbehave.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// Values of SANE options as text. Numbers are read and written without regard to the locale.
+// Values of SANE options as text, the same in every locale.
 #pragma once
 
 #include <cstdint>
@@ -13,22 +13,19 @@ namespace paperline::sources {
 inline constexpr double saneFixedScale = 65536.0;
 
 std::string saneWordText(int32_t word, bool isFixed);
-// Nothing for text that is no number or one that a word cannot hold.
+// Nothing for text that is no number, or a number out of range.
 std::optional<int32_t> saneWordFromText(std::string_view text, bool isFixed);
 
 std::optional<bool> booleanFromText(std::string_view text); // yes, true, on, 1 and their opposites
 
-// Comma separated parts, blanks around them dropped.
+// The parts between commas, trimmed.
 std::vector<std::string> listParts(std::string_view text);
 
-// Index of the choice meant by the text: the same, or the only one that differs in case alone.
+// The choice that equals the text, or the only one that differs in case alone.
 std::optional<size_t> matchingChoice(const std::vector<std::string>& choices,
                                      std::string_view text);
 
-bool equalsIgnoringCase(std::string_view first, std::string_view second);
-bool containsIgnoringCase(std::string_view text, std::string_view part);
-
-// Older drivers speak Latin-1: text that is no UTF-8 is taken as that.
+// Text that is not valid UTF-8 is Latin-1, which older drivers use.
 std::string utf8FromDriver(const char* text);
 
 } // namespace paperline::sources

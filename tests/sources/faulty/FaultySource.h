@@ -1,9 +1,8 @@
-// A data source that misbehaves as the option `fault` says, so that applications can be tested
-// against what real drivers do. Part of the software scanner's library alone.
+// A data source that misbehaves as the option `fault` says.
 #pragma once
 
 #include "sources/framework/DataSource.h"
-#include "sources/software/Fault.h"
+#include "tests/sources/faulty/Fault.h"
 
 #include <condition_variable>
 #include <mutex>
@@ -15,7 +14,7 @@ namespace paperline::sources {
 
 class FaultySource : public DataSource {
 public:
-    FaultySource(SourceConfiguration configuration, std::unique_ptr<PageFeed> feed);
+    FaultySource(const SourceConfiguration& configuration, std::unique_ptr<PageFeed> feed);
     ~FaultySource() override;
 
     uint16_t entry(twain::abi::Identity* origin, const Triplet& triplet, void* data) override;
@@ -37,6 +36,7 @@ private:
     void notifyFromThread(int64_t milliseconds);
     void endThread();
 
+    std::string product_;
     FaultList faults_;
     int page_ = 0; // of the batch, from 1
     int stripsOfPage_ = 0;

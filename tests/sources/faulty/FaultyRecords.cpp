@@ -1,4 +1,4 @@
-#include "sources/software/FaultyRecords.h"
+#include "tests/sources/faulty/FaultyRecords.h"
 
 #include "twain/records/StandardRecords.h"
 
