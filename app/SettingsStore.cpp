@@ -4,7 +4,6 @@
 #include "app/SettingsFile.h"
 #include "base/BrandProfile.h"
 #include "base/CvOutputLog.h"
-#include "base/FileFormats.h"
 #include "platform/desktop/Alert.h"
 #include "platform/files/Files.h"
 #include "platform/files/PathText.h"
@@ -43,10 +42,6 @@ std::optional<int32_t> integerUnder(const PropertyListDictionary& dictionary, co
 
 std::string profileKey(const std::string& currentProductName) {
     return appendPathComponent(host().loginName(), currentProductName);
-}
-
-int32_t brandTwoMenuPosition(int32_t currentOSLanguage) {
-    return languageMenuPosition(brandProfile(2).supportedLanguages, currentOSLanguage).value_or(0);
 }
 
 } // namespace
@@ -123,11 +118,12 @@ void AppDelegate::ReadUISetting() {
 void AppDelegate::setDefaultProfile() {
     profileFolderName =
         SelectFolderAutoDetectFlag != 0 ? fallbackSaveFolder : fallbackDocumentsFolder;
-    profileFileformatSelect =
-        brandProfile(gBrandNumber).savesJpegByDefault ? formatJpeg : formatBmp;
+    const BrandProfile& brand = brandProfile(gBrandNumber);
+    profileFileformatSelect = brand.defaultFileFormat;
     profileLanguage = setFirstUILanguage(2);
-    if (gBrandNumber == 2)
-        supportLanguageProfileLanguage = brandTwoMenuPosition(currentOSLanguage);
+    if (!brand.supportedLanguages.empty())
+        supportLanguageProfileLanguage =
+            languageMenuPosition(brand.supportedLanguages, profileLanguage).value_or(0);
     profileShowInFinder = 0;
 }
 
@@ -176,8 +172,8 @@ void AppDelegate::writeSettingsAtTermination() {
 void AppDelegate::writeDefaultSetting(QObject* /*ignored*/) {
     TraceScope trace("writeDefaultSetting");
     PropertyListDictionary profile;
-    const int32_t format = brandProfile(gBrandNumber).savesJpegByDefault ? formatJpeg : formatBmp;
-    profile["FileFormat"] = PropertyListValue(int64_t{format});
+    profile["FileFormat"] =
+        PropertyListValue(int64_t{brandProfile(gBrandNumber).defaultFileFormat});
     profile["SavePath"] = PropertyListValue(fallbackDocumentsFolder);
     scannerName = std::string();
     PropertyListDictionary root;

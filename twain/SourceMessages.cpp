@@ -1,6 +1,7 @@
 // Operations of AppDelegate that say why a source did not do what it was asked for.
 #include "controller/AppDelegate.h"
 
+#include "base/BrandProfile.h"
 #include "base/CvOutputLog.h"
 #include "platform/desktop/Alert.h"
 #include "platform/desktop/MainLoop.h"
@@ -39,7 +40,7 @@ const char* keyOf(uint16_t conditionCode, const char* otherwise) {
 // Other makers give the same number a meaning of their own.
 bool isHungWorker(const SourceFailure& failure) {
     return failure.conditionCode == twain::conditionWorkerHung && gTWAINHandler != nullptr &&
-           gTWAINHandler->dsIdentity.Manufacturer.text() == "Corvane";
+           gTWAINHandler->dsIdentity.Manufacturer.text() == ownSourcesMaker;
 }
 
 void showFailure(AppDelegate& controller, const SourceFailure& failure, const char* otherwise) {

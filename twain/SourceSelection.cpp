@@ -9,7 +9,6 @@
 #include "platform/files/PathText.h"
 #include "platform/places/Places.h"
 #include "platform/plist/PropertyList.h"
-#include "twain/BrandFilter.h"
 #include "twain/PageTransfer.h"
 #include "twain/SessionNumber.h"
 #include "twain/TWAINHandler.h"
@@ -34,8 +33,6 @@ void endTwainSession() {
 namespace {
 
 constexpr double callbackDelaySeconds = 0.1;
-constexpr const char* makerWord = "Corvane";
-constexpr uint32_t talmerickBrand = 2;
 constexpr int modalStop = -1000;
 constexpr int modalAbort = -1001;
 // A manager that never ends its list is cut off here; nobody has as many scanners.
@@ -73,15 +70,6 @@ TWAINHandler::ApplicationStrings applicationStrings() {
             .productFamily = TW_STR32::from(brand.twainProductFamily),
             .productName = TW_STR32::from(brand.twainProductName),
             .versionText = TW_STR32::from(twainVersionText)};
-}
-
-BrandWords brandWords() {
-    const BrandProfile& brand = brandProfile(gBrandNumber);
-    return {.brandWord = brand.sourceBrandWord,
-            .secondBrandWord =
-                brand.sourceSecondBrandWord != nullptr ? brand.sourceSecondBrandWord : "",
-            .makerWord = makerWord,
-            .testsProductFamily = gBrandNumber == 0};
 }
 
 bool isTracing() {
@@ -152,8 +140,8 @@ void AppDelegate::TwainInit() {
     TraceScope trace("TwainInit");
     if (gTWAINHandler == nullptr) {
         gTWAINHandler = new TWAINHandler(applicationStrings());
-        if (gBrandNumber == talmerickBrand)
-            traceLine("gTWAINHandler COMPANYNAME_TALMERICK");
+        if (const char* line = brandProfile(gBrandNumber).handlerTraceLine)
+            traceLine(line);
     }
     messageReceiver() = this;
     gTWAINHandler->RegisterCallback(receiveMessage, reinterpret_cast<uintptr_t>(this));
@@ -182,7 +170,7 @@ void AppDelegate::SearchAllDS() {
 
 int32_t AppDelegate::selectSpcificSource() {
     TraceScope trace("selectSpcificSource");
-    const BrandWords words = brandWords();
+    const BrandProfile& brand = brandProfile(gBrandNumber);
     dsArray.clear();
     TW_IDENTITY identity{};
     // Sent once for the trace and once for use.
@@ -195,7 +183,7 @@ int32_t AppDelegate::selectSpcificSource() {
             break;
         message = twain::MSG_GETNEXT;
         const TWAIN_INFO source = TWAIN_INFO::from(identity);
-        if (passesBrandFilter(source, words))
+        if (brand.offersSource(source.manufacturerText(), source.productFamilyText()))
             dsArray.push_back(source);
     }
     return 0;
