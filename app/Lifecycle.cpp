@@ -13,6 +13,7 @@
 #include "platform/host/Host.h"
 #include "platform/places/Places.h"
 #include "viewer/ImageView.h"
+#include "viewer/PixelConversion.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -49,16 +50,6 @@ void centre(QWidget* window) {
     const QRect screen = window->screen()->availableGeometry();
     const QSize room = (screen.size() - window->frameSize()) / 2;
     window->move(screen.topLeft() + QPoint(std::max(0, room.width()), std::max(0, room.height())));
-}
-
-Rect rectOf(const QWidget* widget) {
-    if (widget == nullptr)
-        return {};
-    const QRect frame = widget->geometry();
-    return {static_cast<double>(frame.x()),
-            static_cast<double>(frame.y()),
-            static_cast<double>(frame.width()),
-            static_cast<double>(frame.height())};
 }
 
 } // namespace
@@ -234,7 +225,7 @@ bool AppDelegate::runSelectionWindow() {
 void AppDelegate::showMainWindow() {
     centre(paperlineWindow);
     paperlineToolbar_FileFormatsCombox->setCurrentIndex(0);
-    orgRect = rectOf(mImageView);
+    orgRect = rectOf(mImageView->geometry());
     saveRect = orgRect;
     mImageView->setFitorAcutalImage(1);
     fixUpSaveFolder();

@@ -121,10 +121,7 @@ void AppDelegate::layOutWindow() {
         return;
     const auto lastRow = static_cast<int32_t>(cellInfos.size()) - 1;
     const int32_t row = _selectedRaw >= 0 && _selectedRaw <= lastRow ? _selectedRaw : lastRow;
-    if (_fitOrAcutalImage == 1)
-        showFitlSizeImage(static_cast<uint32_t>(row));
-    else
-        showActualSizeImage(static_cast<uint32_t>(row));
+    showRow(static_cast<uint32_t>(row));
 }
 
 void AppDelegate::toolBarItemFileFormatSelect(int index) {

@@ -11,7 +11,6 @@
 #include "ui/Theme.h"
 #include "ui/WindowPlace.h"
 #include "viewer/ImageView.h"
-#include "viewer/RowSelection.h"
 
 #include <QAction>
 #include <QApplication>
@@ -53,7 +52,7 @@ void joinToolbar(AppDelegate& controller) {
     for (QAction* mode :
          {controller.paperlineToolbar_FitPage, controller.paperlineToolbar_ActualPage})
         QObject::connect(mode, &QAction::triggered, &controller, [&controller] {
-            const bool fits = controller._fitOrAcutalImage == 1;
+            const bool fits = controller._fitOrAcutalImage == fitMode;
             controller.paperlineToolbar_FitPage->setChecked(fits);
             controller.paperlineToolbar_ActualPage->setChecked(!fits);
         });
@@ -96,7 +95,7 @@ void joinMenus(AppDelegate& controller) {
 void joinSelectionWindow(AppDelegate& controller) {
     join(controller, controller.twainSelectSourceOKBtn, &AppDelegate::doBtnOK);
     join(controller, controller.twainSelectSourceCancelBtn, &AppDelegate::doBtnCancel);
-    reportRowSelection(controller, controller._tableViewSelectSource);
+    controller.reportRowSelection(controller._tableViewSelectSource);
 }
 
 // The command line's window is never shown, so it has no size to keep.

@@ -1,9 +1,9 @@
 #include "ui/MainToolbar.h"
 
 #include "controller/InterfaceOutlets.h"
-#include "ui/Colours.h"
 #include "ui/SaveFolderTextField.h"
 #include "ui/ThemedIcon.h"
+#include "viewer/Colours.h"
 
 #include <QAction>
 #include <QComboBox>

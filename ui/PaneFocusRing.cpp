@@ -1,6 +1,6 @@
 #include "ui/PaneFocusRing.h"
 
-#include "ui/Colours.h"
+#include "viewer/Colours.h"
 
 #include <QAbstractScrollArea>
 #include <QEvent>

@@ -1,7 +1,7 @@
 #include "ui/Theme.h"
 
 #include "platform/qt/ColourScheme.h"
-#include "ui/Colours.h"
+#include "viewer/Colours.h"
 
 #include <QApplication>
 

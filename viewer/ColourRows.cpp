@@ -1,7 +1,9 @@
 #include "viewer/ColourRows.h"
 
 #include "codecs/pixels/PageMemory.h"
+#include "platform/process/ParallelFor.h"
 
+#include <algorithm>
 #include <new>
 
 namespace paperline {
@@ -44,6 +46,15 @@ void putColourRow(std::span<const uint8_t> bytes, ColourOrder order, std::span<Q
                      QRgb{from[3]} << 24;
     const size_t red = order == ColourOrder::redFirst ? 0 : 2;
     *last = 0xFF000000U | QRgb{from[red]} << 16 | QRgb{from[1]} << 8 | from[2 - red];
+}
+
+void forBandsOfRows(int heightPixels, const std::function<void(int first, int end)>& work) {
+    constexpr int rowsOfBand = 64;
+    const auto bands = static_cast<size_t>((heightPixels - 1) / rowsOfBand + 1);
+    parallelFor(bands, processorCount(), [&](size_t band, unsigned) {
+        const int first = static_cast<int>(band) * rowsOfBand;
+        work(first, std::min(first + rowsOfBand, heightPixels));
+    });
 }
 
 } // namespace paperline

@@ -2,7 +2,6 @@
 
 #include "codecs/gif/GifDecoder.h"
 #include "platform/files/FileContent.h"
-#include "platform/process/ParallelFor.h"
 #include "viewer/ColourRows.h"
 #include "viewer/PageLoader.h"
 
@@ -41,10 +40,8 @@ void putRows(const GifPicture& picture, QImage& image, Pixel (*made)(const Palet
             return meanings[place];
         });
     };
-    const auto bands = static_cast<size_t>((picture.screenHeight - 1) / rowsOfBand + 1);
-    parallelFor(bands, processorCount(), [&](size_t band, unsigned) {
-        const int first = static_cast<int>(band) * rowsOfBand;
-        for (int y = first; y < std::min(first + rowsOfBand, picture.screenHeight); ++y)
+    forBandsOfRows(picture.screenHeight, [&](int first, int end) {
+        for (int y = first; y < end; ++y)
             putRow(y);
     });
 }

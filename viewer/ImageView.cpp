@@ -1,6 +1,8 @@
 #include "viewer/ImageView.h"
 
-#include "viewer/PageListing.h"
+#include "base/CvOutputLog.h"
+#include "controller/ViewerState.h"
+#include "viewer/PageListRules.h"
 
 #include <QPainter>
 #include <QTransform>
@@ -12,17 +14,12 @@ namespace paperline {
 
 namespace {
 
-constexpr int fitMode = 1;
 const QColor pageEdge(0, 0, 0, 70);
 // The corner that every placement gives, without the noise of its sums.
 constexpr double pageLeft = 5;
 constexpr double pageTop = 5;
 // Beyond this the drawing system's own coordinates end.
 constexpr double largestDrawnSide = 2'000'000;
-
-int32_t traced(double value) {
-    return std::abs(value) < 2e9 ? static_cast<int32_t>(value) : 0;
-}
 
 // The page's transform for a picture whose first row is its top, in a view whose y axis grows
 // downward.
@@ -57,7 +54,7 @@ QColor ImageView::surroundings() {
 }
 
 PageLoadError ImageView::setImagePath(const std::string& path, int imageIndex) {
-    const ViewTraceScope trace(trace_, "setImagePath");
+    const TraceScope trace("setImagePath");
     const LoadedPage page = pagesAhead_.load({path, imageIndex});
     const bool isPdf = pageFileKind(path) == PageFileKind::pdf;
     if (page.error == PageLoadError::none || (isPdf && page.error != PageLoadError::cannotOpen))
@@ -67,7 +64,7 @@ PageLoadError ImageView::setImagePath(const std::string& path, int imageIndex) {
 
 void ImageView::setImage(std::shared_ptr<const PageRaster> image,
                          const PageProperties& withMetadata) {
-    const ViewTraceScope trace(trace_, "setImage");
+    const TraceScope trace("setImage");
     mImage = std::move(image);
     shown_ = mImage;
     reduced_ = {};
@@ -116,7 +113,7 @@ void ImageView::viewWillStartLiveResize() {
 }
 
 void ImageView::viewDidEndLiveResize() {
-    const ViewTraceScope trace(trace_, "viewDidEndLiveResize");
+    const TraceScope trace("viewDidEndLiveResize");
     mLiveResizing = false;
     repaint();
 }
@@ -127,7 +124,7 @@ void ImageView::paintEvent(QPaintEvent*) {
 }
 
 void ImageView::drawRect(QPainter& painter) {
-    const ViewTraceScope trace(trace_, "drawRect");
+    const TraceScope trace("drawRect");
     painter.fillRect(rect(), surroundings());
     if (!shown_)
         return;
@@ -150,11 +147,9 @@ void ImageView::drawRect(QPainter& painter) {
 }
 
 void ImageView::tracePlacement(const PagePlacement& placement) const {
-    if (!trace_.value)
-        return;
-    trace_.value("viewBounds.origin.x", 0);
-    trace_.value(mFitorActualImage == fitMode ? "FIT_IAMGE tx" : "ACTUAL_IMAGE tx",
-                 traced(placement.transform.tx));
+    traceValue("viewBounds.origin.x", 0);
+    traceValue(mFitorActualImage == fitMode ? "FIT_IAMGE tx" : "ACTUAL_IMAGE tx",
+               wholePoints(placement.transform.tx));
 }
 
 // Painters sample too few pixels when they shrink a page much, and between pixels when they turn

@@ -4,7 +4,6 @@
 
 #include "viewer/PageTransform.h"
 #include "viewer/PagesAhead.h"
-#include "viewer/ViewTrace.h"
 
 #include <QWidget>
 
@@ -50,7 +49,6 @@ public:
 
     // The page's size as the arithmetic counts it; 0 x 0 without a page.
     PixelSize pagePixels() const;
-    void setTrace(ViewTrace trace) { trace_ = std::move(trace); }
 
     std::shared_ptr<const PageRaster> mImage; // may be let go after a draw
     PageProperties mMeta;
@@ -72,7 +70,6 @@ private:
 
     std::shared_ptr<const PageRaster> shown_; // for repaints after mImage went
     QImage reduced_;                          // shown_, turned and at its drawn size
-    ViewTrace trace_;
     PagesAhead pagesAhead_;
 };
 

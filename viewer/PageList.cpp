@@ -7,7 +7,7 @@
 #include "platform/host/DatePatterns.h"
 #include "platform/host/Host.h"
 #include "platform/places/Places.h"
-#include "viewer/PageListing.h"
+#include "viewer/PageListRules.h"
 #include "viewer/PageLoader.h"
 #include "viewer/PixelConversion.h"
 

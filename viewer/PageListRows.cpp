@@ -5,13 +5,12 @@
 #include "viewer/ImageView.h"
 #include "viewer/PageListModel.h"
 
+#include <QItemSelectionModel>
 #include <QTableView>
 
 namespace paperline {
 
 namespace {
-
-constexpr int fitMode = 1;
 
 bool isSourceTable(const AppDelegate& controller, const QObject* table) {
     return table != nullptr && table == controller._tableViewSelectSource;
@@ -88,12 +87,16 @@ void AppDelegate::tableViewSelectionDidChange(QObject* tableView, int row) {
     mNeedSetImage = 1;
     if (mImageView != nullptr)
         mImageView->setRelaseCGImageRef(1);
-    if (_fitOrAcutalImage == fitMode)
-        showFitlSizeImage(static_cast<uint32_t>(row));
-    else
-        showActualSizeImage(static_cast<uint32_t>(row));
+    showRow(static_cast<uint32_t>(row));
     _selectedRaw = row;
     changeThumbnailSelect = 1;
+}
+
+void AppDelegate::reportRowSelection(QTableView* table) {
+    connect(table->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this, table] {
+        const QModelIndexList rows = table->selectionModel()->selectedRows();
+        tableViewSelectionDidChange(table, rows.isEmpty() ? -1 : rows.constFirst().row());
+    });
 }
 
 void AppDelegate::reloadMainTable() {

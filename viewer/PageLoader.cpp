@@ -5,7 +5,7 @@
 #include "codecs/pixels/DecodedImage.h"
 #include "viewer/BmpPage.h"
 #include "viewer/GifPage.h"
-#include "viewer/PageListing.h"
+#include "viewer/PageListRules.h"
 #include "viewer/PdfPages.h"
 #include "viewer/PixelConversion.h"
 #include "viewer/PngPage.h"

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "codecs/pixels/PageProperties.h"
+#include "viewer/PdfPageSizes.h"
 #include "viewer/PdfPages.h"
 
 #include <QImage>

@@ -39,6 +39,10 @@ Rect boundingBox(const AffineTransform& transform, const Rect& rect) {
     return {left, bottom, farRight - left, farTop - bottom};
 }
 
+int32_t wholePoints(double points) {
+    return std::abs(points) < 2e9 ? static_cast<int32_t>(points) : 0;
+}
+
 AffineTransform scaledBy(const AffineTransform& transform, double scale) {
     return {transform.a * scale,
             transform.b * scale,

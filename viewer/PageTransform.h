@@ -36,6 +36,8 @@ struct Point {
 Point transformed(const AffineTransform& transform, Point point);
 // The bounding box of the rectangle's four corners after the transform.
 Rect boundingBox(const AffineTransform& transform, const Rect& rect);
+// As the debug trace prints it: without its fraction, 0 where it is larger than any screen.
+int32_t wholePoints(double points);
 // First the transform, then a uniform scale.
 AffineTransform scaledBy(const AffineTransform& transform, double scale);
 

@@ -4,7 +4,8 @@
 #include "platform/desktop/MainLoop.h"
 #include "platform/process/SystemLog.h"
 #include "viewer/ImageView.h"
-#include "viewer/PageListing.h"
+#include "viewer/PageListRules.h"
+#include "viewer/PixelConversion.h"
 
 #include <QScrollArea>
 #include <QTimer>
@@ -18,8 +19,6 @@ namespace paperline {
 
 namespace {
 
-constexpr int fitMode = 1;
-constexpr int actualSizeMode = 2;
 // At the most so long the pages of one file are measured before the window answers again.
 constexpr std::chrono::milliseconds measuringTime{50};
 
@@ -28,10 +27,6 @@ uint32_t actualPagesShown = 0;
 
 const CellInfo* pageAt(const AppDelegate& controller, uint32_t row) {
     return row < controller.cellInfos.size() ? &controller.cellInfos[row] : nullptr;
-}
-
-int32_t wholePoints(double value) {
-    return std::abs(value) < 2e9 ? static_cast<int32_t>(value) : 0;
 }
 
 void setScrollers(const AppDelegate& controller, bool vertical, bool horizontal) {
@@ -55,14 +50,6 @@ void setViewFrame(const AppDelegate& controller, const Rect& frame) {
 void scrollToTopLeft(const AppDelegate& controller) {
     if (controller.showImageScrollView != nullptr)
         controller.showImageScrollView->ensureVisible(0, 0, 0, 0);
-}
-
-Rect frameOf(const QWidget* widget) {
-    const QRect geometry = widget->geometry();
-    return {static_cast<double>(geometry.x()),
-            static_cast<double>(geometry.y()),
-            static_cast<double>(geometry.width()),
-            static_cast<double>(geometry.height())};
 }
 
 // No page is loaded ahead of a scan: it needs the memory and the processors itself.
@@ -93,7 +80,7 @@ void loadIntoView(const AppDelegate& controller, uint32_t row) {
 bool layOutActualPage(const AppDelegate& controller, const std::string& path) {
     const LargestPageSize largest = largestPagePixelSize(path, measuringTime);
     const ActualSizeFrame actual =
-        actualSizeFrame(frameOf(controller.showImageScrollView), largest.size);
+        actualSizeFrame(rectOf(controller.showImageScrollView->geometry()), largest.size);
     setScrollers(controller, actual.verticalScroller, actual.horizontalScroller);
     setViewFrame(controller, actual.frame);
     return largest.complete;
@@ -178,6 +165,13 @@ void AppDelegate::showActualSizeImage(uint32_t row) {
         scrollToTopLeft(*this);
     }
     mNeedSetImage = 0;
+}
+
+void AppDelegate::showRow(uint32_t row) {
+    if (_fitOrAcutalImage == fitMode)
+        showFitlSizeImage(row);
+    else
+        showActualSizeImage(row);
 }
 
 void AppDelegate::toolBarItemFitPage(QObject*) {

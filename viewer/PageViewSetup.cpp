@@ -1,10 +1,8 @@
 // Joins the window's page list and page view to the controller.
-#include "base/CvOutputLog.h"
 #include "controller/AppDelegate.h"
 #include "viewer/CustomCell.h"
 #include "viewer/ImageView.h"
 #include "viewer/PageListModel.h"
-#include "viewer/RowSelection.h"
 
 #include <QEvent>
 #include <QHeaderView>
@@ -18,11 +16,6 @@
 namespace paperline {
 
 namespace {
-
-ViewTrace viewTrace() {
-    return {[](const char* name, const char* marker) { traceLine(name, marker); },
-            [](const char* label, int32_t value) { traceValue(label, value); }};
-}
 
 // Calls back after every event of one type that a widget gets.
 class EventWatcher : public QObject {
@@ -65,7 +58,6 @@ void setUpTable(AppDelegate& controller) {
         [&controller] { return controller.numberOfRowsInTableView(controller._tableViewMain); },
         table);
     auto* cell = new CustomCell(table);
-    cell->setTrace(viewTrace());
     cell->setWillDisplayCell([&controller, cell](int row) {
         controller.willDisplayCell(controller._tableViewMain, *cell, row);
     });
@@ -75,7 +67,7 @@ void setUpTable(AppDelegate& controller) {
     table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     fitRows(table);
     new EventWatcher(table, QEvent::FontChange, [table] { fitRows(table); });
-    reportRowSelection(controller, table);
+    controller.reportRowSelection(table);
 }
 
 void setUpPane(AppDelegate& controller) {
@@ -109,7 +101,6 @@ void AppDelegate::connectPageViews() {
         setUpTable(*this);
     if (showImageScrollView == nullptr || mImageView == nullptr)
         return;
-    mImageView->setTrace(viewTrace());
     setUpPane(*this);
     pagePaneDidResize();
 }
@@ -120,7 +111,7 @@ void AppDelegate::pagePaneDidResize() {
         return;
     const QSize pane = showImageScrollView->maximumViewportSize();
     orgRect = {0, 0, static_cast<double>(pane.width()), static_cast<double>(pane.height())};
-    if (_fitOrAcutalImage != 2)
+    if (_fitOrAcutalImage != actualSizeMode)
         mImageView->resize(pane);
     splitViewDidResizeSubviews();
 }

@@ -1,6 +1,6 @@
 #include "viewer/PagesAhead.h"
 
-#include "viewer/PageListing.h"
+#include "viewer/PageListRules.h"
 
 #include <algorithm>
 #include <exception>

@@ -1,8 +1,8 @@
-// Remembers the page sizes of PDF files from one draw to the next.
+#include "viewer/PdfPageSizes.h"
+
 #include "viewer/FileState.h"
 #include "viewer/PdfPages.h"
 
-#include <chrono>
 #include <memory>
 #include <unordered_map>
 #include <vector>

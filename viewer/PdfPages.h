@@ -5,8 +5,6 @@
 
 #include <QImage>
 
-#include <algorithm>
-#include <chrono>
 #include <memory>
 #include <string>
 
@@ -33,23 +31,5 @@ public:
 private:
     std::unique_ptr<QPdfDocument> document_;
 };
-
-// Page sizes of PDF files, remembered as long as the file on disk stays the same: a look-up costs
-// one question to the file system. Zero when the path is no PDF file or has no such page.
-PixelSize pdfPageSize(const std::string& path, int pageIndex);
-// The largest width and the largest height over the pages that are measured.
-struct LargestPageSize {
-    PixelSize size;
-    bool complete = true; // all pages are measured
-
-    void include(PixelSize page) {
-        size.width = std::max(size.width, page.width);
-        size.height = std::max(size.height, page.height);
-    }
-};
-
-// Measures pages for about as long as `budget`, one at the least; asked again it goes on from
-// there.
-LargestPageSize largestPdfPageSize(const std::string& path, std::chrono::milliseconds budget);
 
 } // namespace paperline

@@ -1,9 +1,11 @@
-// Between the platform's page buffers and Qt's pictures.
+// Between the program's pages and rectangles and Qt's.
 #pragma once
 
+#include "codecs/pixels/Geometry.h"
 #include "codecs/pixels/Image.h"
 
 #include <QImage>
+#include <QRect>
 
 namespace paperline {
 
@@ -18,5 +20,7 @@ QImage opaqueImage(const QImage& image);
 // An image object of 8 or 24 bits, one point a pixel. Not valid when there are no pixels or memory
 // runs out.
 Image imageObject(const QImage& picture);
+
+Rect rectOf(const QRect& rect);
 
 } // namespace paperline
