@@ -78,11 +78,8 @@ void AppDelegate::ReadUISettingForLastLanguage() {
         profileLanguage = setFirstUILanguage(2);
         return;
     }
-    if (const std::optional<int32_t> language = integerUnder(file.root, "Language")) {
-        profileLanguage = *language;
-        supportLanguageProfileLanguage = languageMenuPosition(supportedLanguage, profileLanguage)
-                                             .value_or(supportLanguageProfileLanguage);
-    }
+    if (const std::optional<int32_t> language = integerUnder(file.root, "Language"))
+        setProfileLanguage(*language);
 }
 
 void AppDelegate::ReadSettingForCreateFolder() {
@@ -107,11 +104,8 @@ void AppDelegate::ReadUISetting() {
     profileFolderName = stringUnder(*profile, "SavePath");
     profileFileformatSelect =
         integerUnder(*profile, "FileFormat").value_or(profileFileformatSelect);
-    if (const std::optional<int32_t> language = integerUnder(*profile, "Language")) {
-        profileLanguage = *language;
-        supportLanguageProfileLanguage = languageMenuPosition(supportedLanguage, profileLanguage)
-                                             .value_or(supportLanguageProfileLanguage);
-    }
+    if (const std::optional<int32_t> language = integerUnder(*profile, "Language"))
+        setProfileLanguage(*language);
     profileShowInFinder = integerUnder(*profile, "ShowInFinder").value_or(profileShowInFinder);
 }
 

@@ -1,6 +1,6 @@
 #include "app/WindowSession.h"
 
-#include "app/LaunchTexts.h"
+#include "app/SettingsFile.h"
 #include "app/SourceDiscovery.h"
 #include "base/BrandProfile.h"
 #include "controller/AppDelegate.h"

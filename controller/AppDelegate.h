@@ -277,6 +277,7 @@ public:
     // Localisation: ui/Localisation.cpp
     void getSystemInfo();
     int32_t setFirstUILanguage(int32_t mode);
+    void setProfileLanguage(int32_t language); // and its position in the menu of a brand's own list
     void titleSelectionWindow();
     void addLanguageItemtoMenu(const std::shared_ptr<const LanguageBundle>& bundle);
     void changeLanguage(QAction* menuItem);

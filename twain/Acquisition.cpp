@@ -9,7 +9,7 @@
 #include "twain/PageTransfer.h"
 #include "twain/SessionNumber.h"
 #include "twain/TWAINHandler.h"
-#include "ui/SaveFolderChoice.h"
+#include "ui/SaveFolderText.h"
 #include "ui/SaveFolderTextField.h"
 
 namespace paperline {
@@ -65,7 +65,7 @@ bool createSaveFolder(const std::string& folder) {
     const bool created = createFolderWithParents(folder);
     if (created)
         traceLine("Success!");
-    else if (gOutputLog != nullptr && gOutputLog->debugLevel != 0)
+    else if (isTracing())
         traceLine(("Error! The folder cannot be created: " + folder).c_str());
     return created;
 }

@@ -4,7 +4,6 @@
 
 #include "base/CvOutputLog.h"
 #include "platform/plist/PropertyList.h"
-#include "ui/LanguageTable.h"
 
 #include <algorithm>
 #include <limits>
@@ -75,10 +74,8 @@ void AppDelegate::ReadWriteDSLanguageSetting(int32_t mode, bool orgLanaguage) {
         return;
     }
     currentLanguage = language;
-    profileLanguage = language;
+    setProfileLanguage(language);
     traceValue("profileLanguage", profileLanguage);
-    supportLanguageProfileLanguage = languageMenuPosition(supportedLanguage, profileLanguage)
-                                         .value_or(supportLanguageProfileLanguage);
 }
 
 } // namespace paperline

@@ -72,10 +72,6 @@ TWAINHandler::ApplicationStrings applicationStrings() {
             .versionText = TW_STR32::from(twainVersionText)};
 }
 
-bool isTracing() {
-    return gOutputLog != nullptr && gOutputLog->debugLevel != 0;
-}
-
 void traceComparison(const std::string& found, const std::string& wanted) {
     if (!isTracing())
         return;

@@ -72,7 +72,10 @@ void EmptyState::fitHint() {
     int width = widestHint;
     while (width - tooNarrow > 1) { // each look lays the text out anew
         const int middle = (tooNarrow + width) / 2;
-        (hint_->heightForWidth(middle) <= height ? width : tooNarrow) = middle;
+        if (hint_->heightForWidth(middle) <= height)
+            width = middle;
+        else
+            tooNarrow = middle;
     }
     hint_->setFixedSize(width, height);
 }

@@ -8,7 +8,7 @@
 #include "platform/files/PathText.h"
 #include "platform/host/Host.h"
 #include "ui/MenuText.h"
-#include "ui/SaveFolderChoice.h"
+#include "ui/SaveFolderText.h"
 #include "ui/SaveFolderTextField.h"
 
 #include <QAction>

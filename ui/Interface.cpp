@@ -7,7 +7,6 @@
 #include "platform/places/Places.h"
 #include "ui/MainWindow.h"
 #include "ui/SelectSourceWindow.h"
-#include "ui/SourceListModel.h"
 #include "ui/Theme.h"
 #include "ui/WindowPlace.h"
 #include "viewer/ImageView.h"
@@ -18,6 +17,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
+#include <QStringListModel>
 #include <QTableView>
 
 namespace paperline {
@@ -140,11 +140,10 @@ void AppDelegate::loadInterface() {
 }
 
 void AppDelegate::reloadSourceTable() {
-    auto* model = qobject_cast<SourceListModel*>(_tableViewSelectSource->model());
     QStringList names;
     for (const TWAIN_INFO& source : dsArray)
         names.append(QString::fromStdString(source.productNameText()));
-    model->setNames(names);
+    qobject_cast<QStringListModel*>(_tableViewSelectSource->model())->setStringList(names);
 }
 
 } // namespace paperline

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -68,6 +69,9 @@ std::string withoutRegion(std::string_view preferredLanguage);
 // The language of the first preferred language (already without its region); English when none
 // matches.
 int32_t languageOfPreference(std::string_view preferredLanguage);
+
+// The first of the system's preferred languages ("de-DE") when the brand offers it, else English.
+int32_t systemLanguage(std::span<const std::string> preferredLanguages, std::string_view brandList);
 
 // A brand's list is "00,01,..."; an empty one offers every language. Membership is a substring
 // test.

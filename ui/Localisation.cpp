@@ -24,16 +24,6 @@ std::shared_ptr<const LanguageBundle> gLanguageBundle;
 
 namespace {
 
-// This system stands for one of version 10.1.2 in the tests that depend on the original platform's
-// version number.
-constexpr uint32_t systemVersionCode = 0x10120;
-constexpr uint32_t firstVersionWithParts = 0x1040;
-constexpr uint32_t firstVersionWithRegions = 0x10120;
-
-bool isTracing() {
-    return gOutputLog != nullptr && gOutputLog->debugLevel > 0;
-}
-
 std::string languageFolder(const std::string& resources, int32_t language) {
     return resources + "/" + languageTable[static_cast<size_t>(language)].resourceFolder;
 }
@@ -48,16 +38,14 @@ QMenu* languageSubmenu(const QMenu* optionsMenu) {
 
 void AppDelegate::getSystemInfo() {
     TraceScope trace("getSystemInfo");
-    if (systemVersionCode >= firstVersionWithParts) {
-        const SystemVersion version = host().systemVersion();
-        mVersionMajor = version.majorNumber;
-        mVersionMinor = version.minorNumber;
-        mVersionBugFix = version.bugFix;
-        if (isTracing())
-            traceText("Mac OS X version",
-                      std::to_string(mVersionMajor) + "." + std::to_string(mVersionMinor) + "." +
-                          std::to_string(mVersionBugFix));
-    }
+    const SystemVersion version = host().systemVersion();
+    mVersionMajor = version.majorNumber;
+    mVersionMinor = version.minorNumber;
+    mVersionBugFix = version.bugFix;
+    if (isTracing())
+        traceText("Mac OS X version",
+                  std::to_string(mVersionMajor) + "." + std::to_string(mVersionMinor) + "." +
+                      std::to_string(mVersionBugFix));
     const std::string locale = host().localeIdentifier();
     traceText("Current locale", locale);
     sysLanguage = languageOfLocale(locale);
@@ -77,13 +65,7 @@ int32_t AppDelegate::setFirstUILanguage(int32_t mode) {
     TraceScope trace("setFirstUILanguage");
     int32_t language = languageInTable(profileLanguage);
     if (mode != 1) {
-        const std::vector<std::string> preferred = host().preferredLanguages();
-        std::string first = preferred.empty() ? std::string() : preferred.front();
-        if (systemVersionCode >= firstVersionWithRegions)
-            first = withoutRegion(first);
-        currentOSLanguage = languageOfPreference(first);
-        if (!isLanguageOffered(supportedLanguage, currentOSLanguage))
-            currentOSLanguage = languageEnglish;
+        currentOSLanguage = systemLanguage(host().preferredLanguages(), supportedLanguage);
         language = currentOSLanguage;
     }
     if (loadLanguage(language))
@@ -91,6 +73,12 @@ int32_t AppDelegate::setFirstUILanguage(int32_t mode) {
 
     titleSelectionWindow();
     return language;
+}
+
+void AppDelegate::setProfileLanguage(int32_t language) {
+    profileLanguage = language;
+    supportLanguageProfileLanguage =
+        languageMenuPosition(supportedLanguage, language).value_or(supportLanguageProfileLanguage);
 }
 
 void AppDelegate::titleSelectionWindow() {

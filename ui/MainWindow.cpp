@@ -29,10 +29,6 @@ namespace {
 
 constexpr int narrowestPageList = 200; // a thumbnail and a scroller
 
-QString textOf(const std::shared_ptr<const LanguageBundle>& bundle, const char* key) {
-    return QString::fromStdString(localizedString(bundle, key));
-}
-
 // The cells draw their own selection; the platform's bar behind the whole row would frame it.
 class PlainRows : public QProxyStyle {
 public:
@@ -94,11 +90,12 @@ protected:
     }
 };
 
-void describe(QWidget* widget, const QString& nameText, const QString& helpText) {
+// Names the widget for screen readers.
+void describe(QWidget* widget, const QString& name, const QString& help) {
     if (widget == nullptr)
         return;
-    widget->setAccessibleName(nameText);
-    widget->setAccessibleDescription(helpText);
+    widget->setAccessibleName(name);
+    widget->setAccessibleDescription(help);
 }
 
 } // namespace
@@ -186,49 +183,42 @@ void MainWindow::layOutPanes(bool withPageList) {
     split->setSizes({dividerPosition, qMax(0, available - dividerPosition)});
 }
 
-void MainWindow::name(QAction* item, const std::string& nameText, const std::string& helpText) {
-    describe(toolbarButton(outlets_.paperlineToolbar, item),
-             QString::fromStdString(nameText),
-             QString::fromStdString(helpText));
-}
-
 void MainWindow::retranslate(const std::shared_ptr<const LanguageBundle>& bundle) {
-    const auto text = [&bundle](const char* key) { return localizedString(bundle, key); };
-    name(outlets_.paperlineToolbar_Setup, text("Setup"), text("SetupHelp"));
-    name(outlets_.paperlineToolbar_Scan, text("Scan"), text("ScanHelp"));
-    name(outlets_.paperlineToolbar_FileFormat, text("Save"), text("SaveHelp"));
-    name(outlets_.paperlineToolbar_FolderSelect, text("FileFormat"), text("FolderButtonHelp"));
-    name(outlets_.paperlineToolbar_OpenDlg, text("OpenFolder"), text("OpenFolderHelp"));
-    name(outlets_.paperlineToolbar_FitPage, text("FitPage"), text("FitPageHelp"));
-    name(outlets_.paperlineToolbar_ActualPage, text("ActualPage"), text("ActualPageHelp"));
-    outlets_.paperlineToolbar_OpenDlg->setText(textOf(bundle, "OpenFolder"));
-    outlets_.paperlineToolbar_OpenDlg->setToolTip(textOf(bundle, "OpenFolderHelp"));
-    outlets_.paperlineToolbar_Setup->setToolTip(textOf(bundle, "SetupHelp"));
-    outlets_.paperlineToolbar_Scan->setToolTip(textOf(bundle, "ScanHelp"));
-    outlets_.paperlineToolbar_FolderSelect->setToolTip(textOf(bundle, "FolderButtonHelp"));
-    outlets_.paperlineToolbar_FileFormatsCombox->setToolTip(textOf(bundle, "FormatListHelp"));
-    outlets_.currentSaveFolder->setToolTip(textOf(bundle, "SaveFolderHelp"));
+    const auto text = [&bundle](const char* key) {
+        return QString::fromStdString(localizedString(bundle, key));
+    };
+    const auto describeButton = [this](QAction* item, const QString& name, const QString& help) {
+        describe(toolbarButton(outlets_.paperlineToolbar, item), name, help);
+    };
+    describeButton(outlets_.paperlineToolbar_Setup, text("Setup"), text("SetupHelp"));
+    describeButton(outlets_.paperlineToolbar_Scan, text("Scan"), text("ScanHelp"));
+    describeButton(outlets_.paperlineToolbar_FileFormat, text("Save"), text("SaveHelp"));
+    describeButton(
+        outlets_.paperlineToolbar_FolderSelect, text("FileFormat"), text("FolderButtonHelp"));
+    describeButton(outlets_.paperlineToolbar_OpenDlg, text("OpenFolder"), text("OpenFolderHelp"));
+    describeButton(outlets_.paperlineToolbar_FitPage, text("FitPage"), text("FitPageHelp"));
+    describeButton(
+        outlets_.paperlineToolbar_ActualPage, text("ActualPage"), text("ActualPageHelp"));
+    outlets_.paperlineToolbar_OpenDlg->setText(text("OpenFolder"));
+    outlets_.paperlineToolbar_OpenDlg->setToolTip(text("OpenFolderHelp"));
+    outlets_.paperlineToolbar_Setup->setToolTip(text("SetupHelp"));
+    outlets_.paperlineToolbar_Scan->setToolTip(text("ScanHelp"));
+    outlets_.paperlineToolbar_FolderSelect->setToolTip(text("FolderButtonHelp"));
 
-    describe(outlets_.paperlineToolbar, textOf(bundle, "ToolbarName"), {});
-    describe(outlets_.paperlineToolbar_FileFormatsCombox,
-             textOf(bundle, "FormatListName"),
-             textOf(bundle, "FormatListHelp"));
-    unseenLabelOf(outlets_.paperlineToolbar_FileFormatsCombox)
-        ->setText(textOf(bundle, "FormatListName"));
-    describe(outlets_.currentSaveFolder,
-             textOf(bundle, "SaveFolderName"),
-             textOf(bundle, "SaveFolderHelp"));
-    describe(
-        outlets_._tableViewMain, textOf(bundle, "PageListName"), textOf(bundle, "PageListHelp"));
-    describe(outlets_.showImageScrollView,
-             textOf(bundle, "PageViewName"),
-             textOf(bundle, "PageViewHelp"));
-    describe(outlets_.showImageScrollView->widget(),
-             textOf(bundle, "PageViewName"),
-             textOf(bundle, "PageViewHelp"));
-    emptyState_->setTexts(textOf(bundle, "NoPagesTitle"), textOf(bundle, "NoPagesHint"));
+    QComboBox* formats = outlets_.paperlineToolbar_FileFormatsCombox;
+    describe(formats, text("FormatListName"), text("FormatListHelp"));
+    formats->setToolTip(text("FormatListHelp"));
+    unseenLabelOf(formats)->setText(text("FormatListName"));
+    describe(outlets_.currentSaveFolder, text("SaveFolderName"), text("SaveFolderHelp"));
+    outlets_.currentSaveFolder->setToolTip(text("SaveFolderHelp"));
+    describe(outlets_.paperlineToolbar, text("ToolbarName"), {});
+    describe(outlets_._tableViewMain, text("PageListName"), text("PageListHelp"));
+    for (QWidget* pane : {static_cast<QWidget*>(outlets_.showImageScrollView),
+                          outlets_.showImageScrollView->widget()})
+        describe(pane, text("PageViewName"), text("PageViewHelp"));
+    emptyState_->setTexts(text("NoPagesTitle"), text("NoPagesHint"));
     // The status label's text is its name for screen readers; only its purpose is added.
-    status_->setAccessibleDescription(textOf(bundle, "StatusName"));
+    status_->setAccessibleDescription(text("StatusName"));
 }
 
 void MainWindow::setApplicationMenuTitle(const QString& productName) {

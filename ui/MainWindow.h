@@ -59,7 +59,6 @@ private:
     void makePanes(QWidget* pageView);
     void makeStatusLine();
     void orderTabs();
-    void name(QAction* item, const std::string& nameText, const std::string& helpText);
 
     InterfaceOutlets& outlets_;
     EmptyState* emptyState_ = nullptr;

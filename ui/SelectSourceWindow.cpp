@@ -1,13 +1,13 @@
 #include "ui/SelectSourceWindow.h"
 
 #include "controller/InterfaceOutlets.h"
-#include "ui/SourceListModel.h"
 
 #include <QDialogButtonBox>
 #include <QHeaderView>
 #include <QLabel>
 #include <QProxyStyle>
 #include <QPushButton>
+#include <QStringListModel>
 #include <QTableView>
 #include <QVBoxLayout>
 
@@ -19,6 +19,19 @@ constexpr int windowHeight = 320;
 constexpr int margin = 20;
 constexpr int rowPadding = 12;
 constexpr int besideNames = 8;
+
+// A name that the column cuts short is whole in its tooltip.
+class NameList : public QStringListModel {
+public:
+    using QStringListModel::QStringListModel;
+
+    QVariant data(const QModelIndex& index, int role) const override {
+        return QStringListModel::data(index, role == Qt::ToolTipRole ? Qt::DisplayRole : role);
+    }
+    Qt::ItemFlags flags(const QModelIndex& index) const override {
+        return QAbstractListModel::flags(index); // not to be edited or dragged
+    }
+};
 
 // Names keep away from the list's edge.
 class RoomyRows : public QProxyStyle {
@@ -33,9 +46,7 @@ public:
 
 QTableView* makeNameTable(QWidget* parent, const QStringList& names) {
     auto* table = new QTableView(parent);
-    auto* model = new SourceListModel(table);
-    model->setNames(names);
-    table->setModel(model);
+    table->setModel(new NameList(names, table));
     table->horizontalHeader()->hide();
     table->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
     table->verticalHeader()->hide();

@@ -34,27 +34,23 @@ constexpr int bufferThumbnailPixels = 360;
 
 // --- trace lines under the operation's name; nothing is built while tracing is off ---
 
-bool tracing() {
-    return gOutputLog != nullptr && gOutputLog->debugLevel != 0;
-}
-
 void log(const char* text) {
-    if (tracing())
+    if (isTracing())
         traceText(operation, text);
 }
 
 void logNumber(const char* label, int64_t number) {
-    if (tracing())
+    if (isTracing())
         traceText(operation, label + std::to_string(number));
 }
 
 void logName(const char* label, const std::string& name) {
-    if (tracing())
+    if (isTracing())
         traceText(operation, label + name);
 }
 
 void logTime(const char* label) {
-    if (!tracing())
+    if (!isTracing())
         return;
     traceText(operation,
               label + formatDate({.secondsSinceEpoch = host().secondsSinceEpoch(),
@@ -160,7 +156,7 @@ bool listNewPaths(AppDelegate& controller) {
         logNumber("imageFilePath count = ", static_cast<int64_t>(paths.size()));
         logNumber("iNextImage = ", static_cast<int64_t>(i));
         const std::string path = paths[i];
-        if (tracing())
+        if (isTracing())
             logName("theFileName = ", withoutPathExtension(lastPathComponent(path)));
         if (!fileExists(path)) {
             log("file not Exist");

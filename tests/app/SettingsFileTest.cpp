@@ -1,4 +1,4 @@
-#include "app/LaunchTexts.h"
+#include "app/SettingsFile.h"
 
 #include "platform/files/Files.h"
 #include "platform/host/Host.h"
