@@ -1,6 +1,7 @@
 #include "app/SourceDescription.h"
 
 #include "app/CommandLine.h"
+#include "platform/files/Descriptor.h"
 #include "platform/places/Places.h"
 #include "platform/process/SystemLog.h"
 
@@ -8,24 +9,13 @@
 #include <QProcess>
 #include <QString>
 
-#include <unistd.h>
+#include <span>
 
 namespace paperline {
 namespace {
 
 constexpr const char* describeProgram = "/Contents/Helpers/paperline-describe-source";
 constexpr int longestDescriptionMilliseconds = 60'000;
-
-bool writeAll(int descriptor, const QByteArray& bytes) {
-    for (qsizetype done = 0; done < bytes.size();) {
-        const ssize_t written =
-            write(descriptor, bytes.constData() + done, static_cast<size_t>(bytes.size() - done));
-        if (written <= 0)
-            return false;
-        done += written;
-    }
-    return true;
-}
 
 } // namespace
 
@@ -46,8 +36,10 @@ int describeSource(const std::string& sourceBundle, int resultDescriptor) {
     }
     if (describe.exitStatus() != QProcess::NormalExit || describe.exitCode() != 0)
         return exitSourceNotOpened;
-    return writeAll(resultDescriptor, describe.readAllStandardOutput()) ? exitSaved
-                                                                        : exitNotAllSaved;
+    const QByteArray lines = describe.readAllStandardOutput();
+    const std::span<const uint8_t> bytes(reinterpret_cast<const uint8_t*>(lines.constData()),
+                                         static_cast<size_t>(lines.size()));
+    return writeAll(resultDescriptor, bytes) ? exitSaved : exitNotAllSaved;
 }
 
 } // namespace paperline

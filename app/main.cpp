@@ -1,7 +1,6 @@
 // Process entry: the window, or one of the commands.
 #include "app/CommandLine.h"
 #include "app/ScanCommand.h"
-#include "app/SourceDiscovery.h"
 #include "app/Version.h"
 #include "app/WindowSession.h"
 #include "controller/AppDelegate.h"
