@@ -42,9 +42,6 @@ void removeMenuItem(QMenu* menu, qsizetype index) {
         menu->removeAction(menu->actions().at(index));
 }
 
-// Results of the selection window's modal loop.
-constexpr int modalStopped = -1000;
-
 // A window larger than the screen starts at its corner: its title stays in reach.
 void centre(QWidget* window) {
     const QRect screen = window->screen()->availableGeometry();

@@ -1,6 +1,5 @@
 // Builders and readers of the four TWAIN capability containers, kept in an owned buffer that starts
-// cleared. Layout: natural alignment, so that items of an enumeration start at byte 16 and those of
-// an array at byte 8.
+// cleared. Its first bytes are one of the records below; items follow at once.
 #pragma once
 
 #include <cstddef>
@@ -35,10 +34,12 @@ void* allocateCleared(size_t byteCount);
 
 struct OneValue {
     uint16_t itemType = 0;
+    uint16_t padding = 0;
     uint32_t item = 0;
 };
 struct ValueRange {
     uint16_t itemType = 0;
+    uint16_t padding = 0;
     uint32_t minValue = 0;
     uint32_t maxValue = 0;
     uint32_t stepSize = 0;
@@ -47,12 +48,14 @@ struct ValueRange {
 };
 struct EnumerationHeader {
     uint16_t itemType = 0;
+    uint16_t padding = 0;
     uint32_t numItems = 0;
     uint32_t currentIndex = 0;
     uint32_t defaultIndex = 0;
 };
 struct ArrayHeader {
     uint16_t itemType = 0;
+    uint16_t padding = 0;
     uint32_t numItems = 0;
 };
 

@@ -1,6 +1,5 @@
 #include "twain/PageTransfer.h"
 
-#include "twain/SessionNumber.h"
 #include "twain/records/TwainConstants.h"
 
 namespace paperline {
@@ -45,11 +44,6 @@ EndedTransfer endTransfer(TWAINHandler& handler) {
 int32_t discardPendingPages(TWAINHandler& handler) {
     TW_PENDINGXFERS pending{};
     return handler.DSCall(twain::DG_CONTROL, twain::DAT_PENDINGXFERS, twain::MSG_RESET, &pending);
-}
-
-void discardWaitingPage(TWAINHandler& handler) {
-    if (handler.dsEnabled && takeTransferReady())
-        discardPendingPages(handler);
 }
 
 void closeSource(TWAINHandler& handler) {

@@ -37,10 +37,6 @@ EndedTransfer endTransfer(TWAINHandler& handler);
 // Throws away the pages that are still pending.
 int32_t discardPendingPages(TWAINHandler& handler);
 
-// Throws away the page that an enabled source has told of and nobody has begun to fetch: with it
-// the source can be neither disabled nor closed.
-void discardWaitingPage(TWAINHandler& handler);
-
 // Disables and closes the source.
 void closeSource(TWAINHandler& handler);
 

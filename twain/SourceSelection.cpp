@@ -4,20 +4,16 @@
 
 #include "base/BrandProfile.h"
 #include "base/CvOutputLog.h"
-#include "platform/desktop/MainLoop.h"
 #include "platform/files/Files.h"
 #include "platform/files/PathText.h"
 #include "platform/places/Places.h"
 #include "platform/plist/PropertyList.h"
-#include "twain/PageTransfer.h"
-#include "twain/SessionNumber.h"
+#include "twain/SourceCallback.h"
 #include "twain/TWAINHandler.h"
 
 #include <QDialog>
-#include <QPointer>
 
 #include <algorithm>
-#include <cctype>
 
 namespace paperline {
 
@@ -32,37 +28,8 @@ void endTwainSession() {
 
 namespace {
 
-constexpr double callbackDelaySeconds = 0.1;
-constexpr int modalStop = -1000;
-constexpr int modalAbort = -1001;
 // A manager that never ends its list is cut off here; nobody has as many scanners.
 constexpr int identityLimit = 10'000;
-
-// The controller that receives the sources' messages. Looked at on the main thread only.
-QPointer<AppDelegate>& messageReceiver() {
-    static QPointer<AppDelegate> receiver;
-    return receiver;
-}
-
-// Runs the operation on the main loop a little later: work never happens inside the callback. A
-// message of an earlier scan that comes late finds another session and is dropped.
-void schedule(void (AppDelegate::*operation)(QObject*)) {
-    performAfterDelay(callbackDelaySeconds, [operation, session = currentSession()] {
-        if (!messageReceiver().isNull() && session == currentSession())
-            (messageReceiver()->*operation)(nullptr);
-    });
-}
-
-// May be entered on any thread.
-TW_UINT16
-receiveMessage(TW_IDENTITY*, TW_IDENTITY*, TW_UINT32, TW_UINT16, TW_UINT16 message, TW_MEMREF) {
-    if (message == twain::MSG_XFERREADY) {
-        noteTransferReady();
-        schedule(&AppDelegate::xferReady);
-    } else if (message == twain::MSG_CLOSEDSREQ || message == twain::MSG_CLOSEDSOK)
-        schedule(&AppDelegate::closeRequest);
-    return twain::TWRC_SUCCESS;
-}
 
 TWAINHandler::ApplicationStrings applicationStrings() {
     const BrandProfile& brand = brandProfile(gBrandNumber);
@@ -105,6 +72,15 @@ uint16_t testOpen() {
     return code16(code);
 }
 
+uint16_t testOpenAndRemember(AppDelegate& controller) {
+    const uint16_t code = testOpen();
+    if (code == twain::TWRC_SUCCESS) {
+        controller.scannerName = gTWAINHandler->dsIdentity.ProductName.text();
+        controller.currentManufacturer = gTWAINHandler->dsIdentity.Manufacturer.text();
+    }
+    return code;
+}
+
 uint32_t indexOfProduct(const std::vector<TWAIN_INFO>& sources, const std::string& name) {
     const auto found = std::find_if(sources.begin(), sources.end(), [&](const TWAIN_INFO& source) {
         return source.productNameText() == name;
@@ -139,8 +115,7 @@ void AppDelegate::TwainInit() {
         if (const char* line = brandProfile(gBrandNumber).handlerTraceLine)
             traceLine(line);
     }
-    messageReceiver() = this;
-    gTWAINHandler->RegisterCallback(receiveMessage, reinterpret_cast<uintptr_t>(this));
+    registerSourceCallback(*this);
     gTWAINHandler->GetDSIdentity();
 }
 
@@ -225,23 +200,14 @@ uint16_t AppDelegate::CheckIdentity(uint32_t index) {
         traceText("Manufacturer select", wanted.manufacturerText());
     }
     fetchIdentity(wanted);
-    const uint16_t code = testOpen();
-    if (code == twain::TWRC_SUCCESS) {
-        scannerName = gTWAINHandler->dsIdentity.ProductName.text();
-        currentManufacturer = gTWAINHandler->dsIdentity.Manufacturer.text();
-    }
-    return code;
+    return testOpenAndRemember(*this);
 }
 
 uint16_t AppDelegate::CheckDefaultIdentity() {
     TraceScope trace("CheckDefaultIdentity");
     TW_IDENTITY identity{};
     gTWAINHandler->GetIdentity(twain::MSG_GETDEFAULT, identity);
-    const uint16_t code = testOpen();
-    if (code == twain::TWRC_SUCCESS) {
-        scannerName = gTWAINHandler->dsIdentity.ProductName.text();
-        currentManufacturer = gTWAINHandler->dsIdentity.Manufacturer.text();
-    }
+    const uint16_t code = testOpenAndRemember(*this);
     mSourceDSSelect = GetDefaultIdentityIndex();
     return code;
 }
@@ -257,13 +223,13 @@ uint16_t AppDelegate::selectSource() {
 void AppDelegate::doBtnOK(QObject*) {
     TraceScope trace("doBtnOK");
     if (twainSelectSourceWindow != nullptr)
-        twainSelectSourceWindow->done(modalStop);
+        twainSelectSourceWindow->done(modalStopped);
 }
 
 void AppDelegate::doBtnCancel(QObject*) {
     TraceScope trace("doBtnCancel");
     if (twainSelectSourceWindow != nullptr)
-        twainSelectSourceWindow->done(modalAbort);
+        twainSelectSourceWindow->done(modalAborted);
 }
 
 } // namespace paperline

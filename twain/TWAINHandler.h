@@ -61,6 +61,8 @@ private:
     [[nodiscard]] bool opensManager(); // true when it is open or opens now
     int32_t
     callManager(TW_UINT32 dataGroup, TW_UINT16 dataArgumentType, TW_UINT16 message, TW_MEMREF data);
+    int32_t fetchIdentity(TW_UINT16 message, TW_IDENTITY& identity);
+    int32_t setEnabled(bool enabledAfterwards, TW_UINT16 message, TW_USERINTERFACE* userInterface);
 };
 
 } // namespace paperline
