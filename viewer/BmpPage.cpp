@@ -1,17 +1,37 @@
 #include "viewer/BmpPage.h"
 
-#include "platform/files/FilePieces.h"
+#include "platform/files/Descriptor.h"
+#include "platform/process/ParallelFor.h"
 #include "viewer/ColourRows.h"
 #include "viewer/PageLoader.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
+#include <cerrno>
+#include <fcntl.h>
 #include <new>
 #include <optional>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <vector>
 
 namespace paperline {
 namespace {
+
+bool readAt(int file, uint64_t position, std::span<uint8_t> target) {
+    while (!target.empty()) {
+        const ssize_t count =
+            ::pread(file, target.data(), target.size(), static_cast<off_t>(position));
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0)
+            return false;
+        target = target.subspan(static_cast<size_t>(count));
+        position += static_cast<uint64_t>(count);
+    }
+    return true;
+}
 
 struct RowPlaces {
     int widthPixels = 0;
@@ -20,9 +40,10 @@ struct RowPlaces {
     uint64_t rowBytes = 0;
 };
 
-std::optional<RowPlaces> rowPlaces(const FilePieces& file) {
+std::optional<RowPlaces> rowPlaces(int file) {
     std::array<uint8_t, 54> header{};
-    if (file.read(0, header) < header.size())
+    struct stat status = {};
+    if (::fstat(file, &status) != 0 || !S_ISREG(status.st_mode) || !readAt(file, 0, header))
         return std::nullopt;
     const auto number = [&header](size_t at, size_t count) {
         uint32_t value = 0;
@@ -44,27 +65,29 @@ std::optional<RowPlaces> rowPlaces(const FilePieces& file) {
                          static_cast<int>(height),
                          number(10, 4),
                          (uint64_t{width} * 3 + 3) / 4 * 4};
-    std::array<uint8_t, 1> lastByte{};
-    const bool isWhole = rows.firstByte >= header.size() &&
-                         file.read(rows.firstByte + rows.rowBytes * height - 1, lastByte) == 1;
+    const bool isWhole =
+        rows.firstByte >= header.size() &&
+        rows.firstByte + rows.rowBytes * height <= static_cast<uint64_t>(status.st_size);
     return isWhole ? std::optional(rows) : std::nullopt;
 }
 
-bool readBand(const FilePieces& file, const RowPlaces& rows, int first, int end, QRgb* pixels) {
+// Rows of the file from `first` on, each to its place.
+bool readBand(int file, const RowPlaces& rows, int first, QRgb* pixels) {
+    const int count = std::min(rowsOfBand, rows.heightPixels - first);
     const auto width = static_cast<size_t>(rows.widthPixels);
     std::vector<uint8_t> bytes;
     try {
-        bytes.resize(static_cast<size_t>(end - first) * rows.rowBytes);
+        bytes.resize(static_cast<size_t>(count) * rows.rowBytes);
     } catch (const std::bad_alloc&) {
         return false;
     }
-    const uint64_t position = rows.firstByte + static_cast<uint64_t>(first) * rows.rowBytes;
-    if (file.read(position, bytes) < bytes.size())
+    if (!readAt(file, rows.firstByte + static_cast<uint64_t>(first) * rows.rowBytes, bytes))
         return false;
-    std::span<const uint8_t> row(bytes);
-    for (int fromBottom = first; fromBottom < end; ++fromBottom, row = row.subspan(rows.rowBytes)) {
-        const auto y = static_cast<size_t>(rows.heightPixels - 1 - fromBottom);
-        putColourRow(row, ColourOrder::blueFirst, {pixels + y * width, width});
+    for (int row = 0; row < count; ++row) {
+        const auto y = static_cast<size_t>(rows.heightPixels - 1 - first - row);
+        putColourRow(std::span(bytes).subspan(static_cast<size_t>(row) * rows.rowBytes),
+                     ColourOrder::blueFirst,
+                     {pixels + y * width, width});
     }
     return true;
 }
@@ -72,8 +95,8 @@ bool readBand(const FilePieces& file, const RowPlaces& rows, int first, int end,
 } // namespace
 
 QImage readColourBmp(const std::string& path) {
-    const FilePieces file(path);
-    const std::optional<RowPlaces> rows = file.isOpen() ? rowPlaces(file) : std::nullopt;
+    const Descriptor file = openFile(path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
+    const std::optional<RowPlaces> rows = file.isOpen() ? rowPlaces(file.number()) : std::nullopt;
     if (!rows)
         return {};
     QImage image = newColourImage(rows->widthPixels, rows->heightPixels);
@@ -81,8 +104,9 @@ QImage readColourBmp(const std::string& path) {
         return {};
     auto* pixels = reinterpret_cast<QRgb*>(image.bits());
     std::atomic<bool> whole{true};
-    forBandsOfRows(rows->heightPixels, [&](int first, int end) {
-        if (whole && !readBand(file, *rows, first, end, pixels))
+    const auto bands = static_cast<size_t>((rows->heightPixels - 1) / rowsOfBand + 1);
+    parallelFor(bands, processorCount(), [&](size_t band, unsigned) {
+        if (whole && !readBand(file.number(), *rows, static_cast<int>(band) * rowsOfBand, pixels))
             whole = false;
     });
     return whole ? image : QImage();

@@ -49,7 +49,6 @@ void putColourRow(std::span<const uint8_t> bytes, ColourOrder order, std::span<Q
 }
 
 void forBandsOfRows(int heightPixels, const std::function<void(int first, int end)>& work) {
-    constexpr int rowsOfBand = 64;
     const auto bands = static_cast<size_t>((heightPixels - 1) / rowsOfBand + 1);
     parallelFor(bands, processorCount(), [&](size_t band, unsigned) {
         const int first = static_cast<int>(band) * rowsOfBand;
