@@ -82,7 +82,7 @@ struct ScanTally {
     std::atomic<int> files = 0;
     std::atomic<int> pages = 0;
     std::atomic<int> messages = 0;
-    bool sourceOpened = false; // for the scan itself, not only to see whether it can be
+    bool sourceOpened = false; // by the last attempt
 };
 
 std::string totalsObject(const ScanTally& tally, bool isComplete) {
@@ -124,7 +124,7 @@ void passOptionsToSource(const std::vector<std::string>& options) {
         setenv("PAPERLINE_SOURCE_OPTIONS", lines.c_str(), 1);
 }
 
-// A source asked for by name is shown even when it only stands in for missing scanners.
+// The software scanner is hidden beside real ones, unless a source is asked for by name.
 void prepareSources(const std::string& sourceName) {
     if (!sourceName.empty())
         setenv("PAPERLINE_SOFTWARE_SCANNER", "1", 1);

@@ -26,10 +26,10 @@ std::string settingsFileToWrite(const std::string& bundle) {
     if (fileExists(ownFile()))
         return ownFile();
     const std::string inBundle = bundle + "/" + settingsFileInBundle;
-    // Replacing a file needs the right to change its folder.
+    // A file is replaced by renaming, which changes its folder.
     if (isWritable(folderOfPath(inBundle)))
         return inBundle;
-    // A folder that cannot be made shows when the file is written.
+    // Without the folder, writing the file fails.
     [[maybe_unused]] const bool made = createFolderWithParents(folderOfPath(ownFile()));
     return ownFile();
 }

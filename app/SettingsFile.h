@@ -8,10 +8,9 @@ namespace paperline {
 
 inline constexpr const char* settingsFileInBundle = "Contents/MACOS/CvPaperline_lng.plist";
 
-// The user's own file when there is one, else the bundle's.
+// The file in the user's data folder if there is one, else the one in the bundle.
 std::string settingsFileToRead(const std::string& bundle);
-// The user's own file when there is one; else the bundle's when this user can write it; else the
-// user's own, whose folder is made.
+// The same, but the bundle's only if this user can write it. Makes the user's folder.
 std::string settingsFileToWrite(const std::string& bundle);
 
 // Index in the language table: the language in the settings file, or without a file the system's.

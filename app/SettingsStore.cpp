@@ -21,22 +21,16 @@ bool launchAborted = false;
 
 namespace {
 
-// Written when there is no settings file; the launch replaces them with the user's own folder.
+// Taken without a settings file, until fixUpSaveFolder() puts the user's own folder in their place.
 constexpr const char* fallbackSaveFolder = "/Users/kai_morn/Documents/Image";
 constexpr const char* fallbackDocumentsFolder = "/Users/kai_morn/Documents";
 constexpr const char* defaultImageName = "Image";
-
-std::string stringUnder(const PropertyListDictionary& dictionary, const char* key) {
-    const PropertyListValue* value = find(dictionary, key);
-    const std::string* text = value != nullptr ? value->asString() : nullptr;
-    return text != nullptr ? *text : std::string();
-}
 
 std::optional<int32_t> integerUnder(const PropertyListDictionary& dictionary, const char* key) {
     const PropertyListValue* value = find(dictionary, key);
     if (value == nullptr)
         return std::nullopt;
-    // The platform's integer reading of anything that is no number is 0.
+    // What is no number counts as 0.
     return static_cast<int32_t>(value->asInteger().value_or(0));
 }
 
@@ -52,7 +46,7 @@ void AppDelegate::ReadDefaultScannerName() {
     if (file.status == PropertyListStatus::missing)
         scannerName.clear();
     else if (file.status == PropertyListStatus::read)
-        scannerName = stringUnder(file.root, "ScannerName");
+        scannerName = textUnder(file.root, "ScannerName");
 }
 
 void AppDelegate::ReadDefaultSaveImageName() {
@@ -61,9 +55,9 @@ void AppDelegate::ReadDefaultSaveImageName() {
     if (file.status == PropertyListStatus::missing) {
         saveImageName = defaultImageName;
     } else {
-        // A damaged file changes nothing, but a page always gets a name.
+        // A damaged file changes nothing.
         if (file.status == PropertyListStatus::read)
-            saveImageName = stringUnder(file.root, "SaveImageName");
+            saveImageName = textUnder(file.root, "SaveImageName");
         if (saveImageName.empty())
             saveImageName = defaultImageName;
     }
@@ -101,7 +95,7 @@ void AppDelegate::ReadUISetting() {
     if (profile == nullptr)
         return;
     dictCurrentFolder = *profile;
-    profileFolderName = stringUnder(*profile, "SavePath");
+    profileFolderName = textUnder(*profile, "SavePath");
     profileFileformatSelect =
         integerUnder(*profile, "FileFormat").value_or(profileFileformatSelect);
     if (const std::optional<int32_t> language = integerUnder(*profile, "Language"))
@@ -127,11 +121,11 @@ void AppDelegate::fixUpSaveFolder() {
     if (!dictCurrentFolder) {
         profileFolderName = autoDetect ? documents + "/Image" : documents;
     } else {
-        profileFolderName = stringUnder(*dictCurrentFolder, "SavePath");
+        profileFolderName = textUnder(*dictCurrentFolder, "SavePath");
         if (autoDetect && profileFolderName.empty())
             profileFolderName = documents + "/Image";
         else if (!autoDetect && !fileExists(profileFolderName))
-            profileFolderName = documents; // without "/Image", unlike the case above
+            profileFolderName = documents; // on purpose without "/Image"
     }
     if (currentSaveFolder != nullptr)
         currentSaveFolder->setFolderText(profileFolderName);
@@ -178,8 +172,7 @@ void AppDelegate::writeDefaultSetting(QObject* /*ignored*/) {
 }
 
 void AppDelegate::WriteUISetting(QObject* /*ignored*/) {
-    // Settings are written at termination only.
-    TraceScope trace("WriteUISetting");
+    TraceScope trace("WriteUISetting"); // settings are written at termination only
 }
 
 void* AppDelegate::input(const std::string& message, const std::string& defaultValue) {

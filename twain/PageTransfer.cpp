@@ -21,7 +21,7 @@ ReceivedStrips receiveStrips(TWAINHandler& handler, PageBuffers& buffers) {
         received.code =
             handler.DSCall(twain::DG_IMAGE, twain::DAT_IMAGEMEMXFER, twain::MSG_GET, &strip);
         buffers.markStrip();
-        // The last strip, which ends the page, carries rows like every other.
+        // The strip that ends the page has rows, too.
         PageBuffers::CopiedRows copied;
         if (received.code == twain::TWRC_SUCCESS || received.code == twain::TWRC_XFERDONE)
             copied = buffers.copyStrip(strip);

@@ -14,7 +14,7 @@ namespace {
 
 constexpr double callbackDelaySeconds = 0.1;
 
-// The callback may come on any thread.
+// Atomic: the callback may come on any thread.
 std::atomic<uint32_t> sessionNumber{0};
 std::atomic<bool> transferReady{false};
 
@@ -24,7 +24,7 @@ QPointer<AppDelegate>& messageReceiver() {
     return receiver;
 }
 
-// Runs the operation on the main loop: nothing is done inside the callback.
+// Runs the operation on the main loop, never inside the callback.
 void schedule(void (AppDelegate::*operation)(QObject*)) {
     performAfterDelay(callbackDelaySeconds, [operation, session = sessionNumber.load()] {
         if (!messageReceiver().isNull() && session == sessionNumber)

@@ -1,4 +1,4 @@
-// Operations of AppDelegate that say why a source did not do what it was asked for.
+// Messages that say why a source failed.
 #include "controller/AppDelegate.h"
 
 #include "base/BrandProfile.h"
@@ -37,7 +37,7 @@ const char* keyOf(uint16_t conditionCode, const char* otherwise) {
     return otherwise;
 }
 
-// Other makers give the same number a meaning of their own.
+// In sources of other makers the number may mean something else.
 bool isHungWorker(const SourceFailure& failure) {
     return failure.conditionCode == twain::conditionWorkerHung && gTWAINHandler != nullptr &&
            gTWAINHandler->dsIdentity.Manufacturer.text() == ownSourcesMaker;
@@ -48,7 +48,7 @@ void showFailure(AppDelegate& controller, const SourceFailure& failure, const ch
     const DelayedMessagesHold hold;
     const std::string message =
         localizedString(gLanguageBundle, keyOf(failure.conditionCode, otherwise));
-    // A source that speaks our language may say the very same.
+    // The source's own text may be the same sentence.
     runAlertPanel({.title = " ",
                    .message = message,
                    .informativeText = failure.text == message ? std::string() : failure.text,
@@ -74,14 +74,12 @@ void AppDelegate::showSetupFailureMessage() {
     if (!failure)
         return;
     TraceScope trace("showSetupFailureMessage");
-    // The source's words are about the request, which says nothing to the person who made it.
-    const bool hasNoWindow = failure->conditionCode == twain::TWCC_BADPROTOCOL;
-    if (hasNoWindow)
-        failure->text.clear();
-    if (hasNoWindow)
+    if (failure->conditionCode == twain::TWCC_BADPROTOCOL) { // it has no settings dialog
+        failure->text.clear();                               // which names the TWAIN request only
         showFailure(*this, *failure, "SourceNoSettings");
-    else
+    } else {
         showFailure(*this, *failure, "SourceNotOpened");
+    }
 }
 
 } // namespace paperline

@@ -1,5 +1,4 @@
-// Operations of AppDelegate that connect to the data source manager, list the sources and choose
-// one.
+// Connects to the data source manager, lists the sources and selects one.
 #include "controller/AppDelegate.h"
 
 #include "base/BrandProfile.h"
@@ -14,6 +13,7 @@
 #include <QDialog>
 
 #include <algorithm>
+#include <strings.h>
 
 namespace paperline {
 
@@ -28,7 +28,7 @@ void endTwainSession() {
 
 namespace {
 
-// A manager that never ends its list is cut off here; nobody has as many scanners.
+// For a manager that never ends its list.
 constexpr int identityLimit = 10'000;
 
 TWAINHandler::ApplicationStrings applicationStrings() {
@@ -46,25 +46,12 @@ void traceComparison(const std::string& found, const std::string& wanted) {
     traceLine(("Manufacturer dest " + wanted).c_str());
 }
 
-std::string textUnder(const PropertyListDictionary& dictionary, const std::string& key) {
-    const PropertyListValue* value = find(dictionary, key);
-    const std::string* text = value != nullptr ? value->asString() : nullptr;
-    return text != nullptr ? *text : std::string();
-}
-
-std::string lowerCase(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(), [](char letter) {
-        return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-    });
-    return text;
-}
-
-// The handler's codes fit 16 bits but for -1, which stays a failure.
+// All codes fit 16 bits except -1, which stays different from 0.
 uint16_t code16(int32_t code) {
     return static_cast<uint16_t>(code);
 }
 
-// Opens the handler's source to see that it works, and closes it at once.
+// Opens the source to see whether it works, and closes it.
 uint16_t testOpen() {
     const int32_t code = gTWAINHandler->OpenDS();
     if (code == twain::TWRC_SUCCESS)
@@ -88,8 +75,8 @@ uint32_t indexOfProduct(const std::vector<TWAIN_INFO>& sources, const std::strin
     return found == sources.end() ? 0 : static_cast<uint32_t>(found - sources.begin());
 }
 
-// Makes the manager's first source of that product and maker current; the last one it lists when
-// none matches.
+// Makes the first source with that product name and manufacturer current, else the last of the
+// list.
 void fetchIdentity(const TWAIN_INFO& wanted) {
     const std::string product = wanted.productNameText();
     const std::string maker = wanted.manufacturerText();
@@ -124,7 +111,7 @@ void AppDelegate::SearchAllDS() {
     dsDatas.clear();
     for (const std::string& folder : dataSourceFolders()) {
         for (const std::string& entry : folderEntries(folder)) {
-            if (lowerCase(pathExtension(entry)) != "ds")
+            if (strcasecmp(pathExtension(entry).c_str(), "ds") != 0)
                 continue;
             const std::string path = folder + "/" + entry;
             const PropertyListFile info =
@@ -144,7 +131,7 @@ int32_t AppDelegate::selectSpcificSource() {
     const BrandProfile& brand = brandProfile(gBrandNumber);
     dsArray.clear();
     TW_IDENTITY identity{};
-    // Sent once for the trace and once for use.
+    // On purpose: once for the trace, once more below.
     traceValue("selectSpcificSource - MSG_GETFIRST",
                gTWAINHandler->GetIdentity(twain::MSG_GETFIRST, identity));
     TW_UINT16 message = twain::MSG_GETFIRST;

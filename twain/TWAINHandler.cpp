@@ -12,8 +12,7 @@ constexpr int32_t selectionImpossible = 0xffff;
 } // namespace
 
 TWAINHandler::TWAINHandler(const ApplicationStrings& strings) {
-    // The identity's number is set here and not left to the manager.
-    appIdentity.Id = 1;
+    appIdentity.Id = 1; // not left to the manager
     appIdentity.Version.MajorNum = 1;
     appIdentity.Version.MinorNum = 0;
     appIdentity.Version.Language = twain::TWLG_USA;

@@ -1,4 +1,4 @@
-// Operations of AppDelegate that find, load and switch the interface language.
+// Finds, loads and switches the interface language.
 #include "controller/AppDelegate.h"
 
 #include "base/BrandProfile.h"
@@ -118,7 +118,7 @@ void AppDelegate::addLanguageItemtoMenu(const std::shared_ptr<const LanguageBund
     subMenuItemLanguage = submenu->menuAction();
     MnemonicChooser().setTitle(subMenuItemLanguage, localizedString(bundle, "Language"));
     auto* oneOfThem = new QActionGroup(submenu);
-    // The marks are set one by one, so that for a moment none may stand.
+    // Optional: checkLanguageMenuState() clears one mark before it sets another.
     oneOfThem->setExclusionPolicy(QActionGroup::ExclusionPolicy::ExclusiveOptional);
     for (int32_t i = 0; i < availableCount; ++i) {
         const QString name =
@@ -166,7 +166,7 @@ void AppDelegate::changeLanguage(QAction* menuItem) {
 void AppDelegate::rebuildOptionsMenu() {
     if (fileMenuLanguage == nullptr)
         return;
-    // The click that brought us here may come from one of these submenus, so they go later.
+    // Deleted later: the click that is being handled may come from one of these submenus.
     for (QAction* item : fileMenuLanguage->actions()) {
         fileMenuLanguage->removeAction(item);
         if (QMenu* submenu = item->menu())

@@ -27,7 +27,7 @@ constexpr int groupSpace = 6;
 constexpr int controlHeight = 32;
 constexpr int narrowestFolderField = 160;
 
-// A ring that shows on light and dark ground alike; the platform's own is a shade of the ground.
+// A focus ring that can be seen on light and dark backgrounds, unlike the style's own.
 class FocusRing : public QProxyStyle {
 public:
     void drawPrimitive(PrimitiveElement element,
@@ -68,7 +68,7 @@ QAction* addButton(QToolBar* toolbar,
     return action;
 }
 
-// A control with the space that sets its group apart.
+// The control with space on both sides.
 QAction* addControl(QToolBar* toolbar, QWidget* control, QSizePolicy::Policy horizontal) {
     auto* frame = new QWidget(toolbar);
     auto* row = new QHBoxLayout(frame);
@@ -82,7 +82,7 @@ QAction* addControl(QToolBar* toolbar, QWidget* control, QSizePolicy::Policy hor
     return action;
 }
 
-// A list is named for screen readers by its label only; its own name is the chosen entry.
+// Screen readers take a combo box's name from its label; here the label is hidden.
 void labelUnseen(QWidget* control) {
     auto* label = new QLabel(control->parentWidget());
     label->hide();
@@ -163,7 +163,7 @@ void styleScanButton(const InterfaceOutlets& outlets) {
     const QColor ground = readableBackground(colours.color(QPalette::Highlight), text);
     const QColor pressed = readableBackground(ground.darker(115), text);
     const QColor disabledText = colours.color(QPalette::Disabled, QPalette::WindowText);
-    // The button reserves room behind its text already; together both ends look the same.
+    // The style reserves room after the text already.
     constexpr int besideIcon = 9;
     constexpr int besideText = 3;
     const bool fromLeft = button->layoutDirection() == Qt::LeftToRight;

@@ -27,9 +27,9 @@
 namespace paperline {
 namespace {
 
-constexpr int narrowestPageList = 200; // a thumbnail and a scroller
+constexpr int narrowestPageList = 200; // a thumbnail and a scroll bar
 
-// The cells draw their own selection; the platform's bar behind the whole row would frame it.
+// Rows without the style's selection: the cells draw their own.
 class PlainRows : public QProxyStyle {
 public:
     void drawPrimitive(PrimitiveElement element,
@@ -53,9 +53,9 @@ QTableView* makePageList() {
     table->setEditTriggers(QAbstractItemView::NoEditTriggers);
     table->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     table->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    // The geometry of its rows knows one direction only.
+    // viewer/CellGeometry.h is for one direction only.
     table->setLayoutDirection(Qt::LeftToRight);
-    table->setTabKeyNavigation(false); // Tab leaves the list; the arrows walk in it
+    table->setTabKeyNavigation(false); // Tab leaves the list
     table->setMinimumWidth(narrowestPageList);
     auto* rows = new PlainRows;
     rows->setParent(table);
@@ -70,13 +70,13 @@ QScrollArea* makePageScroller(QWidget* pageView) {
     scroller->setFrameShape(QFrame::NoFrame);
     scroller->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     scroller->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    // A page shows from its top left corner, whatever direction the interface has.
+    // Pages are shown from their top left corner in every language.
     scroller->setLayoutDirection(Qt::LeftToRight);
     scroller->setWidget(pageView);
     return scroller;
 }
 
-// Shortens in the middle what is too long; text() stays whole.
+// Draws a text that is too long with an ellipsis in its middle.
 class StatusLabel : public QLabel {
 protected:
     void paintEvent(QPaintEvent*) override {
@@ -106,7 +106,7 @@ MainWindow::MainWindow(InterfaceOutlets& outlets, QWidget* pageView, const std::
     outlets.paperlineWindow = this;
     outlets._window = this;
     outlets.mWindow = this;
-    outlets._imageViewMain = new QLabel(this); // of the layout, though nothing shows in these two
+    outlets._imageViewMain = new QLabel(this); // never shown, like the next
     outlets._imageViewMain->hide();
     outlets._textFieldMain = new QLineEdit(this);
     outlets._textFieldMain->hide();
@@ -137,7 +137,7 @@ void MainWindow::makePanes(QWidget* pageView) {
     split->addWidget(outlets_.showImageScrollView);
     split->setStretchFactor(0, 0);
     split->setStretchFactor(1, 1);
-    split->handle(1)->setAutoFillBackground(true); // a hairline between the panes
+    split->handle(1)->setAutoFillBackground(true); // a line of one pixel
     split->handle(1)->setBackgroundRole(QPalette::Mid);
     outlets_.paperlineSplitView = split;
     setCentralWidget(split);
@@ -217,7 +217,7 @@ void MainWindow::retranslate(const std::shared_ptr<const LanguageBundle>& bundle
                           outlets_.showImageScrollView->widget()})
         describe(pane, text("PageViewName"), text("PageViewHelp"));
     emptyState_->setTexts(text("NoPagesTitle"), text("NoPagesHint"));
-    // The status label's text is its name for screen readers; only its purpose is added.
+    // Screen readers take the label's text as its name.
     status_->setAccessibleDescription(text("StatusName"));
 }
 
@@ -249,7 +249,7 @@ void MainWindow::changeEvent(QEvent* event) {
         outlets_.paperlineToolbar_Scan != nullptr) {
         evenToolbarEnds(outlets_.paperlineToolbar);
         styleScanButton(outlets_);
-        // Panes change sides only when they are laid out again.
+        // Makes the panes change sides.
         outlets_.paperlineSplitView->setSizes(outlets_.paperlineSplitView->sizes());
     }
     QMainWindow::changeEvent(event);

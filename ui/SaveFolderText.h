@@ -5,21 +5,19 @@
 
 namespace paperline {
 
-// The text as an absolute path: "~" is the home folder, and a text that does not start with "/"
-// counts from there too. An empty text stays empty.
+// The text as an absolute path: "~" and texts that do not start with "/" begin at the home folder.
+// An empty text stays empty.
 std::string absoluteFolderText(const std::string& folderText, const std::string& homeFolder);
 
-// The last part of the field's text is the template of file names; a text ending in "/" has none.
-// Choosing another folder carries the last part over to it ("Image" when there is none).
+// The text's last part is the template of file names. It is carried over to a newly chosen folder;
+// "Image" for a text that ends in "/".
 std::string nameToCarryOver(const std::string& folderText);
 
-// The field's new text: the chosen folder, "/" and the name, or the bare folder when names are not
-// taken from the field.
+// The field's new text: the chosen folder with the name, if names are taken from the field.
 std::string
 chosenFolderText(const std::string& chosenFolder, const std::string& name, bool nameComesFromField);
 
-// The folder in which pages appear: the one above the last part, or the text itself when it ends in
-// "/" or names are not taken from it.
+// The folder of the pages: the text without its last part, if names are taken from the field.
 std::string folderOfPages(const std::string& folderText, bool nameComesFromField);
 
 } // namespace paperline

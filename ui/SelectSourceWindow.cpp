@@ -20,7 +20,7 @@ constexpr int margin = 20;
 constexpr int rowPadding = 12;
 constexpr int besideNames = 8;
 
-// A name that the column cuts short is whole in its tooltip.
+// Names; the tooltip has the whole of a name that is cut off.
 class NameList : public QStringListModel {
 public:
     using QStringListModel::QStringListModel;
@@ -29,11 +29,11 @@ public:
         return QStringListModel::data(index, role == Qt::ToolTipRole ? Qt::DisplayRole : role);
     }
     Qt::ItemFlags flags(const QModelIndex& index) const override {
-        return QAbstractListModel::flags(index); // not to be edited or dragged
+        return QAbstractListModel::flags(index); // read-only
     }
 };
 
-// Names keep away from the list's edge.
+// More space between the names and the list's edge.
 class RoomyRows : public QProxyStyle {
 public:
     int pixelMetric(PixelMetric metric,
@@ -71,7 +71,7 @@ SelectSourceWindow::SelectSourceWindow(InterfaceOutlets& outlets) : outlets_(out
     outlets.twainSelectSourceScannerType = new QLabel(this);
     outlets._tableViewSelectSource = makeNameTable(this, {});
     outlets._tableViewSelectSource->setObjectName("sourceList");
-    outlets._tableViewTWAIN = makeNameTable(this, {"TWAIN"}); // of the layout, but never shown
+    outlets._tableViewTWAIN = makeNameTable(this, {"TWAIN"}); // never shown
     outlets._tableViewTWAIN->hide();
     outlets.twainSelectSourceScannerType->setBuddy(outlets._tableViewSelectSource);
 
@@ -80,7 +80,7 @@ SelectSourceWindow::SelectSourceWindow(InterfaceOutlets& outlets) : outlets_(out
     outlets.twainSelectSourceCancelBtn = buttons->addButton(QDialogButtonBox::Cancel);
     outlets.twainSelectSourceOKBtn->setDefault(true);
     for (QPushButton* button : {outlets.twainSelectSourceOKBtn, outlets.twainSelectSourceCancelBtn})
-        button->setIcon({}); // the words say it
+        button->setIcon({});
     connect(outlets._tableViewSelectSource,
             &QTableView::doubleClicked,
             outlets.twainSelectSourceOKBtn,

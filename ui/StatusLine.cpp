@@ -1,5 +1,4 @@
-// Operations of AppDelegate that write the status line. Those of a scan repaint at once, because
-// the main thread does not come back to its event loop.
+// The status line. During a scan it is repainted at once: the event loop stands still.
 #include "controller/AppDelegate.h"
 
 #include "platform/desktop/MainLoop.h"
@@ -17,8 +16,8 @@ MainWindow* mainWindow(const AppDelegate& controller) {
     return qobject_cast<MainWindow*>(controller.paperlineWindow);
 }
 
-// The text with the value in place of "%d" or "%@". In a text that runs from right to left, marks
-// keep names and numbers in their own order.
+// The text with the value for "%d" or "%@". In a right-to-left text, direction marks keep the
+// value's own order.
 QString filledIn(const std::string& text, const char* marker, const std::string& value) {
     constexpr QChar leftToRightIsolate(0x2066);
     constexpr QChar popDirectionalIsolate(0x2069);
@@ -45,7 +44,7 @@ void AppDelegate::showPageCount() {
     if (window == nullptr)
         return;
     window->setEmptyStateShown(cellInfos.empty());
-    // The preview is no page of the list.
+    // The preview is not listed.
     const size_t previews = nonFileSaveImageInTempFolder != 0 ? 1 : 0;
     const size_t pages = cellInfos.size() - std::min(previews, cellInfos.size());
     window->setPageCount(

@@ -13,7 +13,7 @@ QImage newColourImage(int widthPixels, int heightPixels) {
     if (widthPixels <= 0 || heightPixels <= 0)
         return {};
     const qsizetype rowBytes = widthPixels * bytesPerPixel;
-    // Large memory comes in few pieces: fresh pages of 4 KiB cost more than the conversion.
+    // Page memory has few page faults; those of fresh memory cost more than the conversion.
     auto* memory = new (std::nothrow)
         PageMemory(allocatePageMemory(static_cast<size_t>(rowBytes * heightPixels)));
     if (memory == nullptr || !*memory) {
@@ -34,7 +34,7 @@ void putColourRow(std::span<const uint8_t> bytes, ColourOrder order, std::span<Q
         return;
     const uint8_t* from = bytes.data();
     const auto last = pixels.end() - 1;
-    // Four bytes make one access to memory; the last pixel has no fourth.
+    // Reading four bytes is one memory access. After the last pixel there is no fourth.
     if (order == ColourOrder::redFirst)
         for (auto pixel = pixels.begin(); pixel != last; ++pixel, from += 3)
             *pixel = 0xFF000000U | (QRgb{from[0]} << 24 | QRgb{from[1]} << 16 | QRgb{from[2]} << 8 |

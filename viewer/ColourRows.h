@@ -1,4 +1,4 @@
-// Rows of 24-bit colour as Qt draws them fastest.
+// Rows of 24-bit colour in the pixel format that Qt draws fastest.
 #pragma once
 
 #include <QImage>
@@ -11,7 +11,7 @@ namespace paperline {
 
 enum class ColourOrder { redFirst, blueFirst };
 
-// A picture of 32-bit colour, its pixels not yet set. Null when memory runs out.
+// A picture of 32-bit colour with undefined pixels. Null without memory.
 QImage newColourImage(int widthPixels, int heightPixels);
 
 // Sets the pixels of a row from three bytes each.

@@ -24,7 +24,7 @@ double contrastRatio(const QColor& first, const QColor& second) {
 
 QColor readableBackground(QColor background, const QColor& text) {
     constexpr int step = 4;
-    constexpr int steps = 64; // reaches black or white from anywhere
+    constexpr int steps = 64; // from black to white
     const int direction = relativeLuminance(text) > 0.18 ? -step : step;
     const auto moved = [direction](int channel) { return std::clamp(channel + direction, 0, 255); };
     for (int i = 0; i < steps && contrastRatio(background, text) < readableContrast; ++i)

@@ -24,7 +24,7 @@ QRectF toQt(const Rect& rect) {
     return {rect.x, rect.y, rect.width, rect.height};
 }
 
-// A scroller of the list lies over the cell's end.
+// Without the part under the list's scroll bar.
 QRect visiblePart(const QStyleOptionViewItem& option) {
     const auto* list = qobject_cast<const QAbstractScrollArea*>(option.widget);
     QRect visible = option.rect;
@@ -56,7 +56,7 @@ Rect CustomCell::imageRectForBounds(const Rect& bounds) const {
 
 Rect CustomCell::titleRectForBounds(const Rect& bounds) const {
     const TraceScope trace("titleRectForBounds");
-    return paperline::titleRectForBounds(bounds, {0, titleHeight_}); // an empty line of text
+    return paperline::titleRectForBounds(bounds, {0, titleHeight_}); // an empty title
 }
 
 Rect CustomCell::subtitleRectForBounds(const Rect& bounds,
@@ -127,7 +127,7 @@ void CustomCell::paint(QPainter* painter,
                  : option.palette.color(group, QPalette::Base);
     painter->save();
     painter->setClipRect(option.rect);
-    // The table has painted its own highlight, in a colour too light for the caption.
+    // Covers the table's own highlight, which is too light for the caption.
     painter->fillRect(option.rect, option.palette.color(group, QPalette::Base));
     if (selected) {
         painter->setRenderHint(QPainter::Antialiasing);
@@ -157,7 +157,6 @@ void CustomCell::drawInteriorWithFrame(QPainter& painter,
         painter.setBrush(Qt::NoBrush);
         painter.drawRect(toQt(imageRect).adjusted(-0.5, -0.5, 0.5, 0.5));
     }
-    // The title line is always empty: nothing of it is drawn.
     const Rect titleRect = titleRectForBounds(cell);
     const Rect captionRect = subtitleRectForBounds(cell, titleRect, imageRect);
     const bool highlighted = (option.state & QStyle::State_Selected) != 0;
@@ -166,7 +165,7 @@ void CustomCell::drawInteriorWithFrame(QPainter& painter,
         return;
     painter.setPen(caption->foreground);
     painter.setFont(option.font);
-    // File names and sizes read from left to right in every interface language.
+    // File names run from left to right in every language.
     painter.drawText(toQt(captionRect),
                      Qt::AlignLeft | Qt::AlignAbsolute | Qt::AlignTop | Qt::TextSingleLine |
                          Qt::TextForceLeftToRight,

@@ -1,5 +1,4 @@
-// Draws one row of the page list: thumbnail and caption, at the places that viewer/CellGeometry.h
-// gives.
+// Draws one row of the page list: thumbnail and caption.
 #pragma once
 
 #include "codecs/pixels/Geometry.h"
@@ -26,7 +25,6 @@ class CustomCell : public QStyledItemDelegate {
 
 public:
     explicit CustomCell(QObject* parent = nullptr);
-    // A cell with the same content, sharing the image.
     std::unique_ptr<CustomCell> copy(QObject* parent = nullptr) const;
 
     const QImage& image() const { return content_.image; }
@@ -40,28 +38,28 @@ public:
     int imageIndex() const { return content_.imageIndex; }
     void setImageIndex(int index) { content_.imageIndex = index; }
 
-    // Fills the cell before row `row` is drawn. Without one the cell takes the model's CellInfo.
+    // `fill` sets the content before a row is drawn. Without it the cell takes the model's
+    // CellInfo.
     void setWillDisplayCell(std::function<void(int row)> fill) {
         willDisplayCell_ = std::move(fill);
     }
 
-    // Rectangles for the cell's present content in the cell frame `bounds`. Looks up the page's
-    // pixel size in the file on disk each time.
+    // Rectangles of the present content in the cell frame `bounds`. The page's pixel size is read
+    // from its file each time.
     Rect imageRectForBounds(const Rect& bounds) const;
     Rect titleRectForBounds(const Rect& bounds) const;
     Rect subtitleRectForBounds(const Rect& bounds,
                                const Rect& titleBounds,
                                const Rect& imageBounds) const;
-    // What the caption says and in which colour; nothing without a subtitle.
+    // Nothing without a subtitle.
     std::optional<AttributedCaption> attributedSubtitleValue(bool highlighted,
                                                              const QColor& background) const;
-    // The caption's colour: light grey while highlighted, grey otherwise, each as far from the
-    // background as reading needs.
+    // Light grey while highlighted, else grey; each changed until it is readable.
     static QColor captionColour(bool highlighted, const QColor& background);
-    // The colour behind a highlighted row: the given one, dark enough for the light grey caption.
+    // The background of a highlighted row, dark enough for the light grey caption.
     static QColor highlightColour(const QColor& paletteHighlight);
 
-    // Tall enough for a thumbnail and the caption in its lower place.
+    // Room for a thumbnail and the caption at its lower position.
     static int rowHeight(const QFont& font);
 
     void paint(QPainter* painter,

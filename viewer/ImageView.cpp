@@ -15,14 +15,13 @@ namespace paperline {
 namespace {
 
 const QColor pageEdge(0, 0, 0, 70);
-// The corner that every placement gives, without the noise of its sums.
+// The corner that placePage() gives, without its rounding errors.
 constexpr double pageLeft = 5;
 constexpr double pageTop = 5;
-// Beyond this the drawing system's own coordinates end.
+// QPainter cannot draw larger pictures.
 constexpr double largestDrawnSide = 2'000'000;
 
-// The page's transform for a picture whose first row is its top, in a view whose y axis grows
-// downward.
+// The transform for Qt: picture and view have their y axes growing downward.
 QTransform deviceTransform(const AffineTransform& t, PixelSize page, double viewHeight) {
     const double pageHeight = page.height;
     return {t.a, -t.b, -t.c, t.d, t.c * pageHeight + t.tx, viewHeight - (t.d * pageHeight + t.ty)};
@@ -32,7 +31,7 @@ bool swapsSides(int orientation) {
     return orientation >= 5;
 }
 
-// The page as its orientation says, pixel by pixel.
+// The picture turned and mirrored as its orientation says.
 QImage upright(const QImage& stored, int orientation) {
     const bool mirrorsAcross = orientation == 2 || orientation == 3 || orientation >= 7;
     const bool mirrorsDown =
@@ -46,7 +45,7 @@ QImage upright(const QImage& stored, int orientation) {
 
 ImageView::ImageView(QWidget* parent) : QWidget(parent) {
     setAttribute(Qt::WA_OpaquePaintEvent);
-    setFocusPolicy(Qt::NoFocus); // the scroll area around it takes the keys
+    setFocusPolicy(Qt::NoFocus); // the scroll area takes the keys
 }
 
 QColor ImageView::surroundings() {
@@ -152,8 +151,8 @@ void ImageView::tracePlacement(const PagePlacement& placement) const {
                wholePoints(placement.transform.tx));
 }
 
-// Painters sample too few pixels when they shrink a page much, and between pixels when they turn
-// it; then a properly averaged and turned copy at the drawn size is made once and kept.
+// QPainter shrinks and turns a picture coarsely. A page drawn smaller than it is gets a smooth copy
+// of the drawn size, which is kept.
 bool ImageView::drawsReduced(const PagePlacement& placement) const {
     const QSize raster = shown_->image.size();
     const bool swapped = swapsSides(orientation());

@@ -19,14 +19,23 @@ namespace paperline {
 
 namespace {
 
-// At the most so long the pages of one file are measured before the window answers again.
+// The window does not answer while pages are measured.
 constexpr std::chrono::milliseconds measuringTime{50};
 
-// Pages shown at actual size so far: measuring for an earlier one ends.
+// Pages shown at actual size so far. Measuring for an earlier one stops.
 uint32_t actualPagesShown = 0;
 
 const CellInfo* pageAt(const AppDelegate& controller, uint32_t row) {
     return row < controller.cellInfos.size() ? &controller.cellInfos[row] : nullptr;
+}
+
+void traceRect(const std::string& name, const Rect& rect) {
+    if (!isTracing())
+        return;
+    traceValue((name + ".x").c_str(), wholePoints(rect.x));
+    traceValue((name + ".y").c_str(), wholePoints(rect.y));
+    traceValue((name + ".height").c_str(), wholePoints(rect.height));
+    traceValue((name + ".width").c_str(), wholePoints(rect.width));
 }
 
 void setScrollers(const AppDelegate& controller, bool vertical, bool horizontal) {
@@ -38,7 +47,7 @@ void setScrollers(const AppDelegate& controller, bool vertical, bool horizontal)
                                                       : Qt::ScrollBarAlwaysOff);
 }
 
-// The scroll area keeps the view's place; the frame's size is what counts.
+// Size only: the scroll area has the view's position.
 void setViewFrame(const AppDelegate& controller, const Rect& frame) {
     const auto side = [](double points) {
         return static_cast<int>(std::clamp(points, 0.0, static_cast<double>(QWIDGETSIZE_MAX)));
@@ -52,7 +61,7 @@ void scrollToTopLeft(const AppDelegate& controller) {
         controller.showImageScrollView->ensureVisible(0, 0, 0, 0);
 }
 
-// No page is loaded ahead of a scan: it needs the memory and the processors itself.
+// None during a scan, which needs the memory and the processors.
 std::vector<PagePlace> pagesBeside(const AppDelegate& controller, uint32_t row) {
     std::vector<PagePlace> pages;
     if (delayedMessagesAreHeld())
@@ -76,7 +85,7 @@ void loadIntoView(const AppDelegate& controller, uint32_t row) {
                                        pagesBeside(controller, row));
 }
 
-// Frame and scrollers for the file's pages. False: some of them are not measured yet.
+// Sets frame and scroll bars for the largest page of the file. False: not all are measured yet.
 bool layOutActualPage(const AppDelegate& controller, const std::string& path) {
     const LargestPageSize largest = largestPagePixelSize(path, measuringTime);
     const ActualSizeFrame actual =
@@ -86,7 +95,7 @@ bool layOutActualPage(const AppDelegate& controller, const std::string& path) {
     return largest.complete;
 }
 
-// A file of thousands of pages is measured bit by bit, and the frame grows with what is found.
+// Measures a file of thousands of pages between events; the frame grows with what is found.
 void measureOn(AppDelegate& controller, const std::string& path, uint32_t shown) {
     QTimer::singleShot(0, &controller, [&controller, path, shown] {
         const bool stillShown =
@@ -96,7 +105,7 @@ void measureOn(AppDelegate& controller, const std::string& path, uint32_t shown)
     });
 }
 
-// What both commands do before the mode changes. False: there is nothing to show yet.
+// For both commands. False: there is nothing to show yet.
 bool prepareModeChange(AppDelegate& controller) {
     if (controller.mMenuFileSave != 1)
         return true;
@@ -132,10 +141,7 @@ void AppDelegate::showFitlSizeImage(uint32_t row) {
     TraceScope trace("showFitlSizeImage");
     setScrollers(*this, false, false);
     setViewFrame(*this, orgRect);
-    traceValue("FitlSizeImage.x", wholePoints(orgRect.x));
-    traceValue("FitlSizeImage.y", wholePoints(orgRect.y));
-    traceValue("FitlSizeImage.height", wholePoints(orgRect.height));
-    traceValue("FitlSizeImage.width", wholePoints(orgRect.width));
+    traceRect("FitlSizeImage", orgRect);
     const CellInfo* page = pageAt(*this, row);
     if (page == nullptr)
         return;
@@ -149,10 +155,7 @@ void AppDelegate::showFitlSizeImage(uint32_t row) {
 void AppDelegate::showActualSizeImage(uint32_t row) {
     TraceScope trace("showActualSizeImage");
     setScrollers(*this, false, false);
-    traceValue("ActualSizeImage.x", wholePoints(orgRect.x));
-    traceValue("ActualSizeImage.y", wholePoints(orgRect.y));
-    traceValue("ActualSizeImage.height", wholePoints(orgRect.height));
-    traceValue("ActualSizeImage.width", wholePoints(orgRect.width));
+    traceRect("ActualSizeImage", orgRect);
     const CellInfo* page = pageAt(*this, row);
     if (page == nullptr)
         return;
@@ -180,7 +183,7 @@ void AppDelegate::toolBarItemFitPage(QObject*) {
         return;
     setViewFrame(*this, orgRect);
     changeMode(*this, fitMode);
-    mNeedSetImage = 0; // before showing: only the preview is loaded anew
+    mNeedSetImage = 0; // on purpose before showing: loads the preview only
     showFitlSizeImage(rowToShow(*this));
 }
 

@@ -1,4 +1,4 @@
-// Joins the window's page list and page view to the controller.
+// Connects the window's page list and page view to the controller.
 #include "controller/AppDelegate.h"
 #include "viewer/CustomCell.h"
 #include "viewer/ImageView.h"
@@ -17,7 +17,7 @@ namespace paperline {
 
 namespace {
 
-// Calls back after every event of one type that a widget gets.
+// Runs the action at every event of one type that the widget gets.
 class EventWatcher : public QObject {
 public:
     EventWatcher(QWidget* widget, QEvent::Type type, std::function<void()> action)
@@ -42,8 +42,8 @@ void fitRows(QTableView* table) {
     table->verticalHeader()->setDefaultSectionSize(CustomCell::rowHeight(table->font()));
 }
 
-// The column is as wide as the table, whether a scroller covers its end or not: thumbnails and
-// captions, placed by different rules, stay below each other.
+// The column stays as wide as the table, scroll bar included: thumbnails and captions would move by
+// different amounts.
 void keepColumnWidth(QTableView* table) {
     table->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Fixed);
     const auto widen = [table] { table->horizontalHeader()->resizeSection(0, table->width()); };
@@ -72,13 +72,13 @@ void setUpTable(AppDelegate& controller) {
 
 void setUpPane(AppDelegate& controller) {
     QScrollArea* pane = controller.showImageScrollView;
-    // Where the view does not reach, the pane has its colour.
+    // The pane around the view has the view's colour.
     QPalette palette = pane->viewport()->palette();
     palette.setColor(QPalette::Window, ImageView::surroundings());
     pane->viewport()->setPalette(palette);
     pane->viewport()->setAutoFillBackground(true);
 
-    constexpr int quietMilliseconds = 120; // after the last change of size
+    constexpr int quietMilliseconds = 120; // ends live resizing
     auto* resizeEnd = new QTimer(pane);
     resizeEnd->setSingleShot(true);
     resizeEnd->setInterval(quietMilliseconds);
@@ -105,7 +105,7 @@ void AppDelegate::connectPageViews() {
     pagePaneDidResize();
 }
 
-// The fitted view fills the pane as it is now.
+// A fitted view fills the pane.
 void AppDelegate::pagePaneDidResize() {
     if (showImageScrollView == nullptr || mImageView == nullptr)
         return;

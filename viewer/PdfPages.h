@@ -1,4 +1,4 @@
-// Pages of a PDF file: their boxes and their pictures.
+// Page boxes and pictures of a PDF file.
 #pragma once
 
 #include "codecs/pixels/PageProperties.h"
@@ -12,7 +12,7 @@ class QPdfDocument;
 
 namespace paperline {
 
-// One open PDF file. A page's pixel size is its box at 72 dots per inch.
+// An open PDF file. A page's pixel size is its box at 72 dpi.
 class PdfPages {
 public:
     PdfPages();
@@ -20,12 +20,12 @@ public:
     PdfPages(const PdfPages&) = delete;
     PdfPages& operator=(const PdfPages&) = delete;
 
-    [[nodiscard]] bool open(const std::string& path); // false: no PDF file that can be read
+    [[nodiscard]] bool open(const std::string& path);
     int count() const;
     PixelSize pixelSize(int pageIndex) const; // 0 x 0: no such page
 
     // The page on white, its longer side `longSidePixels` long. Null when there is no such page or
-    // it cannot be drawn at all; what is damaged inside the page stays white.
+    // it cannot be drawn; damaged parts stay white.
     QImage draw(int pageIndex, int longSidePixels) const;
 
 private:

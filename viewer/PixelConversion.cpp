@@ -41,7 +41,7 @@ QImage colourImage(const BitmapImageRep& page) {
 } // namespace
 
 QImage qtImage(const BitmapImageRep& page) {
-    // A view of the page's own pixels: they are only read, and what is given has its own.
+    // Shares the page's pixels, which are only read; the result has its own.
     const QImage::Format format = formatOf(page.bitsPerPixel());
     if (format == QImage::Format_Invalid)
         return {};
