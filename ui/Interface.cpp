@@ -32,12 +32,6 @@ void join(AppDelegate& controller, QAction* item, Command command) {
     });
 }
 
-void join(AppDelegate& controller, QPushButton* button, Command command) {
-    QObject::connect(button, &QPushButton::clicked, &controller, [&controller, button, command] {
-        (controller.*command)(button);
-    });
-}
-
 void joinToolbar(AppDelegate& controller) {
     join(controller, controller.paperlineToolbar_Setup, &AppDelegate::toolBarItemSetup);
     join(controller, controller.paperlineToolbar_Scan, &AppDelegate::toolBarItemScan);
@@ -94,8 +88,13 @@ void joinMenus(AppDelegate& controller) {
 }
 
 void joinSelectionWindow(AppDelegate& controller) {
-    join(controller, controller.twainSelectSourceOKBtn, &AppDelegate::doBtnOK);
-    join(controller, controller.twainSelectSourceCancelBtn, &AppDelegate::doBtnCancel);
+    QPushButton* ok = controller.twainSelectSourceOKBtn;
+    QPushButton* cancel = controller.twainSelectSourceCancelBtn;
+    QObject::connect(
+        ok, &QPushButton::clicked, &controller, [&controller] { controller.doBtnOK(nullptr); });
+    QObject::connect(cancel, &QPushButton::clicked, &controller, [&controller] {
+        controller.doBtnCancel(nullptr);
+    });
     controller.reportRowSelection(controller._tableViewSelectSource);
 }
 

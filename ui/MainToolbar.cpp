@@ -111,29 +111,26 @@ void makeMainToolbar(QMainWindow& window, InterfaceOutlets& outlets, const std::
     toolbar->layout()->setSpacing(buttonSpace);
     outlets.paperlineToolbar = toolbar;
 
-    outlets.paperlineToolbar_Setup =
-        addButton(toolbar, resources + "/Setup.png", Qt::ToolButtonTextBesideIcon);
+    const auto button = [&](const char* picture, Qt::ToolButtonStyle style) {
+        return addButton(toolbar, resources + picture, style);
+    };
+    outlets.paperlineToolbar_Setup = button("/Setup.png", Qt::ToolButtonTextBesideIcon);
     outlets.paperlineToolbar_Scan = addButton(
         toolbar, resources + "/Scan.png", Qt::ToolButtonTextBesideIcon, QPalette::HighlightedText);
     outlets.paperlineToolbar_FileFormatsCombox = new QComboBox;
     outlets.paperlineToolbar_FileFormatsCombox->setFocusPolicy(Qt::StrongFocus);
     addControl(toolbar, outlets.paperlineToolbar_FileFormatsCombox, QSizePolicy::Fixed);
     labelUnseen(outlets.paperlineToolbar_FileFormatsCombox);
-    outlets.paperlineToolbar_FileFormat =
-        addButton(toolbar, resources + "/Floppy.png", Qt::ToolButtonIconOnly);
-    outlets.paperlineToolbar_FolderSelect =
-        addButton(toolbar, resources + "/Folder.png", Qt::ToolButtonTextBesideIcon);
+    outlets.paperlineToolbar_FileFormat = button("/Floppy.png", Qt::ToolButtonIconOnly);
+    outlets.paperlineToolbar_FolderSelect = button("/Folder.png", Qt::ToolButtonTextBesideIcon);
     outlets.currentSaveFolder = new SaveFolderTextField;
     outlets.currentSaveFolder->setMinimumWidth(narrowestFolderField);
     outlets.paperlineToolbar_CurrentForder =
         addControl(toolbar, outlets.currentSaveFolder, QSizePolicy::Expanding);
-    outlets.paperlineToolbar_OpenDlg =
-        addButton(toolbar, resources + "/OpenFolder.png", Qt::ToolButtonIconOnly);
-    outlets.paperlineToolbar_FitPage =
-        addButton(toolbar, resources + "/FitPage.png", Qt::ToolButtonIconOnly);
+    outlets.paperlineToolbar_OpenDlg = button("/OpenFolder.png", Qt::ToolButtonIconOnly);
+    outlets.paperlineToolbar_FitPage = button("/FitPage.png", Qt::ToolButtonIconOnly);
     outlets.paperlineToolbar_FitPage->setShortcut(Qt::CTRL | Qt::Key_0);
-    outlets.paperlineToolbar_ActualPage =
-        addButton(toolbar, resources + "/ActualPage.png", Qt::ToolButtonIconOnly);
+    outlets.paperlineToolbar_ActualPage = button("/ActualPage.png", Qt::ToolButtonIconOnly);
     outlets.paperlineToolbar_ActualPage->setShortcut(Qt::CTRL | Qt::Key_1);
 
     for (QAction* mode : {outlets.paperlineToolbar_FitPage, outlets.paperlineToolbar_ActualPage})

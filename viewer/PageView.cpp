@@ -25,10 +25,6 @@ constexpr std::chrono::milliseconds measuringTime{50};
 // Pages shown at actual size so far. Measuring for an earlier one stops.
 uint32_t actualPagesShown = 0;
 
-const CellInfo* pageAt(const AppDelegate& controller, uint32_t row) {
-    return row < controller.cellInfos.size() ? &controller.cellInfos[row] : nullptr;
-}
-
 void traceRect(const std::string& name, const Rect& rect) {
     if (!isTracing())
         return;
@@ -142,8 +138,7 @@ void AppDelegate::showFitlSizeImage(uint32_t row) {
     setScrollers(*this, false, false);
     setViewFrame(*this, orgRect);
     traceRect("FitlSizeImage", orgRect);
-    const CellInfo* page = pageAt(*this, row);
-    if (page == nullptr)
+    if (row >= cellInfos.size())
         return;
     if (mNeedSetImage != 0 || mMenuFileSave == 0)
         loadIntoView(*this, row);
@@ -156,15 +151,15 @@ void AppDelegate::showActualSizeImage(uint32_t row) {
     TraceScope trace("showActualSizeImage");
     setScrollers(*this, false, false);
     traceRect("ActualSizeImage", orgRect);
-    const CellInfo* page = pageAt(*this, row);
-    if (page == nullptr)
+    if (row >= cellInfos.size())
         return;
     if (mNeedSetImage != 0)
         loadIntoView(*this, row);
     if (showImageScrollView != nullptr) {
+        const std::string& path = cellInfos[row].imageFullPath;
         ++actualPagesShown;
-        if (!layOutActualPage(*this, page->imageFullPath))
-            measureOn(*this, page->imageFullPath, actualPagesShown);
+        if (!layOutActualPage(*this, path))
+            measureOn(*this, path, actualPagesShown);
         scrollToTopLeft(*this);
     }
     mNeedSetImage = 0;
