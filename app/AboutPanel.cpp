@@ -22,7 +22,7 @@
 namespace paperline {
 namespace {
 
-// Systems from this minor version on show a plain message instead of the standard panel.
+// From this minor system version on the About box is a plain message.
 constexpr int firstMinorVersionWithMessage = 14;
 constexpr int panelIconSizePoints = 128;
 constexpr int panelMarginPoints = 24;
@@ -31,16 +31,14 @@ constexpr int groupSpacePoints = 16;
 
 std::string bundleVersion(const std::string& bundle) {
     const PropertyListFile info = readPropertyList(bundle + "/Contents/Info.plist");
-    const PropertyListValue* version = find(info.root, "CFBundleShortVersionString");
-    return version != nullptr && version->asString() != nullptr ? *version->asString()
-                                                                : versionText;
+    const std::string version = textUnder(info.root, "CFBundleShortVersionString");
+    return version.empty() ? versionText : version;
 }
 
 struct PanelTexts {
     std::string name, version, copyright;
 };
 
-// The standard About panel: image, name, version, copyright.
 void showStandardPanel(QWidget* parent, const QIcon& icon, const PanelTexts& texts) {
     QDialog panel(parent);
     panel.setWindowTitle(QString::fromStdString(texts.name));
@@ -65,7 +63,7 @@ void showStandardPanel(QWidget* parent, const QIcon& icon, const PanelTexts& tex
     layout.addSpacing(groupSpacePoints - lineSpacePoints);
     QDialogButtonBox buttons(QDialogButtonBox::Close, &panel);
     buttons.setCenterButtons(true);
-    buttons.button(QDialogButtonBox::Close)->setIcon({}); // the word says it
+    buttons.button(QDialogButtonBox::Close)->setIcon({});
     QObject::connect(&buttons, &QDialogButtonBox::rejected, &panel, &QDialog::reject);
     layout.addWidget(&buttons);
     const DelayedMessagesHold hold;

@@ -7,10 +7,11 @@
 
 namespace paperline {
 
+static_assert(hungSourceTimeoutSeconds == 300, "usageText names it");
 const char* const usageText =
     "Usage: paperline                      open the window\n"
     "       paperline scan [options]       scan everything the source has\n"
-    "       paperline sources              list the data sources, one name a line\n"
+    "       paperline sources              list the data sources, one name per line\n"
     "       paperline sources --options NAME\n"
     "                                      list the options of a source with their ranges\n"
     "       paperline --help | --version\n"
@@ -23,10 +24,10 @@ const char* const usageText =
     "  --name TEMPLATE        start of the file names; %YYYYMMDD, %HHNNSS and the like are filled "
     "in\n"
     "  --option NAME=VALUE    set an option of the source for this scan only (may be repeated)\n"
-    "  --timeout SECONDS      give up on a source that is silent for so long (default: 300)\n"
-    "  --json                 one JSON object a page and a last one with the totals\n"
+    "  --timeout SECONDS      give up on a source that is silent for this long (default: 300)\n"
+    "  --json                 one JSON object per file, then one with the totals\n"
     "\n"
-    "Saved paths go to standard output, one a line, as they are saved; messages go to standard "
+    "Saved paths go to standard output, one per line, as they are saved; messages go to standard "
     "error.\n"
     "Exit status: 0 saved, 1 nothing or not all saved, 2 usage, 3 no such source, 4 the source did "
     "not\n"
@@ -34,7 +35,7 @@ const char* const usageText =
 
 namespace {
 
-// Walks over the words, taking "--name value" and "--name=value" alike.
+// The words one by one; "--name value" and "--name=value" are the same.
 class Words {
 public:
     explicit Words(std::span<const std::string> words) : words_(words) {}
@@ -83,7 +84,7 @@ std::optional<int> positiveNumber(const std::string& text) {
     return number;
 }
 
-// Empty when the option was taken, else what is wrong with it.
+// Stores the option. Returns what is wrong with it, or nothing.
 std::string
 takeScanOption(const std::string& option, const std::string& value, ScanRequest& request) {
     if (option == "--source") {
@@ -123,7 +124,7 @@ CommandLine usageError(const std::string& error) {
     return line;
 }
 
-// What a word belongs to: its option, or the one before it.
+// The option that a word is or belongs to.
 std::string optionOf(std::span<const std::string> arguments, size_t position) {
     for (const size_t place : {position, position - 1}) {
         const std::string name = arguments[place].substr(0, arguments[place].find('='));
@@ -135,7 +136,7 @@ std::string optionOf(std::span<const std::string> arguments, size_t position) {
     return "a word";
 }
 
-// Paths and names are UTF-8 everywhere in the program; other bytes would become another name.
+// Qt would change other bytes in a path or a name.
 std::string complaintAboutEncoding(std::span<const std::string> arguments) {
     for (size_t position = 0; position < arguments.size(); ++position)
         if (!isValidUtf8(arguments[position]))

@@ -13,6 +13,7 @@
 #include "platform/host/Host.h"
 #include "platform/places/Places.h"
 #include "viewer/ImageView.h"
+#include "viewer/PixelConversion.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -30,10 +31,10 @@
 namespace paperline {
 namespace {
 
-constexpr uint32_t lastExplicitSource =
-    999; // a larger selection means the manager's default source
+// A larger selection means the default source of the manager.
+constexpr uint32_t lastExplicitSource = 999;
 constexpr int pngItem = 7;
-constexpr int focusedColumn = 2; // of the selection table, or its last one when it has fewer
+constexpr int focusedColumn = 2; // of the selection table, as far as it has so many
 constexpr qsizetype saveSwitchItem = 3;
 
 void removeMenuItem(QMenu* menu, qsizetype index) {
@@ -41,24 +42,11 @@ void removeMenuItem(QMenu* menu, qsizetype index) {
         menu->removeAction(menu->actions().at(index));
 }
 
-// Results of the selection window's modal loop.
-constexpr int modalStopped = -1000;
-
-// A window larger than the screen starts at its corner: its title stays in reach.
+// A window larger than the screen begins at the screen's corner, so that its title can be reached.
 void centre(QWidget* window) {
     const QRect screen = window->screen()->availableGeometry();
     const QSize room = (screen.size() - window->frameSize()) / 2;
     window->move(screen.topLeft() + QPoint(std::max(0, room.width()), std::max(0, room.height())));
-}
-
-Rect rectOf(const QWidget* widget) {
-    if (widget == nullptr)
-        return {};
-    const QRect frame = widget->geometry();
-    return {static_cast<double>(frame.x()),
-            static_cast<double>(frame.y()),
-            static_cast<double>(frame.width()),
-            static_cast<double>(frame.height())};
 }
 
 } // namespace
@@ -122,9 +110,9 @@ void AppDelegate::applicationWillFinishLaunching() {
 }
 
 void AppDelegate::makeTemporaryFolders() {
-    keepPagesOfEarlierRuns(); // those that ended in the middle of a batch
+    keepPagesOfEarlierRuns();
     removeAllButPages(scratchPath(stagingFolderName));
-    // A folder that cannot be made shows at the first page that needs it.
+    // A missing folder is reported with the first page that needs it.
     for (const char* name : {scratchRootName, stagingFolderName, listStagingFolderName}) {
         const std::string folder = scratchPath(name);
         if (!createPrivateFolder(folder))
@@ -160,7 +148,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     if (terminationRequested())
         return;
     if (SelectSourceCount != 1) {
-        // The settings now belong to the source chosen in the window.
+        // Settings are kept per source, and another one may be selected now.
         getTwiainDSInfo();
         ReadUISetting();
         fixUpSaveFolder();
@@ -191,6 +179,7 @@ void AppDelegate::openOnlySource() {
 
 void AppDelegate::showInstalledSourcesChoice() {
     reloadSourceTable();
+    // The default source: the one on the command line, else the one used last, else the first.
     mSourceDSDefault = scannerName.empty() ? 0 : CheckIdentityWithScannerName(scannerName);
     if (!launchOptions_.sourceName.empty())
         mSourceDSDefault = CheckIdentityWithScannerName(launchOptions_.sourceName);
@@ -198,10 +187,10 @@ void AppDelegate::showInstalledSourcesChoice() {
     loadSettingsOfSelectedSource();
 
     if (!launchOptions_.commandLine && !runSelectionWindow()) {
-        requestTermination(); // cancelled: the settings are still written on the way out
+        requestTermination(); // settings are still written
         return;
     }
-    // The preselected source gets its own language back before the chosen one takes its place.
+    // Gives the preselected source its own language back; another one may be selected now.
     ReadWriteDSLanguageSetting(2, true);
     const uint16_t opened = mSourceDSSelect <= lastExplicitSource ? CheckIdentity(mSourceDSSelect)
                                                                   : CheckDefaultIdentity();
@@ -213,11 +202,10 @@ void AppDelegate::showInstalledSourcesChoice() {
 }
 
 void AppDelegate::selectSourceRow(uint32_t row) {
-    // The selection change stores the row in mSourceDSSelect; selecting a selected row is no
-    // change.
+    // mSourceDSSelect is set by the selection's change, so it has to change.
     _tableViewSelectSource->clearSelection();
     _tableViewSelectSource->setStyleSheet("QTableView { gridline-color: blue; }");
-    // selectRow finds no column when the interface runs from right to left.
+    // selectRow() does nothing in a right-to-left interface.
     const QAbstractItemModel* model = _tableViewSelectSource->model();
     const int column = std::min(focusedColumn, model->columnCount() - 1);
     _tableViewSelectSource->setCurrentIndex(model->index(static_cast<int>(row), column));
@@ -234,7 +222,7 @@ bool AppDelegate::runSelectionWindow() {
 void AppDelegate::showMainWindow() {
     centre(paperlineWindow);
     paperlineToolbar_FileFormatsCombox->setCurrentIndex(0);
-    orgRect = rectOf(mImageView);
+    orgRect = rectOf(mImageView->geometry());
     saveRect = orgRect;
     mImageView->setFitorAcutalImage(1);
     fixUpSaveFolder();
@@ -263,7 +251,7 @@ void AppDelegate::showMainWindow() {
 
 void AppDelegate::windowDidLoad() {
     TraceScope trace("windowDidLoad");
-    paperlineWindow->setContentsMargins(0, 0, 0, 0); // no border above or below the content
+    paperlineWindow->setContentsMargins(0, 0, 0, 0);
 }
 
 void AppDelegate::initialApplicationUserInterface() {
@@ -287,7 +275,7 @@ void AppDelegate::windowWillClose() {
 
 void AppDelegate::applicationWillTerminate() {
     TraceScope trace("applicationWillTerminate");
-    // A failed launch, one that never began and the command line leave the settings as they are.
+    // Settings are written only by a window whose launch succeeded.
     if (launchAborted || mCurrentPath.empty() || launchOptions_.commandLine)
         return;
     writeSettingsAtTermination();

@@ -19,14 +19,13 @@
 #include "platform/qt/EndingSignals.h"
 #include "twain/TWAINHandler.h"
 #include "twain/manager/DataSourceManager.h"
+#include "ui/SaveFolderText.h"
 #include "ui/SaveFolderTextField.h"
 
-#include <QComboBox>
 #include <QCoreApplication>
 #include <QDir>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QTimer>
 
 #include <fcntl.h>
@@ -41,8 +40,8 @@
 namespace paperline {
 namespace {
 
-// A call that is under way when the command is told to end may take so long to come to its end.
-constexpr std::chrono::seconds patienceAfterSignal{3};
+// How long a call into the source may go on after a signal has told the command to end.
+constexpr std::chrono::seconds callLimitAfterSignal{3};
 
 // Writes result lines, unbuffered and each as a whole.
 class Results {
@@ -75,12 +74,12 @@ QJsonObject pageObject(const SavedFile& file) {
             {"pages", file.pages}};
 }
 
-// What came of a scan, gathered while it runs. The watchdog reads it too.
+// Counts of one scan. The watchdog's thread reads them too.
 struct ScanTally {
     std::atomic<int> files = 0;
     std::atomic<int> pages = 0;
     std::atomic<int> messages = 0;
-    bool sourceOpened = false; // for the scan itself, not only to see whether it can be
+    bool sourceOpened = false; // by the last attempt
 };
 
 std::string totalsObject(const ScanTally& tally, bool isComplete) {
@@ -88,7 +87,7 @@ std::string totalsObject(const ScanTally& tally, bool isComplete) {
         {{"files", tally.files.load()}, {"pages", tally.pages.load()}, {"complete", isComplete}});
 }
 
-// The watchdog sees every call to the source; the tally whether the last opening went well.
+// The watchdog times every call to the source; the tally notes whether the last one opened it.
 void watchCalls(Watchdog& watchdog, ScanTally& tally) {
     auto message = std::make_shared<uint16_t>(twain::MSG_NULL);
     setDsmCallObserver({.willCall =
@@ -104,7 +103,7 @@ void watchCalls(Watchdog& watchdog, ScanTally& tally) {
                             }});
 }
 
-// Windowless launch: messages become lines on standard error.
+// Messages of the window become lines on standard error.
 void installCommandLineMessages(ScanTally& tally) {
     setAlertPresenter([&tally](const Alert& alert) {
         ++tally.messages;
@@ -122,7 +121,7 @@ void passOptionsToSource(const std::vector<std::string>& options) {
         setenv("PAPERLINE_SOURCE_OPTIONS", lines.c_str(), 1);
 }
 
-// A source asked for by name is shown even when it only stands in for missing scanners.
+// The software scanner is hidden beside real ones, unless a source is asked for by name.
 void prepareSources(const std::string& sourceName) {
     if (!sourceName.empty())
         setenv("PAPERLINE_SOFTWARE_SCANNER", "1", 1);
@@ -136,29 +135,16 @@ bool knowsSource(const AppDelegate& controller, const std::string& name) {
     return false;
 }
 
-// The save-folder text that the scan takes apart again into folder and template.
+// The scan takes folder and name template from the text of the save-folder field.
 void setFolderAndName(AppDelegate& controller, const ScanRequest& request) {
-    const std::string stored = controller.currentSaveFolder->folderText();
-    const bool namesFolderOnly = !stored.empty() && stored.back() == '/';
-    const std::string folder = request.folder
-                                   ? QDir::current()
-                                         .absoluteFilePath(QString::fromStdString(*request.folder))
-                                         .toStdString()
-                                   : (namesFolderOnly ? stored : folderOfPath(stored));
-    std::string name = namesFolderOnly ? "Image" : lastPathComponent(stored);
-    if (request.folder)
-        name = "Image";
-    if (request.name)
-        name = *request.name;
     if (!request.folder && !request.name)
         return;
-    controller.currentSaveFolder->setText(
-        QString::fromStdString(appendPathComponent(folder, name)));
-}
-
-void setFormat(AppDelegate& controller, const ScanRequest& request) {
-    if (request.fileFormat)
-        controller.profileFileformatSelect = *request.fileFormat;
+    const QString folder =
+        request.folder ? QDir::current().absoluteFilePath(QString::fromStdString(*request.folder))
+                       : QString::fromStdString(
+                             folderOfPages(controller.currentSaveFolder->folderText(), true));
+    controller.currentSaveFolder->setText(QString::fromStdString(
+        appendPathComponent(folder.toStdString(), request.name.value_or("Image"))));
 }
 
 std::unique_ptr<AppDelegate> launch(const std::string& sourceName) {
@@ -169,8 +155,8 @@ std::unique_ptr<AppDelegate> launch(const std::string& sourceName) {
     return controller->init() != nullptr ? std::move(controller) : nullptr;
 }
 
-// Scans until the controls come back; false when the source never called back in time, or when the
-// command was told to end before it did.
+// Scans to its end. False when the source sent no message within the timeout, or when the command
+// was told to end first.
 bool scanToTheEnd(AppDelegate& controller, int timeoutSeconds) {
     QEventLoop loop;
     bool ended = false;
@@ -189,7 +175,7 @@ bool scanToTheEnd(AppDelegate& controller, int timeoutSeconds) {
     return ended;
 }
 
-// Pages staged for a multi-page file are the user's.
+// Pages staged for a multi-page file move to a folder of the user's.
 void keepPagesInNoFile() {
     const std::string name = formatDate({.secondsSinceEpoch = host().secondsSinceEpoch(),
                                          .localeIdentifier = host().localeIdentifier(),
@@ -204,7 +190,7 @@ void keepPagesInNoFile() {
     }
 }
 
-// Runs on the watchdog's thread, while the main thread hangs inside the source and touches nothing.
+// Runs on the watchdog's thread. The main thread hangs inside the source, so nothing else runs.
 void giveUpOnHungSource(const ScanRequest& request, const ScanTally& tally, Results results) {
     const bool isInterrupted = endingSignalHasCome();
     systemLog(isInterrupted
@@ -217,7 +203,8 @@ void giveUpOnHungSource(const ScanRequest& request, const ScanTally& tally, Resu
     _exit(isInterrupted ? exitNotAllSaved : exitSourceHung);
 }
 
-// Some writers call a page saved that is on no disk; its path was never reported as complete.
+// Some writers report a page as saved whose file could not be written. Such a page is in the list
+// of paths, but was never counted as complete.
 void tellUnwrittenPages(const AppDelegate& controller, ScanTally& tally) {
     const auto listed = static_cast<int>(controller.imageFilePath.size());
     if (listed <= tally.pages)
@@ -227,7 +214,7 @@ void tellUnwrittenPages(const AppDelegate& controller, ScanTally& tally) {
               " of the pages could not be written");
 }
 
-// What a scan that ran comes to.
+// Exit code of a scan that ran.
 int exitCodeOf(const AppDelegate& controller, const ScanTally& tally, bool ended, bool allPrinted) {
     if (terminationRequested()) {
         systemLog("paperline: interrupted");
@@ -244,7 +231,7 @@ int exitCodeOf(const AppDelegate& controller, const ScanTally& tally, bool ended
     return tally.files > 0 && tally.messages == 0 && allPrinted ? exitSaved : exitNotAllSaved;
 }
 
-// What a launch that came to nothing is worth.
+// Exit code when the launch ended before a scan.
 int exitCodeWithoutScan(AppDelegate& controller, Results& results, bool json) {
     if (launchAborted && !controller.sourceHung)
         return exitSourceNotOpened;
@@ -265,9 +252,9 @@ void endScratch() {
 }
 
 int takeStandardOutputForResults() {
-    // Whoever reads the results may stop reading; the pages are scanned all the same.
+    // A reader that closes the pipe must not end the scan.
     std::signal(SIGPIPE, SIG_IGN);
-    // Not for helper programs: one that goes on searching would keep the reader of a pipe waiting.
+    // Closed in helper programs: one that outlives the command would keep a pipe's reader waiting.
     const int results = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
     if (results >= 0)
         dup2(STDERR_FILENO, STDOUT_FILENO);
@@ -284,7 +271,7 @@ int runScanCommand(const ScanRequest& request, int resultDescriptor) {
 
     Watchdog watchdog(std::chrono::seconds(request.timeoutSeconds),
                       [&, results] { giveUpOnHungSource(request, tally, results); },
-                      {.limit = patienceAfterSignal, .isWanted = endingSignalHasCome});
+                      {.limit = callLimitAfterSignal, .applies = endingSignalHasCome});
     watchCalls(watchdog, tally);
 
     const std::unique_ptr<AppDelegate> controller = launch(request.source);
@@ -302,9 +289,10 @@ int runScanCommand(const ScanRequest& request, int resultDescriptor) {
     controller->applicationDidFinishLaunching();
     if (launchAborted || terminationRequested())
         return exitCodeWithoutScan(*controller, results, request.json);
-    tally.messages = 0; // those so far were about earlier scans
+    tally.messages = 0; // those of the launch are about earlier scans
 
-    setFormat(*controller, request);
+    if (request.fileFormat)
+        controller->profileFileformatSelect = *request.fileFormat;
     setFolderAndName(*controller, request);
     controller->savedFileObserver = [&](const SavedFile& file) {
         ++tally.files;

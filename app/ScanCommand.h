@@ -5,11 +5,11 @@
 
 namespace paperline {
 
-// Where the commands' results go; everything else that is written to standard output reaches
-// standard error. Call once, before any library can write.
+// The descriptor for results. From now on standard output leads to standard error, so that nothing
+// else gets between them. Call once, before any library can write.
 int takeStandardOutputForResults();
 
-// Removes the command's scratch folder, unless it holds pages that found no other place.
+// Removes the command's scratch folder, unless there are pages in it that could not be moved.
 void endScratch();
 
 int runScanCommand(const ScanRequest& request, int resultDescriptor);

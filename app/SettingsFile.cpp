@@ -1,10 +1,15 @@
 #include "app/SettingsFile.h"
 
+#include "base/BrandProfile.h"
+#include "base/LanguageBundle.h"
 #include "platform/files/Files.h"
 #include "platform/files/NewFile.h"
 #include "platform/files/PathText.h"
+#include "platform/host/Host.h"
 #include "platform/places/Places.h"
+#include "platform/plist/PropertyList.h"
 #include "platform/process/SystemLog.h"
+#include "ui/LanguageTable.h"
 
 #include <cerrno>
 
@@ -41,10 +46,10 @@ std::string settingsFileToWrite(const std::string& bundle) {
     if (fileExists(ownFile()))
         return ownFile();
     const std::string inBundle = bundle + "/" + settingsFileInBundle;
-    // Replacing a file needs the right to change its folder.
+    // A file is replaced by renaming, which changes its folder.
     if (isWritable(folderOfPath(inBundle)))
         return inBundle;
-    // A folder that cannot be made shows when the file is written.
+    // Without the folder, writing the file fails.
     [[maybe_unused]] const bool made = createFolderWithParents(folderOfPath(ownFile()));
     return ownFile();
 }
@@ -52,6 +57,23 @@ std::string settingsFileToWrite(const std::string& bundle) {
 bool writeSettingsFile(const std::string& path, const PropertyListDictionary& root) {
     const bool isDamaged = readPropertyList(path).status == PropertyListStatus::damaged;
     return (!isDamaged || setAside(path)) && writePropertyListAtomically(path, root);
+}
+
+int32_t launchLanguage(const std::string& bundle, uint32_t brandNumber) {
+    const PropertyListFile settings = readPropertyList(settingsFileToRead(bundle));
+    if (settings.status == PropertyListStatus::missing)
+        return systemLanguage(host().preferredLanguages(),
+                              brandProfile(brandNumber).supportedLanguages);
+    const PropertyListValue* stored = find(settings.root, "Language");
+    const int64_t language = stored != nullptr ? stored->asInteger().value_or(0) : 0;
+    return languageInTable(static_cast<int32_t>(language));
+}
+
+std::string launchText(const std::string& bundle, uint32_t brandNumber, const std::string& key) {
+    const auto language = static_cast<size_t>(launchLanguage(bundle, brandNumber));
+    const std::string folder =
+        bundle + "/Contents/Resources/" + languageTable[language].resourceFolder;
+    return localizedString(LanguageBundle::load(folder), key);
 }
 
 } // namespace paperline

@@ -4,7 +4,6 @@
 #include "app/SettingsFile.h"
 #include "base/BrandProfile.h"
 #include "base/CvOutputLog.h"
-#include "base/FileFormats.h"
 #include "platform/desktop/Alert.h"
 #include "platform/files/Files.h"
 #include "platform/files/PathText.h"
@@ -22,31 +21,21 @@ bool launchAborted = false;
 
 namespace {
 
-// Written when there is no settings file; the launch replaces them with the user's own folder.
+// Taken without a settings file, until fixUpSaveFolder() puts the user's own folder in their place.
 constexpr const char* fallbackSaveFolder = "/Users/kai_morn/Documents/Image";
 constexpr const char* fallbackDocumentsFolder = "/Users/kai_morn/Documents";
 constexpr const char* defaultImageName = "Image";
-
-std::string stringUnder(const PropertyListDictionary& dictionary, const char* key) {
-    const PropertyListValue* value = find(dictionary, key);
-    const std::string* text = value != nullptr ? value->asString() : nullptr;
-    return text != nullptr ? *text : std::string();
-}
 
 std::optional<int32_t> integerUnder(const PropertyListDictionary& dictionary, const char* key) {
     const PropertyListValue* value = find(dictionary, key);
     if (value == nullptr)
         return std::nullopt;
-    // The platform's integer reading of anything that is no number is 0.
+    // What is no number counts as 0.
     return static_cast<int32_t>(value->asInteger().value_or(0));
 }
 
 std::string profileKey(const std::string& currentProductName) {
     return appendPathComponent(host().loginName(), currentProductName);
-}
-
-int32_t brandTwoMenuPosition(int32_t currentOSLanguage) {
-    return languageMenuPosition(brandProfile(2).supportedLanguages, currentOSLanguage).value_or(0);
 }
 
 } // namespace
@@ -57,7 +46,7 @@ void AppDelegate::ReadDefaultScannerName() {
     if (file.status == PropertyListStatus::missing)
         scannerName.clear();
     else if (file.status == PropertyListStatus::read)
-        scannerName = stringUnder(file.root, "ScannerName");
+        scannerName = textUnder(file.root, "ScannerName");
 }
 
 void AppDelegate::ReadDefaultSaveImageName() {
@@ -66,9 +55,9 @@ void AppDelegate::ReadDefaultSaveImageName() {
     if (file.status == PropertyListStatus::missing) {
         saveImageName = defaultImageName;
     } else {
-        // A damaged file changes nothing, but a page always gets a name.
+        // A damaged file changes nothing.
         if (file.status == PropertyListStatus::read)
-            saveImageName = stringUnder(file.root, "SaveImageName");
+            saveImageName = textUnder(file.root, "SaveImageName");
         if (saveImageName.empty())
             saveImageName = defaultImageName;
     }
@@ -83,11 +72,8 @@ void AppDelegate::ReadUISettingForLastLanguage() {
         profileLanguage = setFirstUILanguage(2);
         return;
     }
-    if (const std::optional<int32_t> language = integerUnder(file.root, "Language")) {
-        profileLanguage = *language;
-        supportLanguageProfileLanguage = languageMenuPosition(supportedLanguage, profileLanguage)
-                                             .value_or(supportLanguageProfileLanguage);
-    }
+    if (const std::optional<int32_t> language = integerUnder(file.root, "Language"))
+        setProfileLanguage(*language);
 }
 
 void AppDelegate::ReadSettingForCreateFolder() {
@@ -109,25 +95,23 @@ void AppDelegate::ReadUISetting() {
     if (profile == nullptr)
         return;
     dictCurrentFolder = *profile;
-    profileFolderName = stringUnder(*profile, "SavePath");
+    profileFolderName = textUnder(*profile, "SavePath");
     profileFileformatSelect =
         integerUnder(*profile, "FileFormat").value_or(profileFileformatSelect);
-    if (const std::optional<int32_t> language = integerUnder(*profile, "Language")) {
-        profileLanguage = *language;
-        supportLanguageProfileLanguage = languageMenuPosition(supportedLanguage, profileLanguage)
-                                             .value_or(supportLanguageProfileLanguage);
-    }
+    if (const std::optional<int32_t> language = integerUnder(*profile, "Language"))
+        setProfileLanguage(*language);
     profileShowInFinder = integerUnder(*profile, "ShowInFinder").value_or(profileShowInFinder);
 }
 
 void AppDelegate::setDefaultProfile() {
     profileFolderName =
         SelectFolderAutoDetectFlag != 0 ? fallbackSaveFolder : fallbackDocumentsFolder;
-    profileFileformatSelect =
-        brandProfile(gBrandNumber).savesJpegByDefault ? formatJpeg : formatBmp;
+    const BrandProfile& brand = brandProfile(gBrandNumber);
+    profileFileformatSelect = brand.defaultFileFormat;
     profileLanguage = setFirstUILanguage(2);
-    if (gBrandNumber == 2)
-        supportLanguageProfileLanguage = brandTwoMenuPosition(currentOSLanguage);
+    if (!brand.supportedLanguages.empty())
+        supportLanguageProfileLanguage =
+            languageMenuPosition(brand.supportedLanguages, profileLanguage).value_or(0);
     profileShowInFinder = 0;
 }
 
@@ -137,11 +121,11 @@ void AppDelegate::fixUpSaveFolder() {
     if (!dictCurrentFolder) {
         profileFolderName = autoDetect ? documents + "/Image" : documents;
     } else {
-        profileFolderName = stringUnder(*dictCurrentFolder, "SavePath");
+        profileFolderName = textUnder(*dictCurrentFolder, "SavePath");
         if (autoDetect && profileFolderName.empty())
             profileFolderName = documents + "/Image";
         else if (!autoDetect && !fileExists(profileFolderName))
-            profileFolderName = documents; // without "/Image", unlike the case above
+            profileFolderName = documents; // on purpose without "/Image"
     }
     if (currentSaveFolder != nullptr)
         currentSaveFolder->setFolderText(profileFolderName);
@@ -176,8 +160,8 @@ void AppDelegate::writeSettingsAtTermination() {
 void AppDelegate::writeDefaultSetting(QObject* /*ignored*/) {
     TraceScope trace("writeDefaultSetting");
     PropertyListDictionary profile;
-    const int32_t format = brandProfile(gBrandNumber).savesJpegByDefault ? formatJpeg : formatBmp;
-    profile["FileFormat"] = PropertyListValue(int64_t{format});
+    profile["FileFormat"] =
+        PropertyListValue(int64_t{brandProfile(gBrandNumber).defaultFileFormat});
     profile["SavePath"] = PropertyListValue(fallbackDocumentsFolder);
     scannerName = std::string();
     PropertyListDictionary root;
@@ -188,8 +172,7 @@ void AppDelegate::writeDefaultSetting(QObject* /*ignored*/) {
 }
 
 void AppDelegate::WriteUISetting(QObject* /*ignored*/) {
-    // Settings are written at termination only.
-    TraceScope trace("WriteUISetting");
+    TraceScope trace("WriteUISetting"); // settings are written at termination only
 }
 
 void* AppDelegate::input(const std::string& message, const std::string& defaultValue) {

@@ -19,7 +19,7 @@ namespace paperline {
 namespace {
 
 constexpr int longestFirstWaitMilliseconds = 5000;
-// Where a whole search has found nothing the next one seldom finds more, and every start waits.
+// After a complete search without a scanner; every start waits this long.
 constexpr int longestLaterWaitMilliseconds = 1200;
 constexpr unsigned long pollMilliseconds = 5;
 constexpr const char* workerProgram = "/Contents/Helpers/paperline-sane-worker";
@@ -38,8 +38,7 @@ void discoverSources(const std::function<void()>& aboutToWait) {
     if (!fileExists(worker))
         return;
     const std::string folder = userDataFolder() + "/TWAIN Data Sources";
-    // The helper makes this folder, filled, when a whole search has ended, with scanners or
-    // without.
+    // The helper makes this folder at the end of a complete search, also when it found nothing.
     const bool searchedBefore = folderExists(folder);
     const bool knowsScanners = holdsBundles(folder);
 
@@ -49,7 +48,7 @@ void discoverSources(const std::function<void()>& aboutToWait) {
     search.setStandardInputFile(QProcess::nullDevice());
     search.setStandardOutputFile(QProcess::nullDevice());
     search.setStandardErrorFile(QProcess::nullDevice());
-    // Detached: a slow search goes on and serves the next start.
+    // Detached: what a slow search finds is there at the next start.
     qint64 searchProcess = 0;
     if (!search.startDetached(&searchProcess) || knowsScanners)
         return;

@@ -1,4 +1,4 @@
-// Looks for scanners and makes a data source bundle for each, in a helper program of its own.
+// Looks for scanners in a helper program, which makes a data source bundle for each.
 #pragma once
 
 #include <functional>
@@ -6,9 +6,9 @@
 
 namespace paperline {
 
-// Uses what earlier runs found and refreshes behind the user's back. Only when no scanner is known
-// does it wait, after calling `aboutToWait`: at most five seconds for the first search, about one
-// when an earlier search found nothing.
+// When scanners are known, the search only refreshes them in the background. Otherwise it is waited
+// for, after a call of `aboutToWait`: at most five seconds for the first search, about one second
+// for later ones.
 void discoverSources(const std::function<void()>& aboutToWait);
 
 } // namespace paperline

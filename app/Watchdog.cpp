@@ -13,8 +13,10 @@ int64_t nowMilliseconds() {
 
 } // namespace
 
-Watchdog::Watchdog(std::chrono::milliseconds limit, std::function<void()> barked, Hurry hurry)
-    : limit_(limit), hurry_(std::move(hurry)), barked_(std::move(barked)),
+Watchdog::Watchdog(std::chrono::milliseconds limit,
+                   std::function<void()> onHang,
+                   ShorterLimit shorter)
+    : limit_(limit), shorter_(std::move(shorter)), onHang_(std::move(onHang)),
       thread_([this] { watch(); }) {}
 
 Watchdog::~Watchdog() {
@@ -35,7 +37,7 @@ void Watchdog::callEnds() {
 }
 
 std::chrono::milliseconds Watchdog::limit() const {
-    return hurry_.isWanted && hurry_.isWanted() ? std::min(limit_, hurry_.limit) : limit_;
+    return shorter_.applies && shorter_.applies() ? std::min(limit_, shorter_.limit) : limit_;
 }
 
 void Watchdog::watch() {
@@ -45,7 +47,7 @@ void Watchdog::watch() {
     while (!wake_.wait_for(lock, period, [this] { return ending_; })) {
         const int64_t started = startedAt_;
         if (started != 0 && nowMilliseconds() - started >= limit().count()) {
-            barked_();
+            onHang_();
             return;
         }
     }

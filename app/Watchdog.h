@@ -1,5 +1,4 @@
-// Ends a process whose data source hangs in a call: a thread of its own looks at the clock, because
-// the main thread is the one that hangs.
+// Notices on a thread of its own that the main thread hangs in a call to the data source.
 #pragma once
 
 #include <atomic>
@@ -11,22 +10,24 @@
 
 namespace paperline {
 
-// A shorter limit, in force from the moment that `isWanted` is true. Asked on the watchdog's
+// A limit that takes the place of a longer one while `applies` answers true, on the watchdog's
 // thread.
-struct Hurry {
+struct ShorterLimit {
     std::chrono::milliseconds limit{0};
-    std::function<bool()> isWanted;
+    std::function<bool()> applies;
 };
 
 class Watchdog {
 public:
-    // `barked` runs once, on the watchdog's thread, when a call has been under way for the limit.
-    Watchdog(std::chrono::milliseconds limit, std::function<void()> barked, Hurry hurry = {});
+    // `onHang` runs once, on the watchdog's thread, when a call has been under way for the limit.
+    Watchdog(std::chrono::milliseconds limit,
+             std::function<void()> onHang,
+             ShorterLimit shorter = {});
     ~Watchdog();
     Watchdog(const Watchdog&) = delete;
     Watchdog& operator=(const Watchdog&) = delete;
 
-    // Any thread; calls do not nest.
+    // On any thread; calls do not nest.
     void callStarts();
     void callEnds();
 
@@ -35,8 +36,8 @@ private:
     std::chrono::milliseconds limit() const;
 
     const std::chrono::milliseconds limit_;
-    const Hurry hurry_;
-    const std::function<void()> barked_;
+    const ShorterLimit shorter_;
+    const std::function<void()> onHang_;
     std::atomic<int64_t> startedAt_{0}; // steady clock, milliseconds; 0: no call is under way
     std::mutex mutex_;
     std::condition_variable wake_;

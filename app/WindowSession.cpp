@@ -1,6 +1,6 @@
 #include "app/WindowSession.h"
 
-#include "app/LaunchTexts.h"
+#include "app/SettingsFile.h"
 #include "app/SourceDiscovery.h"
 #include "base/BrandProfile.h"
 #include "controller/AppDelegate.h"
@@ -23,7 +23,7 @@
 namespace paperline {
 namespace {
 
-// A word on screen while scanners are looked for.
+// Shows a notice while the first search for scanners runs.
 void waitForScanners(uint32_t brandNumber) {
     QLabel notice;
     discoverSources([&notice, brandNumber] {
@@ -48,14 +48,13 @@ void raiseWindow(const AppDelegate& controller) {
 
 int runWindowSession(int& argc, char** argv, const LaunchOptions& options) {
     QApplication application(argc, argv);
-    QApplication::setQuitOnLastWindowClosed(
-        false); // closing the main window asks for termination itself
+    QApplication::setQuitOnLastWindowClosed(false); // windowWillClose() ends the program
     QApplication::setDesktopFileName("paperline");
     const EndingSignals endingSignals;
 
     SingleInstance instance(instanceFolder());
     if (instance.start() == SingleInstance::Role::second)
-        return 0; // the running window comes to the front
+        return 0; // the first one shows its window
     std::string error;
     if (!chooseScratchRoot(ScratchKind::sharedTmp, error)) {
         systemLog("paperline: " + error);
@@ -66,7 +65,7 @@ int runWindowSession(int& argc, char** argv, const LaunchOptions& options) {
 
     AppDelegate controller(options);
     instance.whenRaised([&controller] { raiseWindow(controller); });
-    // Launch runs inside the event loop, so that ending it from within works everywhere.
+    // Inside the event loop, which the launch may have to end.
     QTimer::singleShot(0, &application, [&controller] {
         waitForScanners(controller.launchOptions().brand);
         if (controller.init() == nullptr)

@@ -1,7 +1,6 @@
 // Process entry: the window, or one of the commands.
 #include "app/CommandLine.h"
 #include "app/ScanCommand.h"
-#include "app/SourceDiscovery.h"
 #include "app/Version.h"
 #include "app/WindowSession.h"
 #include "controller/AppDelegate.h"
@@ -19,7 +18,7 @@ namespace {
 using namespace paperline;
 
 int runCommand(const CommandLine& line, int argc, char** argv) {
-    // The commands drive the same widgets, never shown, whatever display there is.
+    // The commands drive the same widgets without a display.
     setenv("QT_QPA_PLATFORM", "offscreen", 1);
     const int results = takeStandardOutputForResults();
     QApplication application(argc, argv);

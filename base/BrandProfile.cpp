@@ -11,9 +11,10 @@ namespace {
 constexpr const char* hastellCopyright = "Copyright (c) %d Hastell. All rights reserved";
 constexpr const char* corvaneCopyright = "Copyright (c) %d Corvane. All rights reserved";
 
-// Kept as they are: brand 2 announces "Corvane" to TWAIN, brand 3 shares brand 1's identity, and
-// brands 5 to 7 announce "Hatsell", unlike their copyright line.
-constexpr std::array<BrandProfile, 9> profiles{{
+// A row's position is its brand's number. Three oddities are on purpose: brand 2 announces
+// "Corvane" to TWAIN, brand 3 shares brand 1's identity, and brands 5 to 7 announce "Hatsell",
+// unlike their copyright line.
+constexpr auto brands = std::to_array<BrandProfile>({
     {.productName = "Paperline",
      .copyrightFormat = "Copyright (c) %d. All rights reserved",
      .twainManufacturer = "Company",
@@ -21,8 +22,9 @@ constexpr std::array<BrandProfile, 9> profiles{{
      .aboutKey = "AboutPL",
      .hideKey = "HidePL",
      .quitKey = "QuitPL",
-     .sourceBrandWord = "PageCentral",
-     .savesJpegByDefault = true},
+     .sourceWord = "PageCentral",
+     .sourceWordIsInFamily = true,
+     .defaultFileFormat = formatJpeg},
     {.productName = "Corvane Paperline",
      .copyrightFormat = corvaneCopyright,
      .twainManufacturer = "Corvane",
@@ -30,8 +32,8 @@ constexpr std::array<BrandProfile, 9> profiles{{
      .aboutKey = "AboutCPL",
      .hideKey = "HideCPL",
      .quitKey = "QuitCPL",
-     .sourceBrandWord = "Corvane",
-     .savesJpegByDefault = true},
+     .sourceWord = "Corvane",
+     .defaultFileFormat = formatJpeg},
     {.productName = "Talmerick Sheetdesk",
      .copyrightFormat = "Copyright (c) %d Talmerick. All rights reserved",
      .twainManufacturer = "Corvane",
@@ -39,11 +41,13 @@ constexpr std::array<BrandProfile, 9> profiles{{
      .aboutKey = "AboutTalmerick",
      .hideKey = "HideTalmerick",
      .quitKey = "QuitTalmerick",
-     .sourceBrandWord = "Talmerick",
-     .sourceSecondBrandWord = "Nimro",
+     .sourceWord = "Talmerick",
+     .secondSourceWord = "Nimro",
+     .handlerTraceLine = "gTWAINHandler COMPANYNAME_TALMERICK",
      .supportedLanguages = "00,01,02,04,05,06,07,08,11,12,25",
      .hasSaveCommand = false,
-     .patchesMetadata = true},
+     .patchesMetadata = true,
+     .copiesTiffPages = true},
     {.productName = "Nimro Docklet",
      .copyrightFormat = "Copyright (c) %d Nimro. All rights reserved",
      .twainManufacturer = "Corvane",
@@ -51,9 +55,10 @@ constexpr std::array<BrandProfile, 9> profiles{{
      .aboutKey = "AboutNimros",
      .hideKey = "HideNimros",
      .quitKey = "QuitNimros",
-     .sourceBrandWord = "Nimro",
+     .sourceWord = "Nimro",
      .hasSaveCommand = false,
-     .patchesMetadata = true},
+     .patchesMetadata = true,
+     .copiesTiffPages = true},
     {.productName = "Lumo Docklet",
      .copyrightFormat = "Copyright (c) %d Lumo. All rights reserved",
      .twainManufacturer = "Lumo",
@@ -61,7 +66,7 @@ constexpr std::array<BrandProfile, 9> profiles{{
      .aboutKey = "AboutLumo",
      .hideKey = "HideLumo",
      .quitKey = "QuitLumo",
-     .sourceBrandWord = "Lumo"},
+     .sourceWord = "Lumo"},
     {.productName = "Vellum Desk",
      .copyrightFormat = hastellCopyright,
      .twainManufacturer = "Hatsell",
@@ -69,8 +74,8 @@ constexpr std::array<BrandProfile, 9> profiles{{
      .aboutKey = "AboutHastellVellumDesk",
      .hideKey = "HideHastellVellumDesk",
      .quitKey = "QuitHastellVellumDesk",
-     .sourceBrandWord = "Hastell",
-     .savesJpegByDefault = true,
+     .sourceWord = "Hastell",
+     .defaultFileFormat = formatJpeg,
      .offersPng = true},
     {.productName = "VellumRoam",
      .copyrightFormat = hastellCopyright,
@@ -79,8 +84,8 @@ constexpr std::array<BrandProfile, 9> profiles{{
      .aboutKey = "AboutHastellVellumRoam",
      .hideKey = "HideHastellVellumRoam",
      .quitKey = "QuitHastellVellumRoam",
-     .sourceBrandWord = "Hastell",
-     .savesJpegByDefault = true,
+     .sourceWord = "Hastell",
+     .defaultFileFormat = formatJpeg,
      .offersPng = true},
     {.productName = "Roaming Leaf GATHER",
      .copyrightFormat = hastellCopyright,
@@ -89,24 +94,34 @@ constexpr std::array<BrandProfile, 9> profiles{{
      .aboutKey = "AboutHastellRoamingLeafGATHER",
      .hideKey = "HideHastellRoamingLeafGATHER",
      .quitKey = "QuitHastellRoamingLeafGATHER",
-     .sourceBrandWord = "Hastell",
-     .savesJpegByDefault = true,
+     .sourceWord = "Hastell",
+     .defaultFileFormat = formatJpeg,
      .offersPng = true},
-    // Any other number: brand 1's names; JPEG is the default of the listed brands only.
-    {.productName = "Corvane Paperline",
-     .copyrightFormat = corvaneCopyright,
-     .twainManufacturer = "Corvane",
-     .twainProductName = "Corvane Paperline",
-     .aboutKey = "AboutCPL",
-     .hideKey = "HideCPL",
-     .quitKey = "QuitCPL",
-     .sourceBrandWord = "Corvane"},
-}};
+});
+
+// Any other number: brand 1's names, but BMP as the default format.
+constexpr BrandProfile otherBrand{.productName = "Corvane Paperline",
+                                  .copyrightFormat = corvaneCopyright,
+                                  .twainManufacturer = "Corvane",
+                                  .twainProductName = "Corvane Paperline",
+                                  .aboutKey = "AboutCPL",
+                                  .hideKey = "HideCPL",
+                                  .quitKey = "QuitCPL",
+                                  .sourceWord = "Corvane"};
 
 } // namespace
 
+bool BrandProfile::offersSource(std::string_view manufacturer,
+                                std::string_view productFamily) const {
+    const std::string_view tested = sourceWordIsInFamily ? productFamily : manufacturer;
+    for (const std::string_view word : {sourceWord, secondSourceWord, ownSourcesMaker})
+        if (!word.empty() && tested.find(word) != std::string_view::npos)
+            return true;
+    return false;
+}
+
 const BrandProfile& brandProfile(uint32_t brandNumber) {
-    return brandNumber < profiles.size() ? profiles[brandNumber] : profiles.back();
+    return brandNumber < brands.size() ? brands[brandNumber] : otherBrand;
 }
 
 std::string copyrightLine(uint32_t brandNumber, int year) {

@@ -47,6 +47,11 @@ private:
 
 extern CvOutputLog* gOutputLog; // made by AppDelegate::init before anything else
 
+// For callers that would build a text only to trace it.
+inline bool isTracing() {
+    return gOutputLog != nullptr && gOutputLog->debugLevel > 0;
+}
+
 // Traces "In " when made and "Out" when it goes: one per operation, at its start.
 class TraceScope {
 public:
@@ -57,7 +62,7 @@ public:
 
 private:
     void write(const char* marker) const {
-        if (gOutputLog != nullptr && gOutputLog->debugLevel != 0)
+        if (gOutputLog != nullptr)
             gOutputLog->outputDebugLog(operation_, marker, 1, int64_t{-1}, 0);
     }
     const char* operation_;

@@ -208,14 +208,16 @@ public:
     TableObjectValue objectValueForTableColumn(const QObject* tableView, int row) const;
     void willDisplayCell(const QObject* tableView, CustomCell& cell, int row) const;
     void tableViewSelectionDidChange(QObject* tableView, int row);
-    void reloadMainTable(); // asks _tableViewMain to read its rows again
-    void dropNewestPath();  // takes the newest of imageFilePath off the list, with its rows
+    void reportRowSelection(QTableView* table); // calls the above from now on; -1 for no row
+    void reloadMainTable();                     // asks _tableViewMain to read its rows again
+    void dropNewestPath(); // takes the newest of imageFilePath off the list, with its rows
     void selectLastRow();
     void deselectRows(); // the page on show is none of the list's
 
     // Page view: viewer/PageView.cpp
     void showFitlSizeImage(uint32_t row);
     void showActualSizeImage(uint32_t row);
+    void showRow(uint32_t row); // in the present mode
     void toolBarItemFitPage(QObject* sender);
     void toolBarItemActualPage(QObject* sender);
     bool shouldHideDividerAtIndex(int dividerIndex) const;
@@ -275,6 +277,7 @@ public:
     // Localisation: ui/Localisation.cpp
     void getSystemInfo();
     int32_t setFirstUILanguage(int32_t mode);
+    void setProfileLanguage(int32_t language); // and its position in the menu of a brand's own list
     void titleSelectionWindow();
     void addLanguageItemtoMenu(const std::shared_ptr<const LanguageBundle>& bundle);
     void changeLanguage(QAction* menuItem);

@@ -15,6 +15,10 @@ namespace paperline {
 
 class TWAINHandler;
 
+// Results of the selection window.
+inline constexpr int modalStopped = -1000; // OK
+inline constexpr int modalAborted = -1001; // Cancel
+
 struct TwainState {
     std::vector<TWAIN_INFO> dsArray; // sources that the manager reports, brand filter passed
     std::vector<DsData> dsDatas;     // bundles on disk

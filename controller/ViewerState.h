@@ -18,11 +18,14 @@ class CustomCell;
 // What a table shows in one row: nothing, a page (valid until the rows change) or a text.
 using TableObjectValue = std::variant<std::monostate, const CellInfo*, std::string>;
 
+inline constexpr int32_t fitMode = 1; // values of _fitOrAcutalImage
+inline constexpr int32_t actualSizeMode = 2;
+
 struct ViewerState {
     std::vector<CellInfo> cellInfos;
     std::vector<QImage> cellInfoImages;
-    int32_t _selectedRaw = 0;      // -1: none
-    int32_t _fitOrAcutalImage = 0; // 1 fit, 2 actual size
+    int32_t _selectedRaw = 0; // -1: none
+    int32_t _fitOrAcutalImage = 0;
     uint8_t firstFitImage = 0;
     uint8_t changeThumbnailSelect = 0;
     uint8_t mNeedSetImage = 0;

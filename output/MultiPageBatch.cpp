@@ -136,7 +136,7 @@ bool joinTiffForList(AppDelegate& controller) {
 
 bool joinTiff(AppDelegate& controller) {
     const std::string staging = scratchPath(stagingFolderName);
-    const int32_t result = brandProfile(gBrandNumber).patchesMetadata
+    const int32_t result = brandProfile(gBrandNumber).copiesTiffPages
                                ? controller.mergeTiffImageEx(staging)
                                : controller.mergeTiffImage(staging);
     return isJoined(controller, result) && moveToTarget(controller, joinedTiffName) &&

@@ -322,10 +322,7 @@ int32_t showPageOnly(AppDelegate& controller, const ReceivedPage& page) {
     restoreImageView(controller);
     if (!controller.cellInfos.empty()) {
         const auto lastRow = static_cast<uint32_t>(controller.cellInfos.size() - 1);
-        if (controller._fitOrAcutalImage == 1)
-            controller.showFitlSizeImage(lastRow);
-        else
-            controller.showActualSizeImage(lastRow);
+        controller.showRow(lastRow);
     }
     // Without a file, or after too many pages of high resolution, the list does not take it. The
     // newest path is then a saved page's, which the next page must not drop.

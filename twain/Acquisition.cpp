@@ -1,15 +1,13 @@
-// Operations of AppDelegate that turn the commands into an enabled data source and route its
-// messages.
+// Starts a scan or the source's settings dialog, and handles the source's messages.
 #include "controller/AppDelegate.h"
 
 #include "base/CvOutputLog.h"
 #include "platform/files/Files.h"
 #include "platform/files/PathText.h"
 #include "platform/host/Host.h"
-#include "twain/PageTransfer.h"
-#include "twain/SessionNumber.h"
+#include "twain/SourceCallback.h"
 #include "twain/TWAINHandler.h"
-#include "ui/SaveFolderChoice.h"
+#include "ui/SaveFolderText.h"
 #include "ui/SaveFolderTextField.h"
 
 namespace paperline {
@@ -37,8 +35,8 @@ uint16_t enableSource(Interface interface) {
     return static_cast<uint16_t>(code);
 }
 
-// Opens and enables the source. A source that does not open is told to the user; one that opens but
-// cannot be enabled is closed again.
+// Opens and enables the source. Shows a message when it does not open; closes it again when it
+// cannot be enabled.
 uint16_t openAndEnable(AppDelegate& controller, Interface interface) {
     const auto opened = static_cast<uint16_t>(gTWAINHandler->OpenDS());
     if (opened != twain::TWRC_SUCCESS) {
@@ -60,17 +58,16 @@ uint16_t acquire(AppDelegate& controller, int32_t mechanism) {
     return code;
 }
 
-// Creates the folder with those above it; true when it is there afterwards.
 bool createSaveFolder(const std::string& folder) {
     const bool created = createFolderWithParents(folder);
     if (created)
         traceLine("Success!");
-    else if (gOutputLog != nullptr && gOutputLog->debugLevel != 0)
+    else if (isTracing())
         traceLine(("Error! The folder cannot be created: " + folder).c_str());
     return created;
 }
 
-// The save-folder text is the folder and, behind its last "/", the file-name template.
+// The text is the save folder and, after the last "/", the template of file names.
 void takeFolderAndTemplate(AppDelegate& controller) {
     const std::string& folder = controller.profileFolderName;
     if (!folder.empty() && folder.back() == '/') {
@@ -96,8 +93,8 @@ void setFolderFieldText(AppDelegate& controller, const std::string& text) {
         controller.currentSaveFolder->setText(QString::fromStdString(text));
 }
 
-// The field decides; an empty one shows the stored folder. Pages never go to where the program
-// happens to have been started.
+// The save folder is the field's text, or the stored folder for an empty field; always absolute,
+// never below the working directory.
 void syncFolderWithField(AppDelegate& controller) {
     const std::string text = folderFieldText(controller);
     controller.profileFolderName =
@@ -106,7 +103,7 @@ void syncFolderWithField(AppDelegate& controller) {
         setFolderFieldText(controller, controller.profileFolderName);
 }
 
-// The whole text is created as a folder too, template included.
+// On purpose a folder for the whole text, template included.
 void createTypedFolder(AppDelegate& controller) {
     traceLine("current profileFolderName fileExistsAtPath?");
     if (!fileExists(controller.profileFolderName)) {
@@ -181,7 +178,7 @@ uint16_t AppDelegate::nonUI() {
 
 uint16_t AppDelegate::setupUI() {
     TraceScope trace("setupUI");
-    settingsDialogOpen = true; // from here on: the source may call back inside the call
+    settingsDialogOpen = true; // before the call: the source may call back inside it
     const uint16_t code = openAndEnable(*this, Interface::settingsOnly);
     if (code != twain::TWRC_SUCCESS)
         settingsDialogOpen = false;
@@ -205,7 +202,7 @@ uint16_t AppDelegate::aquireFileXfer() {
 
 void AppDelegate::xferReady(QObject*) {
     TraceScope trace("xferReady");
-    // A second or late message finds the source closed; a settings dialog transfers nothing.
+    // Ignores a late message, when the source is closed, and a settings dialog, which has no pages.
     if (gTWAINHandler == nullptr || !gTWAINHandler->dsEnabled || settingsDialogOpen)
         return;
     takeTransferReady();
@@ -219,7 +216,7 @@ void AppDelegate::xferReady(QObject*) {
 
 void AppDelegate::closeRequest(QObject*) {
     TraceScope trace("closeRequest");
-    if (gTWAINHandler == nullptr) // the session ended before the message came
+    if (gTWAINHandler == nullptr) // a late message
         return;
     discardWaitingPage(*gTWAINHandler);
     gTWAINHandler->DisableDS(nullptr);
@@ -248,7 +245,7 @@ void AppDelegate::endScan(int32_t scanSetupAfter) {
     currentMultiPage = 1;
     enableToolbatItems(true);
     showSourceFailureMessage();
-    // A copy: the observer may take itself away.
+    // A copy: the observer may remove itself.
     if (const auto observer = scanEndedObserver)
         observer();
 }

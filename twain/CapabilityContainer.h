@@ -1,6 +1,4 @@
-// Builders and readers of the four TWAIN capability containers, kept in an owned buffer that starts
-// cleared. Layout: natural alignment, so that items of an enumeration start at byte 16 and those of
-// an array at byte 8.
+// Builds and reads the four TWAIN capability containers: one of the records below, then its items.
 #pragma once
 
 #include <cstddef>
@@ -25,16 +23,18 @@ struct CapabilityContainer {
     std::span<const uint8_t> view() const { return {bytes.get(), byteCount}; }
 };
 
-// Gives cleared memory that std::free takes back, or null.
+// Zeroed memory for std::free, or null.
 using ClearedAllocator = void* (*)(size_t byteCount);
 void* allocateCleared(size_t byteCount);
 
 struct OneValue {
     uint16_t itemType = 0;
+    uint16_t padding = 0;
     uint32_t item = 0;
 };
 struct ValueRange {
     uint16_t itemType = 0;
+    uint16_t padding = 0;
     uint32_t minValue = 0;
     uint32_t maxValue = 0;
     uint32_t stepSize = 0;
@@ -43,17 +43,19 @@ struct ValueRange {
 };
 struct EnumerationHeader {
     uint16_t itemType = 0;
+    uint16_t padding = 0;
     uint32_t numItems = 0;
     uint32_t currentIndex = 0;
     uint32_t defaultIndex = 0;
 };
 struct ArrayHeader {
     uint16_t itemType = 0;
+    uint16_t padding = 0;
     uint32_t numItems = 0;
 };
 
-// Builders answer 0 or one of the codes above and leave `container` untouched on failure. `items`
-// holds numItems items of the type's size.
+// Builders return 0 or one of the codes above, with `container` unchanged. `items` are numItems
+// items of the type's size.
 [[nodiscard]] int32_t buildOneValue(CapabilityContainer& container,
                                     const OneValue& value,
                                     ClearedAllocator allocate = allocateCleared);
@@ -71,8 +73,8 @@ struct ArrayHeader {
 
 enum class AfterReading { keepBuffer, freeBuffer }; // what a successful read does with the buffer
 
-// Readers answer 0 or containerBadArgument. `items` must hold item size x count bytes; a buffer
-// that is shorter than its own count says is refused too.
+// Readers return 0, or containerBadArgument, also when `items` or the container are too short for
+// its number of items.
 [[nodiscard]] int32_t
 readOneValue(CapabilityContainer& container, OneValue& value, AfterReading after);
 [[nodiscard]] int32_t

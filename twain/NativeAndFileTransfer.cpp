@@ -1,5 +1,4 @@
-// Operations of AppDelegate that exercise the other transfer mechanisms: pages are fetched, decoded
-// and dropped; and the measuring run.
+// Test paths: native and file transfers, which decode the pages and drop them, and the speed test.
 #include "controller/AppDelegate.h"
 
 #include "base/CvOutputLog.h"
@@ -20,16 +19,14 @@ namespace {
 
 constexpr uint64_t largestPicturePixels = uint64_t{1} << 30U;
 constexpr const char* nativePictureName = "/tmp/CorvaneTempImage/NativeImage";
-constexpr int32_t scanSetupAfterNative = 1; // deliberately not 0, as it is for the other mechanisms
+constexpr int32_t scanSetupAfterNative = 1; // on purpose; 0 after other transfers
 
-// Decodes the picture and drops it.
 void decodePicture(const std::string& path) {
     const bool isPicture = readPicture(path, 0, largestPicturePixels).has_value();
     traceValue("picture decoded", isPicture ? 1 : 0);
 }
 
-// The picture goes through a file: a page reader looks at files. The handle is the application's to
-// free. Bytes of the picture.
+// Decodes the picture by way of a file, frees the handle, and returns the picture's size in bytes.
 size_t takeNativePicture(TW_HANDLE handle) {
     const size_t byteCount = dsmMemorySize(handle);
     if (const auto* bytes = static_cast<const uint8_t*>(lockDsmMemory(handle))) {
@@ -50,7 +47,7 @@ std::string setupFileName(const TW_SETUPFILEXFER& setup) {
     return text.substr(0, text.find('\0'));
 }
 
-// One page, measured. False: the page cannot be held.
+// False: the page cannot be fetched, or the source delivers without end.
 bool measurePage(PageBuffers& buffers, PageGuard& guard) {
     TW_IMAGEINFO info{};
     if (readImageInfo(*gTWAINHandler, info) != twain::TWRC_SUCCESS)

@@ -83,7 +83,7 @@ bool PageBuffers::preparePage(const PageLayout& layout) {
 
     const auto needed = static_cast<size_t>(layout.transferBytes);
     if (needed > capacity_) {
-        buffer_.reset(); // first: two pages at once are more than a scan may hold
+        buffer_.reset(); // before the new one, so that memory for both is not needed
         capacity_ = 0;
         buffer_ = allocatePageMemory(needed + bitmapSpareBytes);
         if (!buffer_)

@@ -1,5 +1,5 @@
-// Makes one page out of what a data source says and delivers: its layout from the image
-// information, its buffers, and its rows from strips. Every number of the source is hostile.
+// Puts a page together: its layout from the source's image information, its rows from the strips.
+// No number of the source is trusted.
 #pragma once
 
 #include "codecs/pixels/BitmapImageRep.h"
@@ -14,14 +14,13 @@
 
 namespace paperline {
 
-// Dots per inch as the application reads them: the whole part, and one more when the fraction is
-// exactly 1. The rounding is deliberate. Below 1 counts as 72.
+// The whole part, plus 1 (on purpose) if the fraction is exactly 1. Less than 1 dpi counts as 72.
 int32_t resolutionDpi(const TW_FIX32& resolution);
 
-// Height in pixels that the page would have at 300 dpi horizontally, at most INT32_MAX.
+// The page's height in pixels if its horizontal resolution were 300 dpi, at most INT32_MAX.
 int32_t pageHeightAt300Dpi(int32_t heightPixels, int32_t horizontalDpi);
 
-inline constexpr int32_t highResolutionDpi = 301; // from here on a scan counts as high-resolution
+inline constexpr int32_t highResolutionDpi = 301; // and more
 
 struct PageLayout {
     BitmapImageRep::Layout bitmap;
@@ -29,39 +28,38 @@ struct PageLayout {
     uint64_t transferBytes = 0; // one buffer for the whole page
 };
 
-// Layout of the page. Nothing when a number is not positive, when a line of width x samples bytes
-// (whole bytes of bits at 1 bit per pixel) does not hold its pixels, as with 16 bits a sample, or
-// when the page's size is more than a transfer record's 32-bit length can say.
+// Nothing when a number is not positive, when a line of one byte per sample (at 1 bit per pixel: of
+// whole bytes) is too short for its pixels, as with 16 bits per sample, or when the page has more
+// bytes than a transfer record's 32-bit length can say. The polarity of lineart is not looked at:
+// the source's bits are taken as they come, and 0 is black.
 [[nodiscard]] std::optional<PageLayout> pageLayout(const TW_IMAGEINFO& info);
 
-// One transfer buffer and one bitmap, taken again for the next page of the same size: the pages of
-// a feeder are alike, and a fresh buffer costs a page fault every 4 KiB.
+// One transfer buffer and one bitmap, used again for the next page of the same size: new memory
+// costs a page fault per 4 KiB.
 class PageBuffers {
 public:
-    // Contents of the transfer buffer are undefined, the bitmap's too until finishPage. False: no
-    // memory.
+    // Undefined contents: of the buffer always, of the bitmap until finishPage(). False: no memory.
     [[nodiscard]] bool preparePage(const PageLayout& layout);
 
     std::span<uint8_t> transferBuffer() { return {buffer_.get(), usedBytes_}; }
     const std::shared_ptr<BitmapImageRep>& bitmap() const { return bitmap_; }
 
-    // A fresh record for the next strip: everything "not asked for" but the buffer.
+    // A record that asks for the next strip.
     TW_IMAGEMEMXFER stripRecord();
 
-    // The fixed mark that every strip carries at its start, whatever the source wrote there.
+    // Writes the fixed mark over the start of the strip, on purpose.
     void markStrip();
 
     struct CopiedRows {
         uint32_t rows = 0;
         uint64_t bytes = 0;
     };
-    // Copies the strip's rows that lie inside the page and inside the buffer. Each row takes
-    // bytes-per-line bytes; lines of the strip lie its BytesPerRow apart, shorter or longer. A
-    // strip that is the whole page is not copied: bitmap and buffer exchange their memory, so that
-    // pointers into them are good only until the next call.
+    // Copies the rows of the strip that are inside the page and the buffer; its lines may be
+    // shorter or longer than the page's. For a strip that is the whole page, bitmap and buffer swap
+    // their memory instead, which invalidates pointers into them.
     CopiedRows copyStrip(const TW_IMAGEMEMXFER& strip);
 
-    // Clears what no strip has filled, so that nothing of an earlier page shows through.
+    // Clears the rows that no strip has filled.
     void finishPage();
 
 private:
@@ -74,13 +72,12 @@ private:
     std::vector<bool> filledRows_;
 };
 
-// Ends loops that a broken source would never end.
+// Ends the loop over strips of a broken source.
 class StripGuard {
 public:
     explicit StripGuard(int32_t heightPixels);
-    // Counts one strip. False when the source has delivered more than any device would: twice as
-    // many strips as the page has rows and 100,000 more, 100,000 strips without a row one after the
-    // other, or every row 64 times.
+    // Counts one strip. False after 100,000 strips more than twice the page's rows, after 100,000
+    // strips in a row without rows, and when every row could have come 64 times.
     [[nodiscard]] bool admits(uint32_t copiedRows);
 
 private:
@@ -89,10 +86,10 @@ private:
     uint32_t emptyStrips_ = 0;
 };
 
+// Ends the loop over pages of a broken source.
 class PageGuard {
 public:
-    // Counts one page that the source ended. False when 10 pages without a single row came one
-    // after the other, or 1,000 cancelled ones: there is no paper behind such pages.
+    // Counts one page. False after 10 pages in a row without rows or 1,000 cancelled ones.
     [[nodiscard]] bool admits(bool hasRows, bool cancelled);
 
 private:

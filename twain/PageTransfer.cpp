@@ -1,6 +1,5 @@
 #include "twain/PageTransfer.h"
 
-#include "twain/SessionNumber.h"
 #include "twain/records/TwainConstants.h"
 
 namespace paperline {
@@ -22,7 +21,7 @@ ReceivedStrips receiveStrips(TWAINHandler& handler, PageBuffers& buffers) {
         received.code =
             handler.DSCall(twain::DG_IMAGE, twain::DAT_IMAGEMEMXFER, twain::MSG_GET, &strip);
         buffers.markStrip();
-        // The last strip, which ends the page, carries rows like every other.
+        // The strip that ends the page has rows, too.
         PageBuffers::CopiedRows copied;
         if (received.code == twain::TWRC_SUCCESS || received.code == twain::TWRC_XFERDONE)
             copied = buffers.copyStrip(strip);
@@ -45,11 +44,6 @@ EndedTransfer endTransfer(TWAINHandler& handler) {
 int32_t discardPendingPages(TWAINHandler& handler) {
     TW_PENDINGXFERS pending{};
     return handler.DSCall(twain::DG_CONTROL, twain::DAT_PENDINGXFERS, twain::MSG_RESET, &pending);
-}
-
-void discardWaitingPage(TWAINHandler& handler) {
-    if (handler.dsEnabled && takeTransferReady())
-        discardPendingPages(handler);
 }
 
 void closeSource(TWAINHandler& handler) {

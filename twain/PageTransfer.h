@@ -1,5 +1,4 @@
-// One page from the current data source by buffered memory transfer: the triplets of a page and the
-// loops around them, without a decision about what becomes of it.
+// The TWAIN calls that fetch one page by buffered memory transfer.
 #pragma once
 
 #include "twain/PageAssembly.h"
@@ -13,35 +12,28 @@ struct ReceivedStrips {
     int32_t code = 0;       // return code of the last strip
     uint32_t rows = 0;      // rows copied into the page
     uint64_t bytes = 0;     // their bytes
-    bool isEndless = false; // stopped: no device delivers so many strips
+    bool isEndless = false; // stopped by StripGuard
 };
 
-// Return code of DAT_IMAGEINFO; `info` is filled on success.
+// Returns the source's return code.
 int32_t readImageInfo(TWAINHandler& handler, TW_IMAGEINFO& info);
 
-// Asks for the preferred buffer sizes, as the standard wants it before a transfer. The answer is
-// not used: the buffer is always a whole page.
+// Asks for the preferred buffer sizes, as the standard demands. The answer is not used: the buffer
+// holds a whole page.
 void askBufferSizes(TWAINHandler& handler);
 
-// Asks for strips into the prepared buffers until the source says that the page is over. What no
-// strip filled is cleared.
+// Fetches strips until the source ends the page. Rows that no strip filled are cleared.
 ReceivedStrips receiveStrips(TWAINHandler& handler, PageBuffers& buffers);
 
-// Ends the page. Pages that the source still has; none when it fails. 65535: it does not know.
+// Ends the page.
 struct EndedTransfer {
     int32_t code = 0;
-    uint16_t pendingPages = 0;
+    uint16_t pendingPages = 0; // 0 after a failure; 65535: unknown
 };
 EndedTransfer endTransfer(TWAINHandler& handler);
 
-// Throws away the pages that are still pending.
 int32_t discardPendingPages(TWAINHandler& handler);
 
-// Throws away the page that an enabled source has told of and nobody has begun to fetch: with it
-// the source can be neither disabled nor closed.
-void discardWaitingPage(TWAINHandler& handler);
-
-// Disables and closes the source.
 void closeSource(TWAINHandler& handler);
 
 } // namespace paperline

@@ -1,10 +1,8 @@
-// Operation of AppDelegate that keeps the data source's own language in step with the
-// application's.
+// Gives the data source's own dialogs the language of the application.
 #include "controller/AppDelegate.h"
 
 #include "base/CvOutputLog.h"
 #include "platform/plist/PropertyList.h"
-#include "ui/LanguageTable.h"
 
 #include <algorithm>
 #include <limits>
@@ -24,8 +22,7 @@ const PropertyListDictionary* defaultProfile(const PropertyListDictionary& root)
     return value != nullptr ? value->asDictionary() : nullptr;
 }
 
-// Writes "Default" with the language; its other entries and the other keys stay. A bundle that
-// cannot be written keeps its language silently.
+// Sets the language in "Default"; everything else stays. A failure is only traced.
 void writeLanguage(const std::string& path, PropertyListDictionary root, int32_t language) {
     PropertyListDictionary profile;
     if (const PropertyListDictionary* old = defaultProfile(root))
@@ -75,10 +72,8 @@ void AppDelegate::ReadWriteDSLanguageSetting(int32_t mode, bool orgLanaguage) {
         return;
     }
     currentLanguage = language;
-    profileLanguage = language;
+    setProfileLanguage(language);
     traceValue("profileLanguage", profileLanguage);
-    supportLanguageProfileLanguage = languageMenuPosition(supportedLanguage, profileLanguage)
-                                         .value_or(supportLanguageProfileLanguage);
 }
 
 } // namespace paperline

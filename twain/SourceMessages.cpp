@@ -1,6 +1,7 @@
-// Operations of AppDelegate that say why a source did not do what it was asked for.
+// Messages that say why a source failed.
 #include "controller/AppDelegate.h"
 
+#include "base/BrandProfile.h"
 #include "base/CvOutputLog.h"
 #include "platform/desktop/Alert.h"
 #include "platform/desktop/MainLoop.h"
@@ -36,10 +37,10 @@ const char* keyOf(uint16_t conditionCode, const char* otherwise) {
     return otherwise;
 }
 
-// Other makers give the same number a meaning of their own.
+// In sources of other makers the number may mean something else.
 bool isHungWorker(const SourceFailure& failure) {
     return failure.conditionCode == twain::conditionWorkerHung && gTWAINHandler != nullptr &&
-           gTWAINHandler->dsIdentity.Manufacturer.text() == "Corvane";
+           gTWAINHandler->dsIdentity.Manufacturer.text() == ownSourcesMaker;
 }
 
 void showFailure(AppDelegate& controller, const SourceFailure& failure, const char* otherwise) {
@@ -47,7 +48,7 @@ void showFailure(AppDelegate& controller, const SourceFailure& failure, const ch
     const DelayedMessagesHold hold;
     const std::string message =
         localizedString(gLanguageBundle, keyOf(failure.conditionCode, otherwise));
-    // A source that speaks our language may say the very same.
+    // The source's own text may be the same sentence.
     runAlertPanel({.title = " ",
                    .message = message,
                    .informativeText = failure.text == message ? std::string() : failure.text,
@@ -73,14 +74,12 @@ void AppDelegate::showSetupFailureMessage() {
     if (!failure)
         return;
     TraceScope trace("showSetupFailureMessage");
-    // The source's words are about the request, which says nothing to the person who made it.
-    const bool hasNoWindow = failure->conditionCode == twain::TWCC_BADPROTOCOL;
-    if (hasNoWindow)
-        failure->text.clear();
-    if (hasNoWindow)
+    if (failure->conditionCode == twain::TWCC_BADPROTOCOL) { // it has no settings dialog
+        failure->text.clear();                               // which names the TWAIN request only
         showFailure(*this, *failure, "SourceNoSettings");
-    else
+    } else {
         showFailure(*this, *failure, "SourceNotOpened");
+    }
 }
 
 } // namespace paperline

@@ -1,24 +1,19 @@
-// Operations of AppDelegate that connect to the data source manager, list the sources and choose
-// one.
+// Connects to the data source manager, lists the sources and selects one.
 #include "controller/AppDelegate.h"
 
 #include "base/BrandProfile.h"
 #include "base/CvOutputLog.h"
-#include "platform/desktop/MainLoop.h"
 #include "platform/files/Files.h"
 #include "platform/files/PathText.h"
 #include "platform/places/Places.h"
 #include "platform/plist/PropertyList.h"
-#include "twain/BrandFilter.h"
-#include "twain/PageTransfer.h"
-#include "twain/SessionNumber.h"
+#include "twain/SourceCallback.h"
 #include "twain/TWAINHandler.h"
 
 #include <QDialog>
-#include <QPointer>
 
 #include <algorithm>
-#include <cctype>
+#include <strings.h>
 
 namespace paperline {
 
@@ -33,39 +28,8 @@ void endTwainSession() {
 
 namespace {
 
-constexpr double callbackDelaySeconds = 0.1;
-constexpr const char* makerWord = "Corvane";
-constexpr uint32_t talmerickBrand = 2;
-constexpr int modalStop = -1000;
-constexpr int modalAbort = -1001;
-// A manager that never ends its list is cut off here; nobody has as many scanners.
+// For a manager that never ends its list.
 constexpr int identityLimit = 10'000;
-
-// The controller that receives the sources' messages. Looked at on the main thread only.
-QPointer<AppDelegate>& messageReceiver() {
-    static QPointer<AppDelegate> receiver;
-    return receiver;
-}
-
-// Runs the operation on the main loop a little later: work never happens inside the callback. A
-// message of an earlier scan that comes late finds another session and is dropped.
-void schedule(void (AppDelegate::*operation)(QObject*)) {
-    performAfterDelay(callbackDelaySeconds, [operation, session = currentSession()] {
-        if (!messageReceiver().isNull() && session == currentSession())
-            (messageReceiver()->*operation)(nullptr);
-    });
-}
-
-// May be entered on any thread.
-TW_UINT16
-receiveMessage(TW_IDENTITY*, TW_IDENTITY*, TW_UINT32, TW_UINT16, TW_UINT16 message, TW_MEMREF) {
-    if (message == twain::MSG_XFERREADY) {
-        noteTransferReady();
-        schedule(&AppDelegate::xferReady);
-    } else if (message == twain::MSG_CLOSEDSREQ || message == twain::MSG_CLOSEDSOK)
-        schedule(&AppDelegate::closeRequest);
-    return twain::TWRC_SUCCESS;
-}
 
 TWAINHandler::ApplicationStrings applicationStrings() {
     const BrandProfile& brand = brandProfile(gBrandNumber);
@@ -75,19 +39,6 @@ TWAINHandler::ApplicationStrings applicationStrings() {
             .versionText = TW_STR32::from(twainVersionText)};
 }
 
-BrandWords brandWords() {
-    const BrandProfile& brand = brandProfile(gBrandNumber);
-    return {.brandWord = brand.sourceBrandWord,
-            .secondBrandWord =
-                brand.sourceSecondBrandWord != nullptr ? brand.sourceSecondBrandWord : "",
-            .makerWord = makerWord,
-            .testsProductFamily = gBrandNumber == 0};
-}
-
-bool isTracing() {
-    return gOutputLog != nullptr && gOutputLog->debugLevel != 0;
-}
-
 void traceComparison(const std::string& found, const std::string& wanted) {
     if (!isTracing())
         return;
@@ -95,30 +46,26 @@ void traceComparison(const std::string& found, const std::string& wanted) {
     traceLine(("Manufacturer dest " + wanted).c_str());
 }
 
-std::string textUnder(const PropertyListDictionary& dictionary, const std::string& key) {
-    const PropertyListValue* value = find(dictionary, key);
-    const std::string* text = value != nullptr ? value->asString() : nullptr;
-    return text != nullptr ? *text : std::string();
-}
-
-std::string lowerCase(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(), [](char letter) {
-        return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-    });
-    return text;
-}
-
-// The handler's codes fit 16 bits but for -1, which stays a failure.
+// All codes fit 16 bits except -1, which stays different from 0.
 uint16_t code16(int32_t code) {
     return static_cast<uint16_t>(code);
 }
 
-// Opens the handler's source to see that it works, and closes it at once.
+// Opens the source to see whether it works, and closes it.
 uint16_t testOpen() {
     const int32_t code = gTWAINHandler->OpenDS();
     if (code == twain::TWRC_SUCCESS)
         gTWAINHandler->CloseDS();
     return code16(code);
+}
+
+uint16_t testOpenAndRemember(AppDelegate& controller) {
+    const uint16_t code = testOpen();
+    if (code == twain::TWRC_SUCCESS) {
+        controller.scannerName = gTWAINHandler->dsIdentity.ProductName.text();
+        controller.currentManufacturer = gTWAINHandler->dsIdentity.Manufacturer.text();
+    }
+    return code;
 }
 
 uint32_t indexOfProduct(const std::vector<TWAIN_INFO>& sources, const std::string& name) {
@@ -128,8 +75,8 @@ uint32_t indexOfProduct(const std::vector<TWAIN_INFO>& sources, const std::strin
     return found == sources.end() ? 0 : static_cast<uint32_t>(found - sources.begin());
 }
 
-// Makes the manager's first source of that product and maker current; the last one it lists when
-// none matches.
+// Makes the first source with that product name and manufacturer current, else the last of the
+// list.
 void fetchIdentity(const TWAIN_INFO& wanted) {
     const std::string product = wanted.productNameText();
     const std::string maker = wanted.manufacturerText();
@@ -152,11 +99,10 @@ void AppDelegate::TwainInit() {
     TraceScope trace("TwainInit");
     if (gTWAINHandler == nullptr) {
         gTWAINHandler = new TWAINHandler(applicationStrings());
-        if (gBrandNumber == talmerickBrand)
-            traceLine("gTWAINHandler COMPANYNAME_TALMERICK");
+        if (const char* line = brandProfile(gBrandNumber).handlerTraceLine)
+            traceLine(line);
     }
-    messageReceiver() = this;
-    gTWAINHandler->RegisterCallback(receiveMessage, reinterpret_cast<uintptr_t>(this));
+    registerSourceCallback(*this);
     gTWAINHandler->GetDSIdentity();
 }
 
@@ -165,7 +111,7 @@ void AppDelegate::SearchAllDS() {
     dsDatas.clear();
     for (const std::string& folder : dataSourceFolders()) {
         for (const std::string& entry : folderEntries(folder)) {
-            if (lowerCase(pathExtension(entry)) != "ds")
+            if (strcasecmp(pathExtension(entry).c_str(), "ds") != 0)
                 continue;
             const std::string path = folder + "/" + entry;
             const PropertyListFile info =
@@ -182,10 +128,10 @@ void AppDelegate::SearchAllDS() {
 
 int32_t AppDelegate::selectSpcificSource() {
     TraceScope trace("selectSpcificSource");
-    const BrandWords words = brandWords();
+    const BrandProfile& brand = brandProfile(gBrandNumber);
     dsArray.clear();
     TW_IDENTITY identity{};
-    // Sent once for the trace and once for use.
+    // On purpose: once for the trace, once more below.
     traceValue("selectSpcificSource - MSG_GETFIRST",
                gTWAINHandler->GetIdentity(twain::MSG_GETFIRST, identity));
     TW_UINT16 message = twain::MSG_GETFIRST;
@@ -195,7 +141,7 @@ int32_t AppDelegate::selectSpcificSource() {
             break;
         message = twain::MSG_GETNEXT;
         const TWAIN_INFO source = TWAIN_INFO::from(identity);
-        if (passesBrandFilter(source, words))
+        if (brand.offersSource(source.manufacturerText(), source.productFamilyText()))
             dsArray.push_back(source);
     }
     return 0;
@@ -241,23 +187,14 @@ uint16_t AppDelegate::CheckIdentity(uint32_t index) {
         traceText("Manufacturer select", wanted.manufacturerText());
     }
     fetchIdentity(wanted);
-    const uint16_t code = testOpen();
-    if (code == twain::TWRC_SUCCESS) {
-        scannerName = gTWAINHandler->dsIdentity.ProductName.text();
-        currentManufacturer = gTWAINHandler->dsIdentity.Manufacturer.text();
-    }
-    return code;
+    return testOpenAndRemember(*this);
 }
 
 uint16_t AppDelegate::CheckDefaultIdentity() {
     TraceScope trace("CheckDefaultIdentity");
     TW_IDENTITY identity{};
     gTWAINHandler->GetIdentity(twain::MSG_GETDEFAULT, identity);
-    const uint16_t code = testOpen();
-    if (code == twain::TWRC_SUCCESS) {
-        scannerName = gTWAINHandler->dsIdentity.ProductName.text();
-        currentManufacturer = gTWAINHandler->dsIdentity.Manufacturer.text();
-    }
+    const uint16_t code = testOpenAndRemember(*this);
     mSourceDSSelect = GetDefaultIdentityIndex();
     return code;
 }
@@ -273,13 +210,13 @@ uint16_t AppDelegate::selectSource() {
 void AppDelegate::doBtnOK(QObject*) {
     TraceScope trace("doBtnOK");
     if (twainSelectSourceWindow != nullptr)
-        twainSelectSourceWindow->done(modalStop);
+        twainSelectSourceWindow->done(modalStopped);
 }
 
 void AppDelegate::doBtnCancel(QObject*) {
     TraceScope trace("doBtnCancel");
     if (twainSelectSourceWindow != nullptr)
-        twainSelectSourceWindow->done(modalAbort);
+        twainSelectSourceWindow->done(modalAborted);
 }
 
 } // namespace paperline

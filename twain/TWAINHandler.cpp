@@ -12,8 +12,7 @@ constexpr int32_t selectionImpossible = 0xffff;
 } // namespace
 
 TWAINHandler::TWAINHandler(const ApplicationStrings& strings) {
-    // The identity's number is set here and not left to the manager.
-    appIdentity.Id = 1;
+    appIdentity.Id = 1; // not left to the manager
     appIdentity.Version.MajorNum = 1;
     appIdentity.Version.MinorNum = 0;
     appIdentity.Version.Language = twain::TWLG_USA;
@@ -64,26 +63,21 @@ int32_t TWAINHandler::CloseDSM() {
     return twain::TWRC_SUCCESS;
 }
 
-int32_t TWAINHandler::UserSelect() {
-    if (!opensManager())
-        return selectionImpossible;
-    TW_IDENTITY chosen{};
-    const int32_t code =
-        callManager(twain::DG_CONTROL, twain::DAT_IDENTITY, twain::MSG_USERSELECT, &chosen);
-    if (code == twain::TWRC_SUCCESS)
-        dsIdentity = chosen;
-    dsIdentityValid = true;
-    return code;
-}
-
-int32_t TWAINHandler::GetIdentity(TW_UINT16 message, TW_IDENTITY& identity) {
-    if (!opensManager())
-        return managerNotOpen;
+int32_t TWAINHandler::fetchIdentity(TW_UINT16 message, TW_IDENTITY& identity) {
     const int32_t code = callManager(twain::DG_CONTROL, twain::DAT_IDENTITY, message, &identity);
     if (code == twain::TWRC_SUCCESS)
         dsIdentity = identity;
     dsIdentityValid = true;
     return code;
+}
+
+int32_t TWAINHandler::UserSelect() {
+    TW_IDENTITY chosen{};
+    return opensManager() ? fetchIdentity(twain::MSG_USERSELECT, chosen) : selectionImpossible;
+}
+
+int32_t TWAINHandler::GetIdentity(TW_UINT16 message, TW_IDENTITY& identity) {
+    return opensManager() ? fetchIdentity(message, identity) : managerNotOpen;
 }
 
 int32_t TWAINHandler::OpenDS() {
@@ -104,28 +98,26 @@ int32_t TWAINHandler::CloseDS() {
     return code;
 }
 
-int32_t TWAINHandler::EnableDS(TW_USERINTERFACE* userInterface) {
+int32_t TWAINHandler::setEnabled(bool enabledAfterwards,
+                                 TW_UINT16 message,
+                                 TW_USERINTERFACE* userInterface) {
     const int32_t code =
-        DSCall(twain::DG_CONTROL, twain::DAT_USERINTERFACE, twain::MSG_ENABLEDS, userInterface);
+        DSCall(twain::DG_CONTROL, twain::DAT_USERINTERFACE, message, userInterface);
     if (code == twain::TWRC_SUCCESS)
-        dsEnabled = true;
+        dsEnabled = enabledAfterwards;
     return code;
+}
+
+int32_t TWAINHandler::EnableDS(TW_USERINTERFACE* userInterface) {
+    return setEnabled(true, twain::MSG_ENABLEDS, userInterface);
 }
 
 int32_t TWAINHandler::EnableDSUIOnly(TW_USERINTERFACE* userInterface) {
-    const int32_t code = DSCall(
-        twain::DG_CONTROL, twain::DAT_USERINTERFACE, twain::MSG_ENABLEDSUIONLY, userInterface);
-    if (code == twain::TWRC_SUCCESS)
-        dsEnabled = true;
-    return code;
+    return setEnabled(true, twain::MSG_ENABLEDSUIONLY, userInterface);
 }
 
 int32_t TWAINHandler::DisableDS(TW_USERINTERFACE* userInterface) {
-    const int32_t code =
-        DSCall(twain::DG_CONTROL, twain::DAT_USERINTERFACE, twain::MSG_DISABLEDS, userInterface);
-    if (code == twain::TWRC_SUCCESS)
-        dsEnabled = false;
-    return code;
+    return setEnabled(false, twain::MSG_DISABLEDS, userInterface);
 }
 
 int32_t TWAINHandler::RegisterCallback(TwainCallback callback, uint64_t refCon) {

@@ -1,8 +1,6 @@
-// The one way to the data source manager: holds the application's identity and the current data
-// source's, remembers how far the session has come, and makes every call.
-//
-// Main thread only. Nothing is shown or logged here; every failure is a code handed back: the
-// manager's return code as it came (0 to 0xffff), or -1 when the manager could not be opened first.
+// All calls to the data source manager, with the identities and the state of the session. Main
+// thread only. Operations return the manager's return code (0 to 0xffff), or -1 when it does not
+// open.
 #pragma once
 
 #include "twain/manager/DataSourceManager.h"
@@ -22,27 +20,26 @@ public:
     };
 
     explicit TWAINHandler(const ApplicationStrings& strings);
-    // Takes the session down in reverse: disables, closes the source, closes the manager, each if
-    // it was reached.
+    // Disables and closes the source and closes the manager, as far as the session has come.
     virtual ~TWAINHandler();
     TWAINHandler(const TWAINHandler&) = delete;
     TWAINHandler& operator=(const TWAINHandler&) = delete;
 
-    // Marks the manager open whatever it answers; later calls go to it as if it were.
+    // On purpose, a manager that fails to open counts as open.
     int32_t OpenDSM();
-    // -1 without a call when the manager was never opened, else 0.
+    // 0; or -1, without a call, when the manager is not open.
     int32_t CloseDSM();
-    // The manager's own selection dialog; 0xffff when the manager does not open.
+    // The manager's own selection dialog. 0xffff, not -1, when the manager does not open.
     int32_t UserSelect();
-    // MSG_GETFIRST, MSG_GETNEXT or MSG_GETDEFAULT into `identity`, which becomes the current source
-    // on success.
+    // MSG_GETFIRST, MSG_GETNEXT or MSG_GETDEFAULT (the manager's default source). On success
+    // `identity` becomes the current source.
     int32_t GetIdentity(TW_UINT16 message, TW_IDENTITY& identity);
     int32_t OpenDS();
     int32_t CloseDS();
     int32_t EnableDS(TW_USERINTERFACE* userInterface);
     int32_t EnableDSUIOnly(TW_USERINTERFACE* userInterface);
-    int32_t DisableDS(TW_USERINTERFACE* userInterface); // null: no record is sent
-    // Only the low 32 bits of `refCon` are handed on.
+    int32_t DisableDS(TW_USERINTERFACE* userInterface); // may be null
+    // Of `refCon` the low 32 bits.
     int32_t RegisterCallback(TwainCallback callback, uint64_t refCon);
     int32_t
     DSMCall(TW_UINT32 dataGroup, TW_UINT16 dataArgumentType, TW_UINT16 message, TW_MEMREF data);
@@ -50,17 +47,19 @@ public:
     DSCall(TW_UINT32 dataGroup, TW_UINT16 dataArgumentType, TW_UINT16 message, TW_MEMREF data);
     TW_IDENTITY* GetDSIdentity() { return &dsIdentity; }
 
-    bool dsmOpen = false;         // the manager has been opened
-    bool dsOpen = false;          // a source is open
-    bool dsIdentityValid = false; // dsIdentity holds a chosen or enumerated source
-    bool dsEnabled = false;       // the source has been enabled
-    TW_IDENTITY appIdentity{};    // origin of every call
-    TW_IDENTITY dsIdentity{};     // destination of every call to the source
+    bool dsmOpen = false;
+    bool dsOpen = false;
+    bool dsIdentityValid = false; // a source was selected or listed
+    bool dsEnabled = false;
+    TW_IDENTITY appIdentity{}; // origin of every call
+    TW_IDENTITY dsIdentity{};  // destination of every call to the source
 
 private:
-    [[nodiscard]] bool opensManager(); // true when it is open or opens now
+    [[nodiscard]] bool opensManager(); // or finds it open
     int32_t
     callManager(TW_UINT32 dataGroup, TW_UINT16 dataArgumentType, TW_UINT16 message, TW_MEMREF data);
+    int32_t fetchIdentity(TW_UINT16 message, TW_IDENTITY& identity);
+    int32_t setEnabled(bool enabledAfterwards, TW_UINT16 message, TW_USERINTERFACE* userInterface);
 };
 
 } // namespace paperline

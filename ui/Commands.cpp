@@ -1,4 +1,4 @@
-// Operations of AppDelegate behind the toolbar and the File menu.
+// Commands of the toolbar and the File menu.
 #include "controller/AppDelegate.h"
 
 #include "base/BrandProfile.h"
@@ -51,12 +51,11 @@ void AppDelegate::enableToolbatItems(bool enabled) {
         return;
     }
     showStatus("StatusWaiting");
-    // The caller goes on to the scanner, which may take its time before anything is painted.
+    // The event loop stands still until the scanner answers.
     if (paperlineWindow != nullptr && paperlineWindow->isVisible())
         repaintWithoutInput();
 }
 
-// Format and folder matter only while pages are saved.
 void AppDelegate::enableSavingControls(bool enabled) {
     if (paperlineToolbar_FileFormatsCombox != nullptr)
         paperlineToolbar_FileFormatsCombox->setEnabled(enabled);
@@ -99,7 +98,7 @@ void AppDelegate::menuFileSave(QObject*) {
     if (fileSave != nullptr)
         fileSave->setChecked(mMenuFileSave != 0);
     if (on && !cellInfos.empty())
-        reloadMainTable(); // while pages were only shown, the list left one out
+        reloadMainTable(); // lists the newest page again
     layOutWindow();
     showIdleStatus();
 }
@@ -121,10 +120,7 @@ void AppDelegate::layOutWindow() {
         return;
     const auto lastRow = static_cast<int32_t>(cellInfos.size()) - 1;
     const int32_t row = _selectedRaw >= 0 && _selectedRaw <= lastRow ? _selectedRaw : lastRow;
-    if (_fitOrAcutalImage == 1)
-        showFitlSizeImage(static_cast<uint32_t>(row));
-    else
-        showActualSizeImage(static_cast<uint32_t>(row));
+    showRow(static_cast<uint32_t>(row));
 }
 
 void AppDelegate::toolBarItemFileFormatSelect(int index) {

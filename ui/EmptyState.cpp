@@ -64,15 +64,18 @@ void EmptyState::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
 }
 
-// As few lines as possible, and those of about the same length. A centred label is not asked for
-// the height of its wrapped lines, so it gets that too.
+// The narrowest width with as few lines as the widest needs makes lines of about the same length. A
+// layout does not ask a centred label for its wrapped height, so the height is set too.
 void EmptyState::fitHint() {
     const int height = std::max(0, hint_->heightForWidth(widestHint));
     int tooNarrow = narrowestHint - 1;
     int width = widestHint;
-    while (width - tooNarrow > 1) { // each look lays the text out anew
+    while (width - tooNarrow > 1) {
         const int middle = (tooNarrow + width) / 2;
-        (hint_->heightForWidth(middle) <= height ? width : tooNarrow) = middle;
+        if (hint_->heightForWidth(middle) <= height)
+            width = middle;
+        else
+            tooNarrow = middle;
     }
     hint_->setFixedSize(width, height);
 }

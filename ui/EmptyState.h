@@ -11,7 +11,7 @@ class EmptyState : public QWidget {
     Q_OBJECT
 
 public:
-    // Lies over the whole of `covered` and follows its size.
+    // Lies over `covered` and follows its size.
     EmptyState(const QIcon& picture, QWidget* covered);
 
     void setTexts(const QString& title, const QString& hint);

@@ -1,4 +1,4 @@
-// Operations of AppDelegate around the save folder, and the "Others" options.
+// Commands of the save folder, and the "Others" options.
 #include "controller/AppDelegate.h"
 
 #include "base/CvOutputLog.h"
@@ -8,7 +8,7 @@
 #include "platform/files/PathText.h"
 #include "platform/host/Host.h"
 #include "ui/MenuText.h"
-#include "ui/SaveFolderChoice.h"
+#include "ui/SaveFolderText.h"
 #include "ui/SaveFolderTextField.h"
 
 #include <QAction>
@@ -23,7 +23,7 @@ namespace {
 constexpr std::array otherOptionKeys{"ShowInFinder"};
 constexpr qsizetype otherOptionsItem = 1; // of the Options menu
 
-// The folder itself, or the nearest one above it that is there.
+// The folder itself, or the nearest one above it that exists.
 std::string nearestFolder(std::string path) {
     while (!path.empty() && !folderExists(path)) {
         std::string above = folderOfPath(path);
@@ -83,7 +83,7 @@ void AppDelegate::addOtherOptionsItemtoMenu(const std::shared_ptr<const Language
         item->setCheckable(true);
         item->setChecked(profileShowInFinder != 0);
         connect(item, &QAction::triggered, this, [this, item] {
-            item->setChecked(!item->isChecked()); // the command itself turns the mark
+            item->setChecked(!item->isChecked()); // undone: the command changes the mark
             showInFinder(item);
         });
     }

@@ -1,4 +1,4 @@
-// Makes the windows of AppDelegate and joins every control to its command.
+// Makes the windows and connects every control to its command.
 #include "controller/AppDelegate.h"
 
 #include "base/BrandProfile.h"
@@ -7,11 +7,8 @@
 #include "platform/places/Places.h"
 #include "ui/MainWindow.h"
 #include "ui/SelectSourceWindow.h"
-#include "ui/SourceListModel.h"
 #include "ui/Theme.h"
-#include "ui/WindowPlace.h"
 #include "viewer/ImageView.h"
-#include "viewer/RowSelection.h"
 
 #include <QAction>
 #include <QApplication>
@@ -19,6 +16,9 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
+#include <QScreen>
+#include <QSettings>
+#include <QStringListModel>
 #include <QTableView>
 
 namespace paperline {
@@ -29,12 +29,6 @@ using Command = void (AppDelegate::*)(QObject*);
 void join(AppDelegate& controller, QAction* item, Command command) {
     QObject::connect(item, &QAction::triggered, &controller, [&controller, item, command] {
         (controller.*command)(item);
-    });
-}
-
-void join(AppDelegate& controller, QPushButton* button, Command command) {
-    QObject::connect(button, &QPushButton::clicked, &controller, [&controller, button, command] {
-        (controller.*command)(button);
     });
 }
 
@@ -49,11 +43,11 @@ void joinToolbar(AppDelegate& controller) {
     join(controller, controller.paperlineToolbar_FitPage, &AppDelegate::toolBarItemFitPage);
     join(controller, controller.paperlineToolbar_ActualPage, &AppDelegate::toolBarItemActualPage);
 
-    // A command that finds nothing to do leaves the mode as it was, and so must the button.
+    // A command may leave the mode as it is; then the button must not change either.
     for (QAction* mode :
          {controller.paperlineToolbar_FitPage, controller.paperlineToolbar_ActualPage})
         QObject::connect(mode, &QAction::triggered, &controller, [&controller] {
-            const bool fits = controller._fitOrAcutalImage == 1;
+            const bool fits = controller._fitOrAcutalImage == fitMode;
             controller.paperlineToolbar_FitPage->setChecked(fits);
             controller.paperlineToolbar_ActualPage->setChecked(!fits);
         });
@@ -61,7 +55,7 @@ void joinToolbar(AppDelegate& controller) {
     QComboBox* formats = controller.paperlineToolbar_FileFormatsCombox;
     for (const FileFormat& format : fileFormats)
         formats->addItem(QString::fromUtf8(format.listName));
-    // Only what the user chooses; the launch sets positions on its own.
+    // activated: choices of the user, not those of the program.
     QObject::connect(formats, &QComboBox::activated, &controller, [&controller](int index) {
         controller.toolBarItemFileFormatSelect(index);
     });
@@ -89,25 +83,44 @@ void joinMenus(AppDelegate& controller) {
     QObject::connect(controller.systemShowAll, &QAction::triggered, window, showAllWindows);
     QObject::connect(
         controller.systemQuitCPL, &QAction::triggered, window, [] { requestTermination(); });
-    // No desktop of this platform lets one program hide the others.
+    // Desktops here do not let a program hide the others.
     controller.systemHideOthers->setVisible(false);
 }
 
 void joinSelectionWindow(AppDelegate& controller) {
-    join(controller, controller.twainSelectSourceOKBtn, &AppDelegate::doBtnOK);
-    join(controller, controller.twainSelectSourceCancelBtn, &AppDelegate::doBtnCancel);
-    reportRowSelection(controller, controller._tableViewSelectSource);
+    QPushButton* ok = controller.twainSelectSourceOKBtn;
+    QPushButton* cancel = controller.twainSelectSourceCancelBtn;
+    QObject::connect(
+        ok, &QPushButton::clicked, &controller, [&controller] { controller.doBtnOK(nullptr); });
+    QObject::connect(cancel, &QPushButton::clicked, &controller, [&controller] {
+        controller.doBtnCancel(nullptr);
+    });
+    controller.reportRowSelection(controller._tableViewSelectSource);
 }
 
-// The command line's window is never shown, so it has no size to keep.
-void keepWindowSize(const AppDelegate& controller, MainWindow& window) {
-    if (controller.launchOptions().commandLine)
-        return;
-    const std::string folder = userDataFolder();
-    restoreWindowSize(window, folder);
-    const auto remember = [&window, folder] { rememberWindowSize(window, folder); };
+// Restores the window's size of the last run, as far as the screen has room, and saves it at the
+// end.
+void keepWindowSize(MainWindow& window) {
+    constexpr const char* sizeKey = "MainWindow/size";
+    constexpr const char* maximizedKey = "MainWindow/maximized";
+    const QString file = QString::fromStdString(userDataFolder() + "/window.ini");
+    const auto remember = [&window, file] {
+        QSettings settings(file, QSettings::IniFormat);
+        settings.setValue(maximizedKey, window.isMaximized());
+        settings.setValue(sizeKey,
+                          window.isMaximized() ? window.normalGeometry().size() : window.size());
+    };
     QObject::connect(&window, &MainWindow::closing, &window, remember);
     QObject::connect(qApp, &QCoreApplication::aboutToQuit, &window, remember);
+
+    const QSettings settings(file, QSettings::IniFormat);
+    const QSize size = settings.value(sizeKey).toSize();
+    if (!size.isValid() || size.isEmpty())
+        return;
+    window.resize(
+        size.boundedTo(window.screen()->availableSize()).expandedTo(window.minimumSizeHint()));
+    if (settings.value(maximizedKey, false).toBool())
+        window.setWindowState(window.windowState() | Qt::WindowMaximized);
 }
 
 } // namespace
@@ -126,8 +139,9 @@ void AppDelegate::loadInterface() {
     joinMenus(*this);
     joinSelectionWindow(*this);
     connectPageViews();
-    keepWindowSize(*this, *mainWindow);
-    // A close during a transfer waits for its end.
+    if (!launchOptions_.commandLine)
+        keepWindowSize(*mainWindow);
+    // A close during a transfer takes effect after it.
     mainWindow->setCloseGuard([] { return !delayedMessagesAreHeld(); });
     connect(mainWindow.get(), &MainWindow::closing, this, [this] {
         if (delayedMessagesAreHeld())
@@ -141,11 +155,10 @@ void AppDelegate::loadInterface() {
 }
 
 void AppDelegate::reloadSourceTable() {
-    auto* model = qobject_cast<SourceListModel*>(_tableViewSelectSource->model());
     QStringList names;
     for (const TWAIN_INFO& source : dsArray)
         names.append(QString::fromStdString(source.productNameText()));
-    model->setNames(names);
+    qobject_cast<QStringListModel*>(_tableViewSelectSource->model())->setStringList(names);
 }
 
 } // namespace paperline

@@ -61,6 +61,14 @@ int32_t languageOfPreference(std::string_view preferredLanguage) {
     return languageEnglish;
 }
 
+int32_t systemLanguage(std::span<const std::string> preferredLanguages,
+                       std::string_view brandList) {
+    if (preferredLanguages.empty())
+        return languageEnglish;
+    const int32_t language = languageOfPreference(withoutRegion(preferredLanguages.front()));
+    return isLanguageOffered(brandList, language) ? language : languageEnglish;
+}
+
 bool isLanguageOffered(std::string_view brandList, int32_t language) {
     return brandList.empty() || brandList.find(twoDigits(language)) != std::string_view::npos;
 }

@@ -1,10 +1,10 @@
-// The 27 interface languages and the pure rules that choose among them. A language is known by its
-// index in the table, which is also what the settings store.
+// The 27 interface languages and how one is chosen. Settings store a language's index in the table.
 #pragma once
 
 #include <array>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,16 +15,17 @@ struct LanguageRow {
     const char* resourceFolder;   // below the application's resources
     const char* localeIdentifier; // of the system's locale
     const char* systemCode; // first two letters of a preferred language; empty: never detected
-    const char* menuName;   // shown as it stands, in whatever language it is written
+    const char* menuName;
 };
 
 inline constexpr int32_t languageEnglish = 0;
 inline constexpr int32_t languageTraditionalChinese = 1;
 inline constexpr int32_t languageSimplifiedChinese = 2;
-inline constexpr int32_t languageArabic = 26; // the one that is written from right to left
+inline constexpr int32_t languageArabic = 26; // the only one from right to left
 
-// "br" and "dk" begin no system's language list, and Canadian French has no test of its own: these
-// three are reached through the menu or the settings only. The names are mixed on purpose.
+// On purpose: no system language begins with "br" or "dk", and Canadian French has no code, so
+// these three can only be chosen in the menu. Some names are in English, others in their own
+// language.
 inline constexpr std::array<LanguageRow, 27> languageTable{{
     {"en.lproj", "en_US", "en", "English"},
     {"zh-Hant.lproj", "zh_TW", "zh", "繁體中文"},
@@ -55,27 +56,28 @@ inline constexpr std::array<LanguageRow, 27> languageTable{{
     {"ar.lproj", "ar_AE", "ar", "Arabic"},
 }};
 
-// The index itself, or English for one outside the table.
+// The index, or English for one outside the table.
 int32_t languageInTable(int32_t language);
 
-// By exact comparison with the locale column ("de_DE"); English when nothing matches.
+// The language of a locale ("de_DE"), or English.
 int32_t languageOfLocale(std::string_view localeIdentifier);
 
-// "zh-Hant-TW" becomes "zh-Hant", "pt-BR" becomes "pt": the region goes, a script stays. One part
-// or more than three are left alone.
+// "zh-Hant-TW" becomes "zh-Hant", "pt-BR" becomes "pt": without the region, with the script. One
+// part or more than three stay as they are.
 std::string withoutRegion(std::string_view preferredLanguage);
 
-// The language of the first preferred language (already without its region); English when none
-// matches.
+// The language of a preferred language without region ("de"), or English.
 int32_t languageOfPreference(std::string_view preferredLanguage);
 
-// A brand's list is "00,01,..."; an empty one offers every language. Membership is a substring
-// test.
+// The first of the system's preferred languages ("de-DE") when the brand offers it, else English.
+int32_t systemLanguage(std::span<const std::string> preferredLanguages, std::string_view brandList);
+
+// A brand's list is "00,01,..."; an empty one offers every language.
 bool isLanguageOffered(std::string_view brandList, int32_t language);
 std::vector<int32_t> offeredLanguages(std::string_view brandList);
 
-// Position of the language's entry in the menu of a brand with a list; nothing without a list or
-// for a language that is not in it.
+// Position of the language in the menu of a brand with a list; nothing without a list or when the
+// list does not have it.
 std::optional<int32_t> languageMenuPosition(std::string_view brandList, int32_t language);
 
 } // namespace paperline

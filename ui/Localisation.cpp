@@ -1,4 +1,4 @@
-// Operations of AppDelegate that find, load and switch the interface language.
+// Finds, loads and switches the interface language.
 #include "controller/AppDelegate.h"
 
 #include "base/BrandProfile.h"
@@ -24,16 +24,6 @@ std::shared_ptr<const LanguageBundle> gLanguageBundle;
 
 namespace {
 
-// This system stands for one of version 10.1.2 in the tests that depend on the original platform's
-// version number.
-constexpr uint32_t systemVersionCode = 0x10120;
-constexpr uint32_t firstVersionWithParts = 0x1040;
-constexpr uint32_t firstVersionWithRegions = 0x10120;
-
-bool isTracing() {
-    return gOutputLog != nullptr && gOutputLog->debugLevel > 0;
-}
-
 std::string languageFolder(const std::string& resources, int32_t language) {
     return resources + "/" + languageTable[static_cast<size_t>(language)].resourceFolder;
 }
@@ -48,16 +38,14 @@ QMenu* languageSubmenu(const QMenu* optionsMenu) {
 
 void AppDelegate::getSystemInfo() {
     TraceScope trace("getSystemInfo");
-    if (systemVersionCode >= firstVersionWithParts) {
-        const SystemVersion version = host().systemVersion();
-        mVersionMajor = version.majorNumber;
-        mVersionMinor = version.minorNumber;
-        mVersionBugFix = version.bugFix;
-        if (isTracing())
-            traceText("Mac OS X version",
-                      std::to_string(mVersionMajor) + "." + std::to_string(mVersionMinor) + "." +
-                          std::to_string(mVersionBugFix));
-    }
+    const SystemVersion version = host().systemVersion();
+    mVersionMajor = version.majorNumber;
+    mVersionMinor = version.minorNumber;
+    mVersionBugFix = version.bugFix;
+    if (isTracing())
+        traceText("Mac OS X version",
+                  std::to_string(mVersionMajor) + "." + std::to_string(mVersionMinor) + "." +
+                      std::to_string(mVersionBugFix));
     const std::string locale = host().localeIdentifier();
     traceText("Current locale", locale);
     sysLanguage = languageOfLocale(locale);
@@ -77,13 +65,7 @@ int32_t AppDelegate::setFirstUILanguage(int32_t mode) {
     TraceScope trace("setFirstUILanguage");
     int32_t language = languageInTable(profileLanguage);
     if (mode != 1) {
-        const std::vector<std::string> preferred = host().preferredLanguages();
-        std::string first = preferred.empty() ? std::string() : preferred.front();
-        if (systemVersionCode >= firstVersionWithRegions)
-            first = withoutRegion(first);
-        currentOSLanguage = languageOfPreference(first);
-        if (!isLanguageOffered(supportedLanguage, currentOSLanguage))
-            currentOSLanguage = languageEnglish;
+        currentOSLanguage = systemLanguage(host().preferredLanguages(), supportedLanguage);
         language = currentOSLanguage;
     }
     if (loadLanguage(language))
@@ -91,6 +73,12 @@ int32_t AppDelegate::setFirstUILanguage(int32_t mode) {
 
     titleSelectionWindow();
     return language;
+}
+
+void AppDelegate::setProfileLanguage(int32_t language) {
+    profileLanguage = language;
+    supportLanguageProfileLanguage =
+        languageMenuPosition(supportedLanguage, language).value_or(supportLanguageProfileLanguage);
 }
 
 void AppDelegate::titleSelectionWindow() {
@@ -130,7 +118,7 @@ void AppDelegate::addLanguageItemtoMenu(const std::shared_ptr<const LanguageBund
     subMenuItemLanguage = submenu->menuAction();
     MnemonicChooser().setTitle(subMenuItemLanguage, localizedString(bundle, "Language"));
     auto* oneOfThem = new QActionGroup(submenu);
-    // The marks are set one by one, so that for a moment none may stand.
+    // Optional: checkLanguageMenuState() clears one mark before it sets another.
     oneOfThem->setExclusionPolicy(QActionGroup::ExclusionPolicy::ExclusiveOptional);
     for (int32_t i = 0; i < availableCount; ++i) {
         const QString name =
@@ -178,7 +166,7 @@ void AppDelegate::changeLanguage(QAction* menuItem) {
 void AppDelegate::rebuildOptionsMenu() {
     if (fileMenuLanguage == nullptr)
         return;
-    // The click that brought us here may come from one of these submenus, so they go later.
+    // Deleted later: the click that is being handled may come from one of these submenus.
     for (QAction* item : fileMenuLanguage->actions()) {
         fileMenuLanguage->removeAction(item);
         if (QMenu* submenu = item->menu())

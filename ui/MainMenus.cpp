@@ -32,7 +32,7 @@ void makeFileMenu(QMenu* menu, InterfaceOutlets& outlets) {
     outlets.fileMenuSave = menu;
     outlets.fileMenuItem = menu->menuAction();
     outlets.fileSave = addItem(menu, QKeySequence::Save);
-    outlets.fileSave->setText("Save"); // brands without a save command never title it
+    outlets.fileSave->setText("Save"); // never titled for brands without a save command
     outlets.fileSave->setCheckable(true);
     outlets.fileSave->setChecked(true);
     menu->addSeparator();
@@ -52,7 +52,7 @@ void makeMainMenus(QMainWindow& window, InterfaceOutlets& outlets) {
     makeFileMenu(bar->addMenu(QString()), outlets);
 
     outlets.fileMenuLanguage = bar->addMenu(QString());
-    outlets.fileSelectLangage = new QAction(&window); // its submenu's entries act by themselves
+    outlets.fileSelectLangage = new QAction(&window); // in no menu: the languages have commands
 
     outlets.fileNumeWindow = bar->addMenu(QString());
     outlets.windowMini = addItem(outlets.fileNumeWindow, Qt::CTRL | Qt::Key_M);

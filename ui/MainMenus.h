@@ -1,4 +1,4 @@
-// The menu bar: application, File, Options and Window menus. Titles are set later, by language.
+// The menu bar: application, File, Options and Window menus. ui/Titles.cpp sets the texts.
 #pragma once
 
 class QMainWindow;
@@ -7,7 +7,7 @@ namespace paperline {
 
 struct InterfaceOutlets;
 
-// Fills the menu outlets. File menu: Save, separator, Setup, Scan, separator, Quit.
+// Fills the outlets of the menus.
 void makeMainMenus(QMainWindow& window, InterfaceOutlets& outlets);
 
 } // namespace paperline

@@ -1,9 +1,9 @@
 #include "ui/MainToolbar.h"
 
 #include "controller/InterfaceOutlets.h"
-#include "ui/Colours.h"
 #include "ui/SaveFolderTextField.h"
 #include "ui/ThemedIcon.h"
+#include "viewer/Colours.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -27,7 +27,7 @@ constexpr int groupSpace = 6;
 constexpr int controlHeight = 32;
 constexpr int narrowestFolderField = 160;
 
-// A ring that shows on light and dark ground alike; the platform's own is a shade of the ground.
+// A focus ring that can be seen on light and dark backgrounds, unlike the style's own.
 class FocusRing : public QProxyStyle {
 public:
     void drawPrimitive(PrimitiveElement element,
@@ -68,7 +68,7 @@ QAction* addButton(QToolBar* toolbar,
     return action;
 }
 
-// A control with the space that sets its group apart.
+// The control with space on both sides.
 QAction* addControl(QToolBar* toolbar, QWidget* control, QSizePolicy::Policy horizontal) {
     auto* frame = new QWidget(toolbar);
     auto* row = new QHBoxLayout(frame);
@@ -82,7 +82,7 @@ QAction* addControl(QToolBar* toolbar, QWidget* control, QSizePolicy::Policy hor
     return action;
 }
 
-// A list is named for screen readers by its label only; its own name is the chosen entry.
+// Screen readers take a combo box's name from its label; here the label is hidden.
 void labelUnseen(QWidget* control) {
     auto* label = new QLabel(control->parentWidget());
     label->hide();
@@ -111,29 +111,26 @@ void makeMainToolbar(QMainWindow& window, InterfaceOutlets& outlets, const std::
     toolbar->layout()->setSpacing(buttonSpace);
     outlets.paperlineToolbar = toolbar;
 
-    outlets.paperlineToolbar_Setup =
-        addButton(toolbar, resources + "/Setup.png", Qt::ToolButtonTextBesideIcon);
+    const auto button = [&](const char* picture, Qt::ToolButtonStyle style) {
+        return addButton(toolbar, resources + picture, style);
+    };
+    outlets.paperlineToolbar_Setup = button("/Setup.png", Qt::ToolButtonTextBesideIcon);
     outlets.paperlineToolbar_Scan = addButton(
         toolbar, resources + "/Scan.png", Qt::ToolButtonTextBesideIcon, QPalette::HighlightedText);
     outlets.paperlineToolbar_FileFormatsCombox = new QComboBox;
     outlets.paperlineToolbar_FileFormatsCombox->setFocusPolicy(Qt::StrongFocus);
     addControl(toolbar, outlets.paperlineToolbar_FileFormatsCombox, QSizePolicy::Fixed);
     labelUnseen(outlets.paperlineToolbar_FileFormatsCombox);
-    outlets.paperlineToolbar_FileFormat =
-        addButton(toolbar, resources + "/Floppy.png", Qt::ToolButtonIconOnly);
-    outlets.paperlineToolbar_FolderSelect =
-        addButton(toolbar, resources + "/Folder.png", Qt::ToolButtonTextBesideIcon);
+    outlets.paperlineToolbar_FileFormat = button("/Floppy.png", Qt::ToolButtonIconOnly);
+    outlets.paperlineToolbar_FolderSelect = button("/Folder.png", Qt::ToolButtonTextBesideIcon);
     outlets.currentSaveFolder = new SaveFolderTextField;
     outlets.currentSaveFolder->setMinimumWidth(narrowestFolderField);
     outlets.paperlineToolbar_CurrentForder =
         addControl(toolbar, outlets.currentSaveFolder, QSizePolicy::Expanding);
-    outlets.paperlineToolbar_OpenDlg =
-        addButton(toolbar, resources + "/OpenFolder.png", Qt::ToolButtonIconOnly);
-    outlets.paperlineToolbar_FitPage =
-        addButton(toolbar, resources + "/FitPage.png", Qt::ToolButtonIconOnly);
+    outlets.paperlineToolbar_OpenDlg = button("/OpenFolder.png", Qt::ToolButtonIconOnly);
+    outlets.paperlineToolbar_FitPage = button("/FitPage.png", Qt::ToolButtonIconOnly);
     outlets.paperlineToolbar_FitPage->setShortcut(Qt::CTRL | Qt::Key_0);
-    outlets.paperlineToolbar_ActualPage =
-        addButton(toolbar, resources + "/ActualPage.png", Qt::ToolButtonIconOnly);
+    outlets.paperlineToolbar_ActualPage = button("/ActualPage.png", Qt::ToolButtonIconOnly);
     outlets.paperlineToolbar_ActualPage->setShortcut(Qt::CTRL | Qt::Key_1);
 
     for (QAction* mode : {outlets.paperlineToolbar_FitPage, outlets.paperlineToolbar_ActualPage})
@@ -163,7 +160,7 @@ void styleScanButton(const InterfaceOutlets& outlets) {
     const QColor ground = readableBackground(colours.color(QPalette::Highlight), text);
     const QColor pressed = readableBackground(ground.darker(115), text);
     const QColor disabledText = colours.color(QPalette::Disabled, QPalette::WindowText);
-    // The button reserves room behind its text already; together both ends look the same.
+    // The style reserves room after the text already.
     constexpr int besideIcon = 9;
     constexpr int besideText = 3;
     const bool fromLeft = button->layoutDirection() == Qt::LeftToRight;

@@ -17,16 +17,16 @@ struct InterfaceOutlets;
 // save-folder field, open-folder button, fit, actual size. Pictures come from the resource folder.
 void makeMainToolbar(QMainWindow& window, InterfaceOutlets& outlets, const std::string& resources);
 
-// The layout leaves a space behind its last button; this leaves the same before the first.
+// Makes the space before the first button the same as the layout's after the last.
 void evenToolbarEnds(QToolBar* toolbar);
 
-// The label that names a list for screen readers.
+// The hidden label that names a combo box for screen readers.
 QLabel* unseenLabelOf(const QWidget* control);
 
-// Gives the Scan button the look of the main command in the window's present colours.
+// Makes the Scan button stand out, in the window's present colours.
 void styleScanButton(const InterfaceOutlets& outlets);
 
-// The button that stands for the action, which takes the texts that screen readers say.
+// The button of the action; it takes the texts for screen readers.
 QWidget* toolbarButton(const QToolBar* toolbar, QAction* action);
 
 } // namespace paperline

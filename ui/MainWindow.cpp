@@ -27,13 +27,9 @@
 namespace paperline {
 namespace {
 
-constexpr int narrowestPageList = 200; // a thumbnail and a scroller
+constexpr int narrowestPageList = 200; // a thumbnail and a scroll bar
 
-QString textOf(const std::shared_ptr<const LanguageBundle>& bundle, const char* key) {
-    return QString::fromStdString(localizedString(bundle, key));
-}
-
-// The cells draw their own selection; the platform's bar behind the whole row would frame it.
+// Rows without the style's selection: the cells draw their own.
 class PlainRows : public QProxyStyle {
 public:
     void drawPrimitive(PrimitiveElement element,
@@ -57,9 +53,9 @@ QTableView* makePageList() {
     table->setEditTriggers(QAbstractItemView::NoEditTriggers);
     table->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     table->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    // The geometry of its rows knows one direction only.
+    // viewer/CellGeometry.h is for one direction only.
     table->setLayoutDirection(Qt::LeftToRight);
-    table->setTabKeyNavigation(false); // Tab leaves the list; the arrows walk in it
+    table->setTabKeyNavigation(false); // Tab leaves the list
     table->setMinimumWidth(narrowestPageList);
     auto* rows = new PlainRows;
     rows->setParent(table);
@@ -74,13 +70,13 @@ QScrollArea* makePageScroller(QWidget* pageView) {
     scroller->setFrameShape(QFrame::NoFrame);
     scroller->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     scroller->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    // A page shows from its top left corner, whatever direction the interface has.
+    // Pages are shown from their top left corner in every language.
     scroller->setLayoutDirection(Qt::LeftToRight);
     scroller->setWidget(pageView);
     return scroller;
 }
 
-// Shortens in the middle what is too long; text() stays whole.
+// Draws a text that is too long with an ellipsis in its middle.
 class StatusLabel : public QLabel {
 protected:
     void paintEvent(QPaintEvent*) override {
@@ -94,11 +90,12 @@ protected:
     }
 };
 
-void describe(QWidget* widget, const QString& nameText, const QString& helpText) {
+// Names the widget for screen readers.
+void describe(QWidget* widget, const QString& name, const QString& help) {
     if (widget == nullptr)
         return;
-    widget->setAccessibleName(nameText);
-    widget->setAccessibleDescription(helpText);
+    widget->setAccessibleName(name);
+    widget->setAccessibleDescription(help);
 }
 
 } // namespace
@@ -109,7 +106,7 @@ MainWindow::MainWindow(InterfaceOutlets& outlets, QWidget* pageView, const std::
     outlets.paperlineWindow = this;
     outlets._window = this;
     outlets.mWindow = this;
-    outlets._imageViewMain = new QLabel(this); // of the layout, though nothing shows in these two
+    outlets._imageViewMain = new QLabel(this); // never shown, like the next
     outlets._imageViewMain->hide();
     outlets._textFieldMain = new QLineEdit(this);
     outlets._textFieldMain->hide();
@@ -140,7 +137,7 @@ void MainWindow::makePanes(QWidget* pageView) {
     split->addWidget(outlets_.showImageScrollView);
     split->setStretchFactor(0, 0);
     split->setStretchFactor(1, 1);
-    split->handle(1)->setAutoFillBackground(true); // a hairline between the panes
+    split->handle(1)->setAutoFillBackground(true); // a line of one pixel
     split->handle(1)->setBackgroundRole(QPalette::Mid);
     outlets_.paperlineSplitView = split;
     setCentralWidget(split);
@@ -186,49 +183,42 @@ void MainWindow::layOutPanes(bool withPageList) {
     split->setSizes({dividerPosition, qMax(0, available - dividerPosition)});
 }
 
-void MainWindow::name(QAction* item, const std::string& nameText, const std::string& helpText) {
-    describe(toolbarButton(outlets_.paperlineToolbar, item),
-             QString::fromStdString(nameText),
-             QString::fromStdString(helpText));
-}
-
 void MainWindow::retranslate(const std::shared_ptr<const LanguageBundle>& bundle) {
-    const auto text = [&bundle](const char* key) { return localizedString(bundle, key); };
-    name(outlets_.paperlineToolbar_Setup, text("Setup"), text("SetupHelp"));
-    name(outlets_.paperlineToolbar_Scan, text("Scan"), text("ScanHelp"));
-    name(outlets_.paperlineToolbar_FileFormat, text("Save"), text("SaveHelp"));
-    name(outlets_.paperlineToolbar_FolderSelect, text("FileFormat"), text("FolderButtonHelp"));
-    name(outlets_.paperlineToolbar_OpenDlg, text("OpenFolder"), text("OpenFolderHelp"));
-    name(outlets_.paperlineToolbar_FitPage, text("FitPage"), text("FitPageHelp"));
-    name(outlets_.paperlineToolbar_ActualPage, text("ActualPage"), text("ActualPageHelp"));
-    outlets_.paperlineToolbar_OpenDlg->setText(textOf(bundle, "OpenFolder"));
-    outlets_.paperlineToolbar_OpenDlg->setToolTip(textOf(bundle, "OpenFolderHelp"));
-    outlets_.paperlineToolbar_Setup->setToolTip(textOf(bundle, "SetupHelp"));
-    outlets_.paperlineToolbar_Scan->setToolTip(textOf(bundle, "ScanHelp"));
-    outlets_.paperlineToolbar_FolderSelect->setToolTip(textOf(bundle, "FolderButtonHelp"));
-    outlets_.paperlineToolbar_FileFormatsCombox->setToolTip(textOf(bundle, "FormatListHelp"));
-    outlets_.currentSaveFolder->setToolTip(textOf(bundle, "SaveFolderHelp"));
+    const auto text = [&bundle](const char* key) {
+        return QString::fromStdString(localizedString(bundle, key));
+    };
+    const auto describeButton = [this](QAction* item, const QString& name, const QString& help) {
+        describe(toolbarButton(outlets_.paperlineToolbar, item), name, help);
+    };
+    describeButton(outlets_.paperlineToolbar_Setup, text("Setup"), text("SetupHelp"));
+    describeButton(outlets_.paperlineToolbar_Scan, text("Scan"), text("ScanHelp"));
+    describeButton(outlets_.paperlineToolbar_FileFormat, text("Save"), text("SaveHelp"));
+    describeButton(
+        outlets_.paperlineToolbar_FolderSelect, text("FileFormat"), text("FolderButtonHelp"));
+    describeButton(outlets_.paperlineToolbar_OpenDlg, text("OpenFolder"), text("OpenFolderHelp"));
+    describeButton(outlets_.paperlineToolbar_FitPage, text("FitPage"), text("FitPageHelp"));
+    describeButton(
+        outlets_.paperlineToolbar_ActualPage, text("ActualPage"), text("ActualPageHelp"));
+    outlets_.paperlineToolbar_OpenDlg->setText(text("OpenFolder"));
+    outlets_.paperlineToolbar_OpenDlg->setToolTip(text("OpenFolderHelp"));
+    outlets_.paperlineToolbar_Setup->setToolTip(text("SetupHelp"));
+    outlets_.paperlineToolbar_Scan->setToolTip(text("ScanHelp"));
+    outlets_.paperlineToolbar_FolderSelect->setToolTip(text("FolderButtonHelp"));
 
-    describe(outlets_.paperlineToolbar, textOf(bundle, "ToolbarName"), {});
-    describe(outlets_.paperlineToolbar_FileFormatsCombox,
-             textOf(bundle, "FormatListName"),
-             textOf(bundle, "FormatListHelp"));
-    unseenLabelOf(outlets_.paperlineToolbar_FileFormatsCombox)
-        ->setText(textOf(bundle, "FormatListName"));
-    describe(outlets_.currentSaveFolder,
-             textOf(bundle, "SaveFolderName"),
-             textOf(bundle, "SaveFolderHelp"));
-    describe(
-        outlets_._tableViewMain, textOf(bundle, "PageListName"), textOf(bundle, "PageListHelp"));
-    describe(outlets_.showImageScrollView,
-             textOf(bundle, "PageViewName"),
-             textOf(bundle, "PageViewHelp"));
-    describe(outlets_.showImageScrollView->widget(),
-             textOf(bundle, "PageViewName"),
-             textOf(bundle, "PageViewHelp"));
-    emptyState_->setTexts(textOf(bundle, "NoPagesTitle"), textOf(bundle, "NoPagesHint"));
-    // The status label's text is its name for screen readers; only its purpose is added.
-    status_->setAccessibleDescription(textOf(bundle, "StatusName"));
+    QComboBox* formats = outlets_.paperlineToolbar_FileFormatsCombox;
+    describe(formats, text("FormatListName"), text("FormatListHelp"));
+    formats->setToolTip(text("FormatListHelp"));
+    unseenLabelOf(formats)->setText(text("FormatListName"));
+    describe(outlets_.currentSaveFolder, text("SaveFolderName"), text("SaveFolderHelp"));
+    outlets_.currentSaveFolder->setToolTip(text("SaveFolderHelp"));
+    describe(outlets_.paperlineToolbar, text("ToolbarName"), {});
+    describe(outlets_._tableViewMain, text("PageListName"), text("PageListHelp"));
+    for (QWidget* pane : {static_cast<QWidget*>(outlets_.showImageScrollView),
+                          outlets_.showImageScrollView->widget()})
+        describe(pane, text("PageViewName"), text("PageViewHelp"));
+    emptyState_->setTexts(text("NoPagesTitle"), text("NoPagesHint"));
+    // Screen readers take the label's text as its name.
+    status_->setAccessibleDescription(text("StatusName"));
 }
 
 void MainWindow::setApplicationMenuTitle(const QString& productName) {
@@ -259,7 +249,7 @@ void MainWindow::changeEvent(QEvent* event) {
         outlets_.paperlineToolbar_Scan != nullptr) {
         evenToolbarEnds(outlets_.paperlineToolbar);
         styleScanButton(outlets_);
-        // Panes change sides only when they are laid out again.
+        // Makes the panes change sides.
         outlets_.paperlineSplitView->setSizes(outlets_.paperlineSplitView->sizes());
     }
     QMainWindow::changeEvent(event);

@@ -1,6 +1,5 @@
-// The main window: toolbar, menus, page list beside page view, status line. It holds no behaviour
-// of its own beyond layout; the controller drives it through the outlets and listens to its
-// signals.
+// The main window: toolbar, menus, page list beside page view, status line. Its behaviour is the
+// controller's.
 #pragma once
 
 #include "base/LanguageBundle.h"
@@ -19,25 +18,22 @@ namespace paperline {
 class EmptyState;
 struct InterfaceOutlets;
 
-// Layout of the window as designed, in points.
+// In points.
 inline constexpr int designWidth = 1024;
 inline constexpr int designHeight = 678;
 inline constexpr int dividerPosition = 215;
-inline constexpr int thumbnailColumnWidth = 275; // room of the list; the divider cuts it
+inline constexpr int thumbnailColumnWidth = 275; // at most
 
 class MainWindow : public QMainWindow {
     Q_OBJECT
 
 public:
-    // Fills every outlet of the main window. The page view becomes the window's.
+    // Fills the outlets of the main window and takes over the page view.
     MainWindow(InterfaceOutlets& outlets, QWidget* pageView, const std::string& resources);
 
-    // Texts that have no outlet of their own: names for screen readers, tooltips, the empty page
-    // area.
+    // Names for screen readers, tooltips and the texts of the empty page area.
     void retranslate(const std::shared_ptr<const LanguageBundle>& bundle);
 
-    // With the page list: the list up to the divider, the page view beside it. Without: the page
-    // view alone.
     void layOutPanes(bool withPageList);
 
     void setApplicationMenuTitle(const QString& productName);
@@ -45,11 +41,11 @@ public:
     void setStatus(const QString& text);
     void setPageCount(const QString& text);
 
-    // While the guard says no, a close is announced, but the window stays.
+    // While the guard answers false, closing() is sent, but the window stays open.
     void setCloseGuard(std::function<bool()> mayCloseNow) { mayCloseNow_ = std::move(mayCloseNow); }
 
 signals:
-    void closing(); // at every close that the user or the system asks for
+    void closing();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -59,7 +55,6 @@ private:
     void makePanes(QWidget* pageView);
     void makeStatusLine();
     void orderTabs();
-    void name(QAction* item, const std::string& nameText, const std::string& helpText);
 
     InterfaceOutlets& outlets_;
     EmptyState* emptyState_ = nullptr;

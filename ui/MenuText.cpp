@@ -7,7 +7,7 @@ namespace paperline {
 namespace {
 
 bool isAlphabetic(QChar c) {
-    // The Japanese lengthening mark is a letter of no script.
+    // Leaves out the Japanese length mark, whose script is "common".
     if (!c.isLetterOrNumber() || c.category() == QChar::Letter_Modifier)
         return false;
     switch (c.script()) {
@@ -15,7 +15,7 @@ bool isAlphabetic(QChar c) {
     case QChar::Script_Hiragana:
     case QChar::Script_Katakana:
     case QChar::Script_Hangul:
-    // The underline would tear a letter from those it is joined to.
+    // An underline would separate joined letters.
     case QChar::Script_Arabic:
         return false;
     default:

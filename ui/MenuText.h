@@ -1,4 +1,4 @@
-// Titles of menu entries: translated text in, text with a mnemonic out.
+// Mnemonics of menu entries.
 #pragma once
 
 #include <QList>
@@ -11,18 +11,18 @@ class QAction;
 
 namespace paperline {
 
-// The text without its mnemonic marker; a doubled "&" is one.
+// The text without its mnemonic marker "&".
 QString plainTitle(const QString& title);
 
-// Gives each entry of one menu (or menu bar) a letter of its own, as far as letters go: first the
-// start of a word, then any letter. Texts without an alphabet (Chinese, Japanese, Korean) get none.
+// Gives each entry of a menu or menu bar another letter: the first of a word if possible, else any.
+// Texts in Chinese, Japanese, Korean and Arabic get none.
 class MnemonicChooser {
 public:
-    // The letters of the entries that the menu has already are taken.
+    // `present` are entries of the menu with their letters.
     explicit MnemonicChooser(const QList<QAction*>& present = {});
 
     QString withMnemonic(const QString& text);
-    void setTitle(QAction* action, const std::string& text); // a missing action is left alone
+    void setTitle(QAction* action, const std::string& text); // null: nothing
 
 private:
     qsizetype freeLetter(const QString& text) const; // -1: none

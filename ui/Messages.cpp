@@ -1,4 +1,4 @@
-// Operations of AppDelegate that show the modal messages of other subsystems.
+// Modal messages.
 #include "controller/AppDelegate.h"
 
 #include "base/CvOutputLog.h"
@@ -16,7 +16,7 @@ void showMessage(const char* key, const std::string& informativeText = {}) {
                    .defaultButton = ""});
 }
 
-// Both entry points share one flag, which the next scan clears.
+// Once per scan, for both of its callers.
 void showNoDisplayImageOnce() {
     if (gNoDisplayImageShown != 0)
         return;

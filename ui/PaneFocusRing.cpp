@@ -1,6 +1,6 @@
 #include "ui/PaneFocusRing.h"
 
-#include "ui/Colours.h"
+#include "viewer/Colours.h"
 
 #include <QAbstractScrollArea>
 #include <QEvent>
@@ -10,7 +10,7 @@
 namespace paperline {
 namespace {
 
-bool walkedWithKeys(const QEvent* event) {
+bool isFromTabKey(const QEvent* event) {
     const Qt::FocusReason reason = static_cast<const QFocusEvent*>(event)->reason();
     return reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason;
 }
@@ -30,15 +30,14 @@ bool PaneFocusRing::eventFilter(QObject* watched, QEvent* event) {
         setGeometry(pane_->viewport()->geometry());
     if (watched == pane_ && event->type() == QEvent::FocusOut)
         hide();
-    if (watched == pane_ && event->type() == QEvent::FocusIn && walkedWithKeys(event)) {
+    if (watched == pane_ && event->type() == QEvent::FocusIn && isFromTabKey(event)) {
         raise();
         show();
     }
     return QWidget::eventFilter(watched, event);
 }
 
-// A line that is dark enough for the grey around a page, and a white one: whatever the pane shows,
-// one of them can be seen.
+// A dark line and a white one: on any content one of them can be seen.
 void PaneFocusRing::paintEvent(QPaintEvent*) {
     const QColor dark = readableBackground(palette().color(QPalette::Highlight), Qt::lightGray);
     QPainter painter(this);

@@ -1,4 +1,4 @@
-// Shows which of the window's panes has the focus, once somebody walks through it with Tab.
+// Shows which pane of the window got the focus by the Tab key.
 #pragma once
 
 #include <QWidget>
@@ -11,7 +11,7 @@ class PaneFocusRing : public QWidget {
     Q_OBJECT
 
 public:
-    // Lies over what `pane` shows, beside its scrollers, and takes no clicks. The pane owns it.
+    // Lies over the viewport of `pane`, which owns it, and takes no clicks.
     explicit PaneFocusRing(QAbstractScrollArea* pane);
 
     bool eventFilter(QObject* watched, QEvent* event) override;

@@ -18,7 +18,7 @@ public:
     void setBundle(std::shared_ptr<const LanguageBundle> bundle) { bundle_ = std::move(bundle); }
     bool isEmpty() const override { return bundle_ == nullptr; }
 
-    // A null answer lets the next catalogue speak.
+    // A null string makes Qt ask the next translator.
     QString translate(const char* context, const char* source, const char*, int) const override {
         if (QByteArrayView(context) != "QPlatformTheme")
             return {};
@@ -47,7 +47,7 @@ void setPlatformTexts(std::shared_ptr<const LanguageBundle> bundle, const std::s
         buttons = new ButtonTexts(application);
     QCoreApplication::removeTranslator(catalogue);
     QCoreApplication::removeTranslator(buttons);
-    // Asked in the opposite order of their installation.
+    // The translator that is installed last is asked first.
     if (catalogue->load(QLocale(QString::fromStdString(locale)),
                         "qtbase",
                         "_",

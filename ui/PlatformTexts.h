@@ -1,5 +1,4 @@
-// The widget library's own texts (buttons of alerts and dialogs, the folder chooser) in the
-// interface language.
+// Qt's own texts (buttons of dialogs, the folder chooser) in the interface language.
 #pragma once
 
 #include "base/LanguageBundle.h"
@@ -9,9 +8,8 @@
 
 namespace paperline {
 
-// OK, Cancel and Close come from the bundle; everything else from the library's catalogue for the
-// locale
-// ("de_DE"), where that is installed. Takes the place of the language set before.
+// OK, Cancel and Close come from the bundle, everything else from Qt's catalogue for the locale
+// ("de_DE"), if it is installed.
 void setPlatformTexts(std::shared_ptr<const LanguageBundle> bundle, const std::string& locale);
 
 } // namespace paperline

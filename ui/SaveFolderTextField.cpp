@@ -9,13 +9,9 @@ SaveFolderTextField::SaveFolderTextField(QWidget* parent) : QLineEdit(parent) {
     connect(this, &QLineEdit::editingFinished, this, &SaveFolderTextField::textDidEndEditing);
 }
 
-void SaveFolderTextField::textDidChange(const QString& text) {
-    [[maybe_unused]] const QString discarded = text;
-}
-
 void SaveFolderTextField::setFolderText(const std::string& folder) {
     setText(QString::fromStdString(folder));
-    setCursorPosition(0); // a long path shows from its start
+    setCursorPosition(0); // shows the start of a long path
 }
 
 } // namespace paperline

@@ -1,5 +1,5 @@
-// The field that shows the save folder. Its text counts when a scan starts and when the program
-// ends; editing, leaving the field and Enter change nothing by themselves.
+// The field that shows the save folder. Its text is read when a scan starts and when the program
+// ends; editing it changes nothing else.
 #pragma once
 
 #include <QLineEdit>
@@ -14,7 +14,7 @@ class SaveFolderTextField : public QLineEdit {
 public:
     explicit SaveFolderTextField(QWidget* parent = nullptr);
 
-    void textDidChange(const QString& text);
+    void textDidChange(const QString&) {}
     bool textShouldEndEditing() const { return true; }
     void textDidEndEditing() {}
 

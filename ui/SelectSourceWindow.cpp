@@ -1,13 +1,13 @@
 #include "ui/SelectSourceWindow.h"
 
 #include "controller/InterfaceOutlets.h"
-#include "ui/SourceListModel.h"
 
 #include <QDialogButtonBox>
 #include <QHeaderView>
 #include <QLabel>
 #include <QProxyStyle>
 #include <QPushButton>
+#include <QStringListModel>
 #include <QTableView>
 #include <QVBoxLayout>
 
@@ -20,7 +20,20 @@ constexpr int margin = 20;
 constexpr int rowPadding = 12;
 constexpr int besideNames = 8;
 
-// Names keep away from the list's edge.
+// Names; the tooltip has the whole of a name that is cut off.
+class NameList : public QStringListModel {
+public:
+    using QStringListModel::QStringListModel;
+
+    QVariant data(const QModelIndex& index, int role) const override {
+        return QStringListModel::data(index, role == Qt::ToolTipRole ? Qt::DisplayRole : role);
+    }
+    Qt::ItemFlags flags(const QModelIndex& index) const override {
+        return QAbstractListModel::flags(index); // read-only
+    }
+};
+
+// More space between the names and the list's edge.
 class RoomyRows : public QProxyStyle {
 public:
     int pixelMetric(PixelMetric metric,
@@ -33,9 +46,7 @@ public:
 
 QTableView* makeNameTable(QWidget* parent, const QStringList& names) {
     auto* table = new QTableView(parent);
-    auto* model = new SourceListModel(table);
-    model->setNames(names);
-    table->setModel(model);
+    table->setModel(new NameList(names, table));
     table->horizontalHeader()->hide();
     table->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
     table->verticalHeader()->hide();
@@ -60,7 +71,7 @@ SelectSourceWindow::SelectSourceWindow(InterfaceOutlets& outlets) : outlets_(out
     outlets.twainSelectSourceScannerType = new QLabel(this);
     outlets._tableViewSelectSource = makeNameTable(this, {});
     outlets._tableViewSelectSource->setObjectName("sourceList");
-    outlets._tableViewTWAIN = makeNameTable(this, {"TWAIN"}); // of the layout, but never shown
+    outlets._tableViewTWAIN = makeNameTable(this, {"TWAIN"}); // never shown
     outlets._tableViewTWAIN->hide();
     outlets.twainSelectSourceScannerType->setBuddy(outlets._tableViewSelectSource);
 
@@ -69,7 +80,7 @@ SelectSourceWindow::SelectSourceWindow(InterfaceOutlets& outlets) : outlets_(out
     outlets.twainSelectSourceCancelBtn = buttons->addButton(QDialogButtonBox::Cancel);
     outlets.twainSelectSourceOKBtn->setDefault(true);
     for (QPushButton* button : {outlets.twainSelectSourceOKBtn, outlets.twainSelectSourceCancelBtn})
-        button->setIcon({}); // the words say it
+        button->setIcon({});
     connect(outlets._tableViewSelectSource,
             &QTableView::doubleClicked,
             outlets.twainSelectSourceOKBtn,

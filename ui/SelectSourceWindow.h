@@ -11,8 +11,8 @@ class SelectSourceWindow : public QDialog {
     Q_OBJECT
 
 public:
-    // Fills the outlets of the source selection. A second click on a row counts as OK; closing the
-    // window and Escape count as Cancel.
+    // Fills the outlets of the source selection. A double click on a row is OK; closing the window
+    // is Cancel.
     explicit SelectSourceWindow(InterfaceOutlets& outlets);
 
 protected:

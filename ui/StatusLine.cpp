@@ -1,43 +1,50 @@
-// Operations of AppDelegate that say in the status line what is going on. They repaint at once,
-// because the main thread may be about to scan or to write.
+// The status line. During a scan it is repainted at once: the event loop stands still.
 #include "controller/AppDelegate.h"
 
 #include "platform/desktop/MainLoop.h"
 #include "platform/files/PathText.h"
-#include "ui/BidirectionalText.h"
 #include "ui/MainWindow.h"
+
+#include <QGuiApplication>
 
 #include <algorithm>
 
 namespace paperline {
 namespace {
 
-QString filledIn(const std::string& text, const std::string& marker, const std::string& value) {
-    return QString::fromStdString(text).replace(QString::fromStdString(marker),
-                                                isolatedInSentence(QString::fromStdString(value)));
+MainWindow* mainWindow(const AppDelegate& controller) {
+    return qobject_cast<MainWindow*>(controller.paperlineWindow);
+}
+
+// The text with the value for "%d" or "%@". In a right-to-left text, direction marks keep the
+// value's own order.
+QString filledIn(const std::string& text, const char* marker, const std::string& value) {
+    constexpr QChar leftToRightIsolate(0x2066);
+    constexpr QChar popDirectionalIsolate(0x2069);
+    QString shown = QString::fromStdString(value);
+    if (QGuiApplication::layoutDirection() == Qt::RightToLeft)
+        shown = leftToRightIsolate + shown + popDirectionalIsolate;
+    return QString::fromStdString(text).replace(QString::fromUtf8(marker), shown);
 }
 
 } // namespace
 
 void AppDelegate::showStatus(const char* key) {
-    if (auto* window = qobject_cast<MainWindow*>(paperlineWindow))
+    if (MainWindow* window = mainWindow(*this))
         window->setStatus(QString::fromStdString(localizedString(mlangBundle, key)));
 }
 
 void AppDelegate::showIdleStatus() {
-    auto* window = qobject_cast<MainWindow*>(paperlineWindow);
-    if (window == nullptr)
-        return;
     showStatus(mMenuFileSave != 0 ? "StatusReady" : "StatusSaveOff");
     showPageCount();
 }
 
 void AppDelegate::showPageCount() {
-    auto* window = qobject_cast<MainWindow*>(paperlineWindow);
+    MainWindow* window = mainWindow(*this);
     if (window == nullptr)
         return;
     window->setEmptyStateShown(cellInfos.empty());
-    // The preview is no page of the list.
+    // The preview is not listed.
     const size_t previews = nonFileSaveImageInTempFolder != 0 ? 1 : 0;
     const size_t pages = cellInfos.size() - std::min(previews, cellInfos.size());
     window->setPageCount(
@@ -47,7 +54,7 @@ void AppDelegate::showPageCount() {
 }
 
 void AppDelegate::showScanningStatus(uint32_t pageNumber) {
-    auto* window = qobject_cast<MainWindow*>(paperlineWindow);
+    MainWindow* window = mainWindow(*this);
     if (window == nullptr)
         return;
     window->setStatus(
@@ -56,7 +63,7 @@ void AppDelegate::showScanningStatus(uint32_t pageNumber) {
 }
 
 void AppDelegate::showSavingStatus(const std::string& path) {
-    auto* window = qobject_cast<MainWindow*>(paperlineWindow);
+    MainWindow* window = mainWindow(*this);
     if (window == nullptr)
         return;
     window->setStatus(

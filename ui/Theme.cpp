@@ -1,7 +1,7 @@
 #include "ui/Theme.h"
 
 #include "platform/qt/ColourScheme.h"
-#include "ui/Colours.h"
+#include "viewer/Colours.h"
 
 #include <QApplication>
 
@@ -28,7 +28,7 @@ QPalette withReadableSelection(QPalette palette) {
 }
 
 QPalette darkPalette(const QPalette& platform) {
-    QPalette palette(darkButton, darkWindow); // shades for edges are worked out from these
+    QPalette palette(darkButton, darkWindow);
     palette.setColor(QPalette::Base, darkBase);
     palette.setColor(QPalette::AlternateBase, darkWindow);
     palette.setColor(QPalette::ToolTipBase, darkButton);
@@ -58,7 +58,7 @@ void followDesktopColours(QObject* owner) {
     const QPalette platform = QApplication::palette();
     QApplication::setPalette(withReadableSelection(platform));
     if (isDark(platform))
-        return; // the platform follows the desktop by itself
+        return; // Qt follows the desktop itself
     watchColourScheme(owner, [platform](ColourScheme wish) {
         const bool dark = wish == ColourScheme::dark;
         QApplication::setPalette(withReadableSelection(dark ? darkPalette(platform) : platform));

@@ -1,5 +1,5 @@
-// The application's colours: the platform's own, turned dark when the desktop asks for it and the
-// platform does not, with a selection whose text can be read.
+// The application's colours: those of Qt, dark when the desktop asks for it, with a readable
+// selection.
 #pragma once
 
 #include <QPalette>
@@ -8,15 +8,16 @@ class QObject;
 
 namespace paperline {
 
-// The palette with a selection dark or light enough for its text.
+// The palette with a selection that contrasts with its text.
 QPalette withReadableSelection(QPalette palette);
 
-// A dark palette with the platform's selection colour.
+// A dark palette with the selection colour of `platform`.
 QPalette darkPalette(const QPalette& platform);
 
 bool isDark(const QPalette& palette);
 
-// Sets the application's palette now and whenever the desktop's wish changes, while `owner` lives.
+// Sets the application's palette now and at every change of the desktop's colours, while `owner`
+// lives.
 void followDesktopColours(QObject* owner);
 
 } // namespace paperline

@@ -14,8 +14,8 @@
 namespace paperline {
 namespace {
 
-constexpr int neutralSpread = 24;        // channels closer together than this count as grey
-constexpr double disabledOpacity = 0.45; // of strokes that keep their own colour
+constexpr int neutralSpread = 24;        // between the channels of what counts as grey
+constexpr double disabledOpacity = 0.45; // of coloured strokes
 
 bool isNeutral(QRgb pixel) {
     const auto [low, high] = std::minmax({qRed(pixel), qGreen(pixel), qBlue(pixel)});
@@ -92,7 +92,7 @@ QIcon themedIcon(const std::string& path, QPalette::ColorRole role) {
     if (normal.isNull())
         return {};
     QImage fine(finePathOf(normalPath));
-    // The ratio that Qt reads out of the "@2x" name would scale it twice.
+    // Qt takes a ratio of 2 from the name "@2x"; the sizes here are in pixels.
     normal.setDevicePixelRatio(1);
     fine.setDevicePixelRatio(1);
     return QIcon(new ThemedIconEngine(std::move(normal), std::move(fine), role));

@@ -1,5 +1,4 @@
-// Icons that fit light and dark themes: the grey strokes of the picture take the colour of the text
-// around them, its coloured strokes stay.
+// Icons for light and dark themes: grey strokes get the colour of text, coloured ones stay.
 #pragma once
 
 #include <QIcon>
@@ -9,7 +8,7 @@
 
 namespace paperline {
 
-// From a PNG file, with "@2x" beside it for fine screens. Without the file the icon is null.
+// From a PNG file and its "@2x" variant. Null without the file.
 QIcon themedIcon(const std::string& path, QPalette::ColorRole role = QPalette::ButtonText);
 
 } // namespace paperline

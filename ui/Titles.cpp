@@ -1,4 +1,4 @@
-// Operations of AppDelegate that title the toolbar and the menus in the current language.
+// Titles of the toolbar and the menus in the current language.
 #include "controller/AppDelegate.h"
 
 #include "base/BrandProfile.h"
@@ -20,7 +20,7 @@ void setLabel(QAction* item, const std::string& text) {
 void setTip(QAction* item, const std::string& text) {
     if (item == nullptr)
         return;
-    // The buttons show no label; the text is what assistive technology reads.
+    // The button shows no text, but screen readers read it.
     item->setText(QString::fromStdString(text));
     item->setToolTip(QString::fromStdString(text));
 }

@@ -1,4 +1,4 @@
-// Bitmap files as this program writes them in colour, read straight into what is drawn.
+// Reads our own colour BMP files as pictures for drawing.
 #pragma once
 
 #include <QImage>
@@ -7,8 +7,8 @@
 
 namespace paperline {
 
-// The picture of a file of 24 bits a pixel, uncompressed, its last row first. Null for every other
-// file, one that ends early, and when memory runs out.
+// The picture of a file with 24 bits per pixel, uncompressed, last row first. Null for other and
+// truncated files, and without memory.
 QImage readColourBmp(const std::string& path);
 
 } // namespace paperline

@@ -17,7 +17,7 @@ constexpr uint64_t centredCharacters = 20;
 constexpr double halfCharacterWidth = 3;
 constexpr double captionDrop = 128;
 constexpr double captionDropBelowTallThumbnail = 146;
-// Drawing systems count in 16 to 24 bits; a cell is never farther out than this.
+// Painters compute with 16 to 24 bits; no cell is larger or farther away than this.
 constexpr double drawingRange = 8'000'000;
 
 } // namespace

@@ -1,4 +1,4 @@
-// Where one row of the page list draws its thumbnail and caption. Points, y growing downward.
+// Where a row of the page list draws its thumbnail and caption. Points, y growing downward.
 #pragma once
 
 #include "codecs/pixels/Geometry.h"
@@ -8,22 +8,22 @@
 
 namespace paperline {
 
-// The thumbnail of a page of `page` pixels in the cell `bounds`. Landscape and square pages are 128
-// wide with a height scaled from 123, so they come out a little wider than their aspect; portrait
-// pages are 123 high. A page without pixels has no height: the result then holds no number.
+// The thumbnail of a page in the cell `bounds`. Portrait pages are 123 high. Others are 128 wide
+// with a height scaled from 123, on purpose a little too wide. For a page of 0 x 0 the result has
+// NaNs.
 Rect imageRectForBounds(const Rect& bounds, PixelSize page);
 
 // The title line beside the thumbnail, clipped to the cell.
 Rect titleRectForBounds(const Rect& bounds, Size titleText);
 
-// The caption of `characterCount` UTF-16 units, placed by their number. No characters give the zero
-// rectangle; more than 20 wrap the unsigned distance and give an x far beyond any drawing surface.
+// The caption, placed by its number of UTF-16 units. Zero without any. More than 20 wrap an
+// unsigned difference, so that x lies far outside.
 Rect subtitleRectForBounds(const Rect& bounds,
                            const Rect& titleBounds,
                            const Rect& imageBounds,
                            uint64_t characterCount);
 
-// Whether a drawing system can take the rectangle: finite numbers of sensible size, not empty.
+// Whether a painter can draw the rectangle: not empty, finite and not too large.
 bool isDrawable(const Rect& rect);
 
 } // namespace paperline

@@ -1,7 +1,9 @@
 #include "viewer/ColourRows.h"
 
 #include "codecs/pixels/PageMemory.h"
+#include "platform/process/ParallelFor.h"
 
+#include <algorithm>
 #include <new>
 
 namespace paperline {
@@ -11,7 +13,7 @@ QImage newColourImage(int widthPixels, int heightPixels) {
     if (widthPixels <= 0 || heightPixels <= 0)
         return {};
     const qsizetype rowBytes = widthPixels * bytesPerPixel;
-    // Large memory comes in few pieces: fresh pages of 4 KiB cost more than the conversion.
+    // Page memory has few page faults; those of fresh memory cost more than the conversion.
     auto* memory = new (std::nothrow)
         PageMemory(allocatePageMemory(static_cast<size_t>(rowBytes * heightPixels)));
     if (memory == nullptr || !*memory) {
@@ -32,7 +34,7 @@ void putColourRow(std::span<const uint8_t> bytes, ColourOrder order, std::span<Q
         return;
     const uint8_t* from = bytes.data();
     const auto last = pixels.end() - 1;
-    // Four bytes make one access to memory; the last pixel has no fourth.
+    // Reading four bytes is one memory access. After the last pixel there is no fourth.
     if (order == ColourOrder::redFirst)
         for (auto pixel = pixels.begin(); pixel != last; ++pixel, from += 3)
             *pixel = 0xFF000000U | (QRgb{from[0]} << 24 | QRgb{from[1]} << 16 | QRgb{from[2]} << 8 |
@@ -44,6 +46,14 @@ void putColourRow(std::span<const uint8_t> bytes, ColourOrder order, std::span<Q
                      QRgb{from[3]} << 24;
     const size_t red = order == ColourOrder::redFirst ? 0 : 2;
     *last = 0xFF000000U | QRgb{from[red]} << 16 | QRgb{from[1]} << 8 | from[2 - red];
+}
+
+void forBandsOfRows(int heightPixels, const std::function<void(int first, int end)>& work) {
+    const auto bands = static_cast<size_t>((heightPixels - 1) / rowsOfBand + 1);
+    parallelFor(bands, processorCount(), [&](size_t band, unsigned) {
+        const int first = static_cast<int>(band) * rowsOfBand;
+        work(first, std::min(first + rowsOfBand, heightPixels));
+    });
 }
 
 } // namespace paperline

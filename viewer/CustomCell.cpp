@@ -1,8 +1,11 @@
 #include "viewer/CustomCell.h"
 
+#include "base/CvOutputLog.h"
 #include "viewer/CellGeometry.h"
+#include "viewer/Colours.h"
 #include "viewer/PageListModel.h"
 #include "viewer/PageLoader.h"
+#include "viewer/PixelConversion.h"
 
 #include <QAbstractScrollArea>
 #include <QFontMetricsF>
@@ -15,36 +18,13 @@ namespace paperline {
 
 namespace {
 
-constexpr double readableContrast = 4.5;
 const QColor thumbnailEdge(0, 0, 0, 50);
-
-Rect fromQt(const QRect& rect) {
-    return {static_cast<double>(rect.x()),
-            static_cast<double>(rect.y()),
-            static_cast<double>(rect.width()),
-            static_cast<double>(rect.height())};
-}
 
 QRectF toQt(const Rect& rect) {
     return {rect.x, rect.y, rect.width, rect.height};
 }
 
-// Relative luminance and contrast as accessibility guidelines define them.
-double luminance(const QColor& colour) {
-    const auto linear = [](float channel) {
-        const double value = static_cast<double>(channel);
-        return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) +
-           0.0722 * linear(colour.blueF());
-}
-
-double contrast(const QColor& first, const QColor& second) {
-    const double a = luminance(first), b = luminance(second);
-    return (std::max(a, b) + 0.05) / (std::min(a, b) + 0.05);
-}
-
-// A scroller of the list lies over the cell's end.
+// Without the part under the list's scroll bar.
 QRect visiblePart(const QStyleOptionViewItem& option) {
     const auto* list = qobject_cast<const QAbstractScrollArea*>(option.widget);
     QRect visible = option.rect;
@@ -63,49 +43,45 @@ CustomCell::CustomCell(QObject* parent) : QStyledItemDelegate(parent) {}
 std::unique_ptr<CustomCell> CustomCell::copy(QObject* parent) const {
     auto result = std::make_unique<CustomCell>(parent);
     result->willDisplayCell_ = willDisplayCell_;
-    result->trace_ = trace_;
     result->titleHeight_ = titleHeight_;
-    result->setTitle(title_);
-    result->setImage(image_);
-    result->setSubtitle(subtitle_);
-    result->setImagePath(imagePath_);
-    result->setImageIndex(imageIndex_);
+    result->content_ = content_;
     return result;
 }
 
 Rect CustomCell::imageRectForBounds(const Rect& bounds) const {
-    const ViewTraceScope trace(trace_, "imageRectForBounds");
-    return paperline::imageRectForBounds(bounds, pagePixelSize(imagePath_, imageIndex_));
+    const TraceScope trace("imageRectForBounds");
+    return paperline::imageRectForBounds(
+        bounds, pagePixelSize(content_.imageFullPath, content_.imageIndex));
 }
 
 Rect CustomCell::titleRectForBounds(const Rect& bounds) const {
-    const ViewTraceScope trace(trace_, "titleRectForBounds");
-    return paperline::titleRectForBounds(bounds, {0, titleHeight_}); // an empty line of text
+    const TraceScope trace("titleRectForBounds");
+    return paperline::titleRectForBounds(bounds, {0, titleHeight_}); // an empty title
 }
 
 Rect CustomCell::subtitleRectForBounds(const Rect& bounds,
                                        const Rect& titleBounds,
                                        const Rect& imageBounds) const {
-    const ViewTraceScope trace(trace_, "subtitleRectForBounds");
-    const auto characters = static_cast<uint64_t>(QString::fromStdString(subtitle_).size());
+    const TraceScope trace("subtitleRectForBounds");
+    const auto characters = static_cast<uint64_t>(QString::fromStdString(content_.subtitle).size());
     return paperline::subtitleRectForBounds(bounds, titleBounds, imageBounds, characters);
 }
 
 std::optional<AttributedCaption>
 CustomCell::attributedSubtitleValue(bool highlighted, const QColor& background) const {
-    const ViewTraceScope trace(trace_, "attributedSubtitleValue");
-    if (subtitle_.empty())
+    const TraceScope trace("attributedSubtitleValue");
+    if (content_.subtitle.empty())
         return std::nullopt;
-    return AttributedCaption{QString::fromStdString(subtitle_),
+    return AttributedCaption{QString::fromStdString(content_.subtitle),
                              captionColour(highlighted, background)};
 }
 
 QColor CustomCell::captionColour(bool highlighted, const QColor& background) {
     QColor colour(highlighted ? QColor(lightGrey, lightGrey, lightGrey) : QColor(grey, grey, grey));
-    const int step = luminance(background) > luminance(colour) ? -1 : 1;
+    const int step = relativeLuminance(background) > relativeLuminance(colour) ? -1 : 1;
     for (int level = colour.red(); level >= 0 && level <= 255; level += step) {
         colour = QColor(level, level, level);
-        if (contrast(colour, background) >= readableContrast)
+        if (contrastRatio(colour, background) >= readableContrast)
             break;
     }
     return colour;
@@ -114,7 +90,7 @@ QColor CustomCell::captionColour(bool highlighted, const QColor& background) {
 QColor CustomCell::highlightColour(const QColor& paletteHighlight) {
     const QColor caption(lightGrey, lightGrey, lightGrey);
     QColor colour = paletteHighlight;
-    for (int i = 0; i < 64 && contrast(caption, colour) < readableContrast; ++i)
+    for (int i = 0; i < 64 && contrastRatio(caption, colour) < readableContrast; ++i)
         colour = colour.darker(104);
     return colour;
 }
@@ -135,13 +111,7 @@ void CustomCell::take(const QModelIndex& index) const {
         return;
     }
     const auto* info = index.data(PageListModel::CellInfoRole).value<const CellInfo*>();
-    const CellInfo none;
-    const CellInfo& shown = info != nullptr ? *info : none;
-    image_ = shown.image;
-    title_ = shown.title;
-    subtitle_ = shown.subtitle;
-    imagePath_ = shown.imageFullPath;
-    imageIndex_ = shown.imageIndex;
+    content_ = info != nullptr ? *info : CellInfo{};
 }
 
 void CustomCell::paint(QPainter* painter,
@@ -157,7 +127,7 @@ void CustomCell::paint(QPainter* painter,
                  : option.palette.color(group, QPalette::Base);
     painter->save();
     painter->setClipRect(option.rect);
-    // The table has painted its own highlight, in a colour too light for the caption.
+    // Covers the table's own highlight, which is too light for the caption.
     painter->fillRect(option.rect, option.palette.color(group, QPalette::Base));
     if (selected) {
         painter->setRenderHint(QPainter::Antialiasing);
@@ -173,21 +143,20 @@ void CustomCell::paint(QPainter* painter,
 void CustomCell::drawInteriorWithFrame(QPainter& painter,
                                        const QStyleOptionViewItem& option,
                                        const QColor& background) const {
-    const ViewTraceScope trace(trace_, "drawInteriorWithFrame");
-    const Rect cell = fromQt(option.rect);
+    const TraceScope trace("drawInteriorWithFrame");
+    const Rect cell = rectOf(option.rect);
     const Rect imageRect = imageRectForBounds(cell);
     if (isDrawable(imageRect)) {
-        if (image_.isNull()) {
+        if (content_.image.isNull()) {
             painter.fillRect(toQt(imageRect), QColor(grey, grey, grey));
         } else {
             painter.setRenderHint(QPainter::SmoothPixmapTransform);
-            painter.drawImage(toQt(imageRect), image_);
+            painter.drawImage(toQt(imageRect), content_.image);
         }
         painter.setPen(QPen(thumbnailEdge, 1));
         painter.setBrush(Qt::NoBrush);
         painter.drawRect(toQt(imageRect).adjusted(-0.5, -0.5, 0.5, 0.5));
     }
-    // The title line is always empty: nothing of it is drawn.
     const Rect titleRect = titleRectForBounds(cell);
     const Rect captionRect = subtitleRectForBounds(cell, titleRect, imageRect);
     const bool highlighted = (option.state & QStyle::State_Selected) != 0;
@@ -196,7 +165,7 @@ void CustomCell::drawInteriorWithFrame(QPainter& painter,
         return;
     painter.setPen(caption->foreground);
     painter.setFont(option.font);
-    // File names and sizes read from left to right in every interface language.
+    // File names run from left to right in every language.
     painter.drawText(toQt(captionRect),
                      Qt::AlignLeft | Qt::AlignAbsolute | Qt::AlignTop | Qt::TextSingleLine |
                          Qt::TextForceLeftToRight,

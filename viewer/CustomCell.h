@@ -1,10 +1,8 @@
-// Draws one row of the page list: thumbnail and caption, at the places that viewer/CellGeometry.h
-// gives.
+// Draws one row of the page list: thumbnail and caption.
 #pragma once
 
 #include "codecs/pixels/Geometry.h"
 #include "controller/CellInfo.h"
-#include "viewer/ViewTrace.h"
 
 #include <QImage>
 #include <QString>
@@ -27,43 +25,41 @@ class CustomCell : public QStyledItemDelegate {
 
 public:
     explicit CustomCell(QObject* parent = nullptr);
-    // A cell with the same content, sharing the image.
     std::unique_ptr<CustomCell> copy(QObject* parent = nullptr) const;
 
-    const QImage& image() const { return image_; }
-    void setImage(const QImage& image) { image_ = image; }
-    const std::string& title() const { return title_; }
-    void setTitle(const std::string& title) { title_ = title; }
-    const std::string& subtitle() const { return subtitle_; }
-    void setSubtitle(const std::string& subtitle) { subtitle_ = subtitle; }
-    const std::string& imagePath() const { return imagePath_; }
-    void setImagePath(const std::string& path) { imagePath_ = path; }
-    int imageIndex() const { return imageIndex_; }
-    void setImageIndex(int index) { imageIndex_ = index; }
+    const QImage& image() const { return content_.image; }
+    void setImage(const QImage& image) { content_.image = image; }
+    const std::string& title() const { return content_.title; }
+    void setTitle(const std::string& title) { content_.title = title; }
+    const std::string& subtitle() const { return content_.subtitle; }
+    void setSubtitle(const std::string& subtitle) { content_.subtitle = subtitle; }
+    const std::string& imagePath() const { return content_.imageFullPath; }
+    void setImagePath(const std::string& path) { content_.imageFullPath = path; }
+    int imageIndex() const { return content_.imageIndex; }
+    void setImageIndex(int index) { content_.imageIndex = index; }
 
-    // Fills the cell before row `row` is drawn. Without one the cell takes the model's CellInfo.
+    // `fill` sets the content before a row is drawn. Without it the cell takes the model's
+    // CellInfo.
     void setWillDisplayCell(std::function<void(int row)> fill) {
         willDisplayCell_ = std::move(fill);
     }
-    void setTrace(ViewTrace trace) { trace_ = std::move(trace); }
 
-    // Rectangles for the cell's present content in the cell frame `bounds`. Looks up the page's
-    // pixel size in the file on disk each time.
+    // Rectangles of the present content in the cell frame `bounds`. The page's pixel size is read
+    // from its file each time.
     Rect imageRectForBounds(const Rect& bounds) const;
     Rect titleRectForBounds(const Rect& bounds) const;
     Rect subtitleRectForBounds(const Rect& bounds,
                                const Rect& titleBounds,
                                const Rect& imageBounds) const;
-    // What the caption says and in which colour; nothing without a subtitle.
+    // Nothing without a subtitle.
     std::optional<AttributedCaption> attributedSubtitleValue(bool highlighted,
                                                              const QColor& background) const;
-    // The caption's colour: light grey while highlighted, grey otherwise, each as far from the
-    // background as reading needs.
+    // Light grey while highlighted, else grey; each changed until it is readable.
     static QColor captionColour(bool highlighted, const QColor& background);
-    // The colour behind a highlighted row: the given one, dark enough for the light grey caption.
+    // The background of a highlighted row, dark enough for the light grey caption.
     static QColor highlightColour(const QColor& paletteHighlight);
 
-    // Tall enough for a thumbnail and the caption in its lower place.
+    // Room for a thumbnail and the caption at its lower position.
     static int rowHeight(const QFont& font);
 
     void paint(QPainter* painter,
@@ -77,16 +73,10 @@ private:
                                const QStyleOptionViewItem& option,
                                const QColor& background) const;
 
-    // What is drawn next; filled for each row, also while Qt paints through a const cell.
-    mutable QImage image_;
-    mutable std::string title_;
-    mutable std::string subtitle_;
-    mutable std::string imagePath_;
-    mutable int imageIndex_ = 0;
+    mutable CellInfo content_;       // the row to draw; Qt paints through a const cell
     mutable double titleHeight_ = 0; // of the table's font
 
     std::function<void(int)> willDisplayCell_;
-    ViewTrace trace_;
 };
 
 } // namespace paperline

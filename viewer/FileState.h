@@ -1,4 +1,4 @@
-// What tells one state of a file on disk from another.
+// Tells whether a file on disk has changed.
 #pragma once
 
 #include <cstdint>
@@ -11,9 +11,9 @@ struct FileState {
     uint64_t device = 0;
     uint64_t file = 0;
     int64_t size = 0;
-    int64_t seconds = 0; // of the last change of its bytes, which programs may set back
+    int64_t seconds = 0; // modification time, which programs may set back
     int64_t nanoseconds = 0;
-    int64_t stateSeconds = 0; // of the last change of anything, which nobody sets
+    int64_t stateSeconds = 0; // status-change time, which they cannot set
     int64_t stateNanoseconds = 0;
     bool operator==(const FileState&) const = default;
 };

@@ -2,7 +2,6 @@
 
 #include "codecs/gif/GifDecoder.h"
 #include "platform/files/FileContent.h"
-#include "platform/process/ParallelFor.h"
 #include "viewer/ColourRows.h"
 #include "viewer/PageLoader.h"
 
@@ -13,14 +12,14 @@
 namespace paperline {
 namespace {
 
-// A code of 12 bits for each pixel, palettes, comments. Others are long animations.
+// 12 bits per pixel, palettes and comments. Larger files are animations.
 constexpr uint64_t largestFile = maximumPagePixels * 3 / 2 + (16U << 20U);
 
 QRgb pixelOf(const PaletteColour& colour) {
     return qRgb(colour.red, colour.green, colour.blue);
 }
 
-// Sets the pixels of all rows; Pixel is what the image holds for one, made of a colour.
+// Sets all rows; `made` makes the image's pixel of a colour.
 template <typename Pixel>
 void putRows(const GifPicture& picture, QImage& image, Pixel (*made)(const PaletteColour&)) {
     std::array<Pixel, mostPaletteColours> meanings;
@@ -41,10 +40,8 @@ void putRows(const GifPicture& picture, QImage& image, Pixel (*made)(const Palet
             return meanings[place];
         });
     };
-    const auto bands = static_cast<size_t>((picture.screenHeight - 1) / rowsOfBand + 1);
-    parallelFor(bands, processorCount(), [&](size_t band, unsigned) {
-        const int first = static_cast<int>(band) * rowsOfBand;
-        for (int y = first; y < std::min(first + rowsOfBand, picture.screenHeight); ++y)
+    forBandsOfRows(picture.screenHeight, [&](int first, int end) {
+        for (int y = first; y < end; ++y)
             putRow(y);
     });
 }

@@ -1,4 +1,4 @@
-// GIF files as this and usual programs write them, decoded into what is drawn.
+// Reads GIF files as pictures for drawing.
 #pragma once
 
 #include <QImage>
@@ -7,9 +7,8 @@
 
 namespace paperline {
 
-// The first picture of the file on its screen, transparent parts white: 8-bit grey when all its
-// colours are, else 32-bit colour. Null for a file that is damaged or unusual (decodeGif), and when
-// memory runs out.
+// The first picture of the file with its surroundings, on white: 8-bit grey when all its colours
+// are, else 32-bit colour. Null for a file that decodeGif() refuses, and without memory.
 QImage readGif(const std::string& path);
 
 } // namespace paperline

@@ -1,6 +1,8 @@
 #include "viewer/ImageView.h"
 
-#include "viewer/PageListing.h"
+#include "base/CvOutputLog.h"
+#include "controller/ViewerState.h"
+#include "viewer/PageListRules.h"
 
 #include <QPainter>
 #include <QTransform>
@@ -12,20 +14,14 @@ namespace paperline {
 
 namespace {
 
-constexpr int fitMode = 1;
 const QColor pageEdge(0, 0, 0, 70);
-// The corner that every placement gives, without the noise of its sums.
+// The corner that placePage() gives, without its rounding errors.
 constexpr double pageLeft = 5;
 constexpr double pageTop = 5;
-// Beyond this the drawing system's own coordinates end.
+// QPainter cannot draw larger pictures.
 constexpr double largestDrawnSide = 2'000'000;
 
-int32_t traced(double value) {
-    return std::abs(value) < 2e9 ? static_cast<int32_t>(value) : 0;
-}
-
-// The page's transform for a picture whose first row is its top, in a view whose y axis grows
-// downward.
+// The transform for Qt: picture and view have their y axes growing downward.
 QTransform deviceTransform(const AffineTransform& t, PixelSize page, double viewHeight) {
     const double pageHeight = page.height;
     return {t.a, -t.b, -t.c, t.d, t.c * pageHeight + t.tx, viewHeight - (t.d * pageHeight + t.ty)};
@@ -35,7 +31,7 @@ bool swapsSides(int orientation) {
     return orientation >= 5;
 }
 
-// The page as its orientation says, pixel by pixel.
+// The picture turned and mirrored as its orientation says.
 QImage upright(const QImage& stored, int orientation) {
     const bool mirrorsAcross = orientation == 2 || orientation == 3 || orientation >= 7;
     const bool mirrorsDown =
@@ -49,7 +45,7 @@ QImage upright(const QImage& stored, int orientation) {
 
 ImageView::ImageView(QWidget* parent) : QWidget(parent) {
     setAttribute(Qt::WA_OpaquePaintEvent);
-    setFocusPolicy(Qt::NoFocus); // the scroll area around it takes the keys
+    setFocusPolicy(Qt::NoFocus); // the scroll area takes the keys
 }
 
 QColor ImageView::surroundings() {
@@ -57,7 +53,7 @@ QColor ImageView::surroundings() {
 }
 
 PageLoadError ImageView::setImagePath(const std::string& path, int imageIndex) {
-    const ViewTraceScope trace(trace_, "setImagePath");
+    const TraceScope trace("setImagePath");
     const LoadedPage page = pagesAhead_.load({path, imageIndex});
     const bool isPdf = pageFileKind(path) == PageFileKind::pdf;
     if (page.error == PageLoadError::none || (isPdf && page.error != PageLoadError::cannotOpen))
@@ -67,7 +63,7 @@ PageLoadError ImageView::setImagePath(const std::string& path, int imageIndex) {
 
 void ImageView::setImage(std::shared_ptr<const PageRaster> image,
                          const PageProperties& withMetadata) {
-    const ViewTraceScope trace(trace_, "setImage");
+    const TraceScope trace("setImage");
     mImage = std::move(image);
     shown_ = mImage;
     reduced_ = {};
@@ -116,7 +112,7 @@ void ImageView::viewWillStartLiveResize() {
 }
 
 void ImageView::viewDidEndLiveResize() {
-    const ViewTraceScope trace(trace_, "viewDidEndLiveResize");
+    const TraceScope trace("viewDidEndLiveResize");
     mLiveResizing = false;
     repaint();
 }
@@ -127,7 +123,7 @@ void ImageView::paintEvent(QPaintEvent*) {
 }
 
 void ImageView::drawRect(QPainter& painter) {
-    const ViewTraceScope trace(trace_, "drawRect");
+    const TraceScope trace("drawRect");
     painter.fillRect(rect(), surroundings());
     if (!shown_)
         return;
@@ -150,15 +146,13 @@ void ImageView::drawRect(QPainter& painter) {
 }
 
 void ImageView::tracePlacement(const PagePlacement& placement) const {
-    if (!trace_.value)
-        return;
-    trace_.value("viewBounds.origin.x", 0);
-    trace_.value(mFitorActualImage == fitMode ? "FIT_IAMGE tx" : "ACTUAL_IMAGE tx",
-                 traced(placement.transform.tx));
+    traceValue("viewBounds.origin.x", 0);
+    traceValue(mFitorActualImage == fitMode ? "FIT_IAMGE tx" : "ACTUAL_IMAGE tx",
+               wholePoints(placement.transform.tx));
 }
 
-// Painters sample too few pixels when they shrink a page much, and between pixels when they turn
-// it; then a properly averaged and turned copy at the drawn size is made once and kept.
+// QPainter shrinks and turns a picture coarsely. A page drawn smaller than it is gets a smooth copy
+// of the drawn size, which is kept.
 bool ImageView::drawsReduced(const PagePlacement& placement) const {
     const QSize raster = shown_->image.size();
     const bool swapped = swapsSides(orientation());

@@ -1,10 +1,9 @@
-// Shows one page on grey, fitted into the view or one pixel a point. The arithmetic has the y axis
-// growing upward; drawing turns it over once.
+// Shows one page on grey, fitted into the view or at one point per pixel. Transforms are those of
+// viewer/PageTransform.h.
 #pragma once
 
 #include "viewer/PageTransform.h"
 #include "viewer/PagesAhead.h"
-#include "viewer/ViewTrace.h"
 
 #include <QWidget>
 
@@ -24,10 +23,10 @@ public:
 
     static QColor surroundings(); // the grey around the page
 
-    // Loads the page and shows it. A file that cannot be loaded changes nothing, but a page of a
-    // PDF file that cannot be drawn shows no page. The answer says what happened.
+    // Loads and shows the page. On failure the page on show stays, except that a PDF page that
+    // cannot be drawn leaves the view empty.
     PageLoadError setImagePath(const std::string& path, int imageIndex);
-    // The page that was asked for last, and those that the next calls will probably name.
+    // `next` are the pages that will probably be shown next.
     void expectPages(const PagePlace& shown, const std::vector<PagePlace>& next) {
         pagesAhead_.expect(shown, next);
     }
@@ -40,7 +39,7 @@ public:
     AffineTransform imageTransformToFitView() const;
 
     void setFitorAcutalImage(int mode);  // 1 fit, otherwise actual size
-    void setRelaseCGImageRef(int value); // 1: the next completed draw lets mImage go
+    void setRelaseCGImageRef(int value); // 1: the next completed draw releases mImage
     void viewWillStartLiveResize();
     void viewDidEndLiveResize();
     Rect getFrameRect() const { return mFrameRect; }
@@ -48,11 +47,10 @@ public:
     bool isOpaque() const { return true; }
     void newScreenProfile() {}
 
-    // The page's size as the arithmetic counts it; 0 x 0 without a page.
+    // 0 x 0 without a page.
     PixelSize pagePixels() const;
-    void setTrace(ViewTrace trace) { trace_ = std::move(trace); }
 
-    std::shared_ptr<const PageRaster> mImage; // may be let go after a draw
+    std::shared_ptr<const PageRaster> mImage; // null once released
     PageProperties mMeta;
     bool mLiveResizing = false;
     Rect mFrameRect;
@@ -70,9 +68,8 @@ private:
     const QImage& reducedPage(const PagePlacement& placement);
     void tracePlacement(const PagePlacement& placement) const;
 
-    std::shared_ptr<const PageRaster> shown_; // for repaints after mImage went
-    QImage reduced_;                          // shown_, turned and at its drawn size
-    ViewTrace trace_;
+    std::shared_ptr<const PageRaster> shown_; // mImage, also after its release
+    QImage reduced_;                          // shown_, upright and of the drawn size
     PagesAhead pagesAhead_;
 };
 

@@ -7,7 +7,7 @@
 #include "platform/host/DatePatterns.h"
 #include "platform/host/Host.h"
 #include "platform/places/Places.h"
-#include "viewer/PageListing.h"
+#include "viewer/PageListRules.h"
 #include "viewer/PageLoader.h"
 #include "viewer/PixelConversion.h"
 
@@ -28,33 +28,21 @@ namespace {
 constexpr const char* operation = "GetImageFromImageFolder";
 constexpr const char* scratchJpeg = "/tmp/1.jpg";
 constexpr double lowMemoryBytes = 51.2 * 1024 * 1024;
-// The scratch JPEG is strongly compressed: several of its pixels make one of the thumbnail.
+// The scratch JPEG is strongly compressed: thumbnails average several of its pixels.
 constexpr int previewPixelsPerThumbnailPixel = 3;
 constexpr int bufferThumbnailPixels = 360;
 
-// --- trace lines under the operation's name; nothing is built while tracing is off ---
-
-bool tracing() {
-    return gOutputLog != nullptr && gOutputLog->debugLevel != 0;
-}
-
 void log(const char* text) {
-    if (tracing())
-        traceText(operation, text);
+    traceText(operation, text);
 }
 
 void logNumber(const char* label, int64_t number) {
-    if (tracing())
+    if (isTracing())
         traceText(operation, label + std::to_string(number));
 }
 
-void logName(const char* label, const std::string& name) {
-    if (tracing())
-        traceText(operation, label + name);
-}
-
 void logTime(const char* label) {
-    if (!tracing())
+    if (!isTracing())
         return;
     traceText(operation,
               label + formatDate({.secondsSinceEpoch = host().secondsSinceEpoch(),
@@ -63,10 +51,8 @@ void logTime(const char* label) {
                                  "HH:mm:ss.SSS"));
 }
 
-// --- one page ---
-
-// Enough for the 128 points of a thumbnail on the finest screen. All are kept in memory, so a very
-// long list has coarser ones.
+// Enough for the 128 points of a thumbnail on a fine screen. All thumbnails are kept in memory, so
+// a long list has coarser ones.
 int thumbnailPixels(size_t rows) {
     constexpr double pixelsAtOnePixelAPoint = 192;
     constexpr double atMost = 256;
@@ -78,14 +64,14 @@ int thumbnailPixels(size_t rows) {
     return static_cast<int>(std::min(pixelsAtOnePixelAPoint * ratio, atMost));
 }
 
-// The page through the scratch JPEG. Null when any step fails.
+// By way of the scratch JPEG. Null on failure.
 QImage makeThumbnail(AppDelegate& controller, const PagePreviews& pages, int pageIndex) {
     const int longSide = thumbnailPixels(controller.cellInfos.size());
     const LoadedPage page = pages.load(pageIndex, longSide * previewPixelsPerThumbnailPixel);
     if (page.error != PageLoadError::none)
         return {};
     const std::string path = scratchPath(scratchJpeg);
-    removePath(path); // an older one must not pass for this page's
+    removePath(path); // of an earlier page
     if (controller.saveAsJpegWithName_transfer(
             imageObject(page.raster->image), imageTypeJpeg, path, scratchPath("/tmp")) < 0) {
         log("saveAsJpegWithName_transfer failed");
@@ -104,7 +90,7 @@ void logFreeMemory(AppDelegate& controller) {
         log("freeMem < 50M");
 }
 
-// False: no thumbnail. The command line shows no window and makes none.
+// False: the thumbnail cannot be made. The command line makes none.
 bool appendPage(AppDelegate& controller,
                 const std::string& path,
                 const PagePreviews& pages,
@@ -130,8 +116,6 @@ bool appendPage(AppDelegate& controller,
     return true;
 }
 
-// --- the new paths ---
-
 bool appendPagesOfFile(AppDelegate& controller, const std::string& path) {
     const PagePreviews pages(path);
     if (pages.pageCount() == 0)
@@ -152,7 +136,7 @@ void stopListingAt(AppDelegate& controller, size_t failedPath) {
     logNumber("imageFilePath count = ", static_cast<int64_t>(failedPath));
 }
 
-// False: listing stopped at a page that cannot be shown.
+// False: stopped at a page that cannot be shown.
 bool listNewPaths(AppDelegate& controller) {
     std::vector<std::string>& paths = controller.imageFilePath;
     auto i = static_cast<size_t>(std::max(iNextImage, 0));
@@ -160,8 +144,8 @@ bool listNewPaths(AppDelegate& controller) {
         logNumber("imageFilePath count = ", static_cast<int64_t>(paths.size()));
         logNumber("iNextImage = ", static_cast<int64_t>(i));
         const std::string path = paths[i];
-        if (tracing())
-            logName("theFileName = ", withoutPathExtension(lastPathComponent(path)));
+        if (isTracing())
+            traceText(operation, "theFileName = " + withoutPathExtension(lastPathComponent(path)));
         if (!fileExists(path)) {
             log("file not Exist");
             paths.erase(paths.begin() + static_cast<ptrdiff_t>(i));

@@ -11,17 +11,16 @@
 
 namespace paperline {
 
-// Reads rows that its owner keeps. They are looked at only when reload() is called or a row is
-// drawn, so the owner may change them at any time and reload afterwards. Selection and scroll
-// position survive a reload as far as their rows do.
+// Reads rows that its owner keeps; after changing them the owner calls reload(). Selection and
+// scroll position stay as far as their rows do.
 class PageListModel : public QAbstractTableModel {
     Q_OBJECT
 
 public:
     enum Role { CellInfoRole = Qt::UserRole }; // const CellInfo*, valid until the rows change
 
-    // `numberOfRows` answers how many of `rows` are listed; an answer beyond them, like the
-    // 4294967295 of an empty list less one, lists none.
+    // `numberOfRows` answers how many of `rows` are listed. A number beyond them (an empty list
+    // less one wraps to 4294967295) lists none.
     PageListModel(const std::vector<CellInfo>* rows,
                   std::function<uint32_t()> numberOfRows,
                   QObject* parent = nullptr);

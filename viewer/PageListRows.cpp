@@ -1,17 +1,16 @@
-// What the page list and the two tables of the source selection show, and what a selection does.
+// Rows and selection of the page list and of the two tables of the source selection.
 #include "base/CvOutputLog.h"
 #include "controller/AppDelegate.h"
 #include "viewer/CustomCell.h"
 #include "viewer/ImageView.h"
 #include "viewer/PageListModel.h"
 
+#include <QItemSelectionModel>
 #include <QTableView>
 
 namespace paperline {
 
 namespace {
-
-constexpr int fitMode = 1;
 
 bool isSourceTable(const AppDelegate& controller, const QObject* table) {
     return table != nullptr && table == controller._tableViewSelectSource;
@@ -26,7 +25,7 @@ bool isMainTable(const AppDelegate& controller, const QObject* table) {
            !isTwainTable(controller, table);
 }
 
-// The newest row is left out while its page exists only as a temporary file.
+// Without the newest row while its page is only a temporary file.
 uint32_t listedRows(const AppDelegate& controller) {
     const auto count = static_cast<uint32_t>(controller.cellInfos.size());
     const bool all = controller.mMenuFileSave == 1 && controller.nonFileSaveImageInTempFolder == 0;
@@ -88,12 +87,16 @@ void AppDelegate::tableViewSelectionDidChange(QObject* tableView, int row) {
     mNeedSetImage = 1;
     if (mImageView != nullptr)
         mImageView->setRelaseCGImageRef(1);
-    if (_fitOrAcutalImage == fitMode)
-        showFitlSizeImage(static_cast<uint32_t>(row));
-    else
-        showActualSizeImage(static_cast<uint32_t>(row));
+    showRow(static_cast<uint32_t>(row));
     _selectedRaw = row;
     changeThumbnailSelect = 1;
+}
+
+void AppDelegate::reportRowSelection(QTableView* table) {
+    connect(table->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this, table] {
+        const QModelIndexList rows = table->selectionModel()->selectedRows();
+        tableViewSelectionDidChange(table, rows.isEmpty() ? -1 : rows.constFirst().row());
+    });
 }
 
 void AppDelegate::reloadMainTable() {
@@ -101,7 +104,7 @@ void AppDelegate::reloadMainTable() {
         return;
     if (auto* model = qobject_cast<PageListModel*>(_tableViewMain->model()))
         model->reload();
-    showPageCount(); // also when the only page is the unlisted preview
+    showPageCount(); // the empty page area hides even for an unlisted preview
 }
 
 void AppDelegate::dropNewestPath() {
@@ -111,7 +114,7 @@ void AppDelegate::dropNewestPath() {
     const std::string path = imageFilePath.back();
     imageFilePath.pop_back();
     if (iNextImage <= static_cast<int32_t>(imageFilePath.size()))
-        return; // no row was made of it yet; rows of that name belong to earlier pages
+        return; // not listed yet; rows of the same path are of earlier pages
     iNextImage = static_cast<int32_t>(imageFilePath.size());
     while (!cellInfos.empty() && cellInfos.back().imageFullPath == path)
         cellInfos.pop_back();
@@ -134,11 +137,11 @@ void AppDelegate::selectLastRow() {
         return;
     }
     const QModelIndex index = _tableViewMain->model()->index(last, 0);
-    // A row that is selected already may show another page by now.
+    // The same row may be another page now.
     if (_tableViewMain->selectionModel()->isSelected(index))
         tableViewSelectionDidChange(_tableViewMain, last);
     else
-        _tableViewMain->setCurrentIndex(index); // selectRow finds no column from right to left
+        _tableViewMain->setCurrentIndex(index); // selectRow() fails from right to left
     _tableViewMain->scrollTo(index);
 }
 

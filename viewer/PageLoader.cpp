@@ -6,7 +6,7 @@
 #include "codecs/pixels/DecodedImage.h"
 #include "viewer/BmpPage.h"
 #include "viewer/GifPage.h"
-#include "viewer/PageListing.h"
+#include "viewer/PageListRules.h"
 #include "viewer/PdfPages.h"
 #include "viewer/PixelConversion.h"
 #include "viewer/PngPage.h"
@@ -21,7 +21,7 @@ namespace paperline {
 
 namespace {
 
-// A page of a PDF file is kept this fine: sharp when fitted to a large screen.
+// Sharp when fitted to a large screen.
 constexpr int pdfLongSidePixels = 2200;
 
 LoadedPage failure(PageLoadError error) {
@@ -71,14 +71,14 @@ QImage decodeByPlatform(const std::string& path, int pageIndex) {
     return decoded && decoded->image ? qtImage(*decoded->image) : QImage();
 }
 
-// For all readers of the process: set once, as several threads load pages.
+// Process-wide; once, because several threads load pages.
 void allowLargePictures() {
     constexpr int megabytes = 1024;
     static std::once_flag once;
     std::call_once(once, QImageReader::setAllocationLimit, megabytes);
 }
 
-// JPEG data is decoded at a fraction of its size when that is fine enough; 0 asks for all of it.
+// A JPEG file is decoded at the fraction of its size that is asked for; 0: all of it.
 QImage decodeByQt(const std::string& path, PixelSize size, int longSidePixels, bool isJpeg) {
     allowLargePictures();
     QImageReader reader(QFile::decodeName(path.c_str()));
@@ -184,7 +184,7 @@ LoadedPage PagePreviews::load(int pageIndex, int longSidePixels) const {
     LoadedPage page = loadPicture(path_, pageIndex, longSidePixels);
     if (page.raster == nullptr)
         return page;
-    // Codecs that give the whole page: every so many pixels are enough to be averaged afterwards.
+    // From a whole page, sampled pixels are enough: they are averaged afterwards.
     const int sampledSide = 2 * longSidePixels;
     const QImage& image = page.raster->image;
     if (std::max(image.width(), image.height()) > sampledSide)
@@ -215,7 +215,7 @@ QImage readThumbnail(const std::string& jpegPath, int longSidePixels) {
     if (!header || header->size.width == 0 || header->size.height == 0)
         return {};
     const QImage decoded = decodeByQt(jpegPath, header->size, longSidePixels, true);
-    // One or three bytes a pixel: hundreds of thumbnails are kept.
+    // One or three bytes per pixel instead of four: hundreds of thumbnails are kept.
     return decoded.convertToFormat(decoded.allGray() ? QImage::Format_Grayscale8
                                                      : QImage::Format_RGB888);
 }

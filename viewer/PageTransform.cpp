@@ -39,6 +39,10 @@ Rect boundingBox(const AffineTransform& transform, const Rect& rect) {
     return {left, bottom, farRight - left, farTop - bottom};
 }
 
+int32_t wholePoints(double points) {
+    return std::abs(points) < 2e9 ? static_cast<int32_t>(points) : 0;
+}
+
 AffineTransform scaledBy(const AffineTransform& transform, double scale) {
     return {transform.a * scale,
             transform.b * scale,
@@ -95,7 +99,7 @@ fitTransform(const AffineTransform& oriented, PixelSize page, Size viewSize, boo
     const Rect box = boundingBox(oriented, pageRect(page));
     if (box.width <= 0 || box.height <= 0)
         return oriented;
-    // A view too small for its margins shows nothing rather than a mirrored page.
+    // Not negative: that would mirror the page.
     const double availableWidth = std::max(0.0, viewSize.width - 2 * fitInset);
     const double availableHeight = std::max(0.0, viewSize.height - 2 * fitInset);
     const auto scale =

@@ -36,10 +36,12 @@ struct Point {
 Point transformed(const AffineTransform& transform, Point point);
 // The bounding box of the rectangle's four corners after the transform.
 Rect boundingBox(const AffineTransform& transform, const Rect& rect);
+// For the debug trace: truncated; 0 when out of range.
+int32_t wholePoints(double points);
 // First the transform, then a uniform scale.
 AffineTransform scaledBy(const AffineTransform& transform, double scale);
 
-// Dots per inch as the arithmetic takes them: missing, zero and senseless values count as 72.
+// Missing and invalid values count as 72.
 float resolutionOrDefault(const std::optional<double>& dpi);
 // 1 to 8; anything else counts as 1.
 int orientationOrDefault(const std::optional<int64_t>& orientation);

@@ -4,7 +4,8 @@
 #include "platform/desktop/MainLoop.h"
 #include "platform/process/SystemLog.h"
 #include "viewer/ImageView.h"
-#include "viewer/PageListing.h"
+#include "viewer/PageListRules.h"
+#include "viewer/PixelConversion.h"
 
 #include <QScrollArea>
 #include <QTimer>
@@ -18,20 +19,19 @@ namespace paperline {
 
 namespace {
 
-constexpr int fitMode = 1;
-constexpr int actualSizeMode = 2;
-// At the most so long the pages of one file are measured before the window answers again.
+// The window does not answer while pages are measured.
 constexpr std::chrono::milliseconds measuringTime{50};
 
-// Pages shown at actual size so far: measuring for an earlier one ends.
+// Pages shown at actual size so far. Measuring for an earlier one stops.
 uint32_t actualPagesShown = 0;
 
-const CellInfo* pageAt(const AppDelegate& controller, uint32_t row) {
-    return row < controller.cellInfos.size() ? &controller.cellInfos[row] : nullptr;
-}
-
-int32_t wholePoints(double value) {
-    return std::abs(value) < 2e9 ? static_cast<int32_t>(value) : 0;
+void traceRect(const std::string& name, const Rect& rect) {
+    if (!isTracing())
+        return;
+    traceValue((name + ".x").c_str(), wholePoints(rect.x));
+    traceValue((name + ".y").c_str(), wholePoints(rect.y));
+    traceValue((name + ".height").c_str(), wholePoints(rect.height));
+    traceValue((name + ".width").c_str(), wholePoints(rect.width));
 }
 
 void setScrollers(const AppDelegate& controller, bool vertical, bool horizontal) {
@@ -43,7 +43,7 @@ void setScrollers(const AppDelegate& controller, bool vertical, bool horizontal)
                                                       : Qt::ScrollBarAlwaysOff);
 }
 
-// The scroll area keeps the view's place; the frame's size is what counts.
+// Size only: the scroll area has the view's position.
 void setViewFrame(const AppDelegate& controller, const Rect& frame) {
     const auto side = [](double points) {
         return static_cast<int>(std::clamp(points, 0.0, static_cast<double>(QWIDGETSIZE_MAX)));
@@ -57,15 +57,7 @@ void scrollToTopLeft(const AppDelegate& controller) {
         controller.showImageScrollView->ensureVisible(0, 0, 0, 0);
 }
 
-Rect frameOf(const QWidget* widget) {
-    const QRect geometry = widget->geometry();
-    return {static_cast<double>(geometry.x()),
-            static_cast<double>(geometry.y()),
-            static_cast<double>(geometry.width()),
-            static_cast<double>(geometry.height())};
-}
-
-// No page is loaded ahead of a scan: it needs the memory and the processors itself.
+// None during a scan, which needs the memory and the processors.
 std::vector<PagePlace> pagesBeside(const AppDelegate& controller, uint32_t row) {
     std::vector<PagePlace> pages;
     if (delayedMessagesAreHeld())
@@ -89,17 +81,17 @@ void loadIntoView(const AppDelegate& controller, uint32_t row) {
                                        pagesBeside(controller, row));
 }
 
-// Frame and scrollers for the file's pages. False: some of them are not measured yet.
+// Sets frame and scroll bars for the largest page of the file. False: not all are measured yet.
 bool layOutActualPage(const AppDelegate& controller, const std::string& path) {
     const LargestPageSize largest = largestPagePixelSize(path, measuringTime);
     const ActualSizeFrame actual =
-        actualSizeFrame(frameOf(controller.showImageScrollView), largest.size);
+        actualSizeFrame(rectOf(controller.showImageScrollView->geometry()), largest.size);
     setScrollers(controller, actual.verticalScroller, actual.horizontalScroller);
     setViewFrame(controller, actual.frame);
     return largest.complete;
 }
 
-// A file of thousands of pages is measured bit by bit, and the frame grows with what is found.
+// Measures a file of thousands of pages between events; the frame grows with what is found.
 void measureOn(AppDelegate& controller, const std::string& path, uint32_t shown) {
     QTimer::singleShot(0, &controller, [&controller, path, shown] {
         const bool stillShown =
@@ -109,7 +101,7 @@ void measureOn(AppDelegate& controller, const std::string& path, uint32_t shown)
     });
 }
 
-// What both commands do before the mode changes. False: there is nothing to show yet.
+// For both commands. False: there is nothing to show yet.
 bool prepareModeChange(AppDelegate& controller) {
     if (controller.mMenuFileSave != 1)
         return true;
@@ -145,12 +137,8 @@ void AppDelegate::showFitlSizeImage(uint32_t row) {
     TraceScope trace("showFitlSizeImage");
     setScrollers(*this, false, false);
     setViewFrame(*this, orgRect);
-    traceValue("FitlSizeImage.x", wholePoints(orgRect.x));
-    traceValue("FitlSizeImage.y", wholePoints(orgRect.y));
-    traceValue("FitlSizeImage.height", wholePoints(orgRect.height));
-    traceValue("FitlSizeImage.width", wholePoints(orgRect.width));
-    const CellInfo* page = pageAt(*this, row);
-    if (page == nullptr)
+    traceRect("FitlSizeImage", orgRect);
+    if (row >= cellInfos.size())
         return;
     if (mNeedSetImage != 0 || mMenuFileSave == 0)
         loadIntoView(*this, row);
@@ -162,22 +150,26 @@ void AppDelegate::showFitlSizeImage(uint32_t row) {
 void AppDelegate::showActualSizeImage(uint32_t row) {
     TraceScope trace("showActualSizeImage");
     setScrollers(*this, false, false);
-    traceValue("ActualSizeImage.x", wholePoints(orgRect.x));
-    traceValue("ActualSizeImage.y", wholePoints(orgRect.y));
-    traceValue("ActualSizeImage.height", wholePoints(orgRect.height));
-    traceValue("ActualSizeImage.width", wholePoints(orgRect.width));
-    const CellInfo* page = pageAt(*this, row);
-    if (page == nullptr)
+    traceRect("ActualSizeImage", orgRect);
+    if (row >= cellInfos.size())
         return;
     if (mNeedSetImage != 0)
         loadIntoView(*this, row);
     if (showImageScrollView != nullptr) {
+        const std::string& path = cellInfos[row].imageFullPath;
         ++actualPagesShown;
-        if (!layOutActualPage(*this, page->imageFullPath))
-            measureOn(*this, page->imageFullPath, actualPagesShown);
+        if (!layOutActualPage(*this, path))
+            measureOn(*this, path, actualPagesShown);
         scrollToTopLeft(*this);
     }
     mNeedSetImage = 0;
+}
+
+void AppDelegate::showRow(uint32_t row) {
+    if (_fitOrAcutalImage == fitMode)
+        showFitlSizeImage(row);
+    else
+        showActualSizeImage(row);
 }
 
 void AppDelegate::toolBarItemFitPage(QObject*) {
@@ -186,7 +178,7 @@ void AppDelegate::toolBarItemFitPage(QObject*) {
         return;
     setViewFrame(*this, orgRect);
     changeMode(*this, fitMode);
-    mNeedSetImage = 0; // before showing: only the preview is loaded anew
+    mNeedSetImage = 0; // on purpose before showing: loads the preview only
     showFitlSizeImage(rowToShow(*this));
 }
 

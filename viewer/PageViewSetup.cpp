@@ -1,10 +1,8 @@
-// Joins the window's page list and page view to the controller.
-#include "base/CvOutputLog.h"
+// Connects the window's page list and page view to the controller.
 #include "controller/AppDelegate.h"
 #include "viewer/CustomCell.h"
 #include "viewer/ImageView.h"
 #include "viewer/PageListModel.h"
-#include "viewer/RowSelection.h"
 
 #include <QEvent>
 #include <QHeaderView>
@@ -19,12 +17,7 @@ namespace paperline {
 
 namespace {
 
-ViewTrace viewTrace() {
-    return {[](const char* name, const char* marker) { traceLine(name, marker); },
-            [](const char* label, int32_t value) { traceValue(label, value); }};
-}
-
-// Calls back after every event of one type that a widget gets.
+// Runs the action at every event of one type that the widget gets.
 class EventWatcher : public QObject {
 public:
     EventWatcher(QWidget* widget, QEvent::Type type, std::function<void()> action)
@@ -49,8 +42,8 @@ void fitRows(QTableView* table) {
     table->verticalHeader()->setDefaultSectionSize(CustomCell::rowHeight(table->font()));
 }
 
-// The column is as wide as the table, whether a scroller covers its end or not: thumbnails and
-// captions, placed by different rules, stay below each other.
+// The column stays as wide as the table, scroll bar included: thumbnails and captions would move by
+// different amounts.
 void keepColumnWidth(QTableView* table) {
     table->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Fixed);
     const auto widen = [table] { table->horizontalHeader()->resizeSection(0, table->width()); };
@@ -65,7 +58,6 @@ void setUpTable(AppDelegate& controller) {
         [&controller] { return controller.numberOfRowsInTableView(controller._tableViewMain); },
         table);
     auto* cell = new CustomCell(table);
-    cell->setTrace(viewTrace());
     cell->setWillDisplayCell([&controller, cell](int row) {
         controller.willDisplayCell(controller._tableViewMain, *cell, row);
     });
@@ -75,18 +67,18 @@ void setUpTable(AppDelegate& controller) {
     table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     fitRows(table);
     new EventWatcher(table, QEvent::FontChange, [table] { fitRows(table); });
-    reportRowSelection(controller, table);
+    controller.reportRowSelection(table);
 }
 
 void setUpPane(AppDelegate& controller) {
     QScrollArea* pane = controller.showImageScrollView;
-    // Where the view does not reach, the pane has its colour.
+    // The pane around the view has the view's colour.
     QPalette palette = pane->viewport()->palette();
     palette.setColor(QPalette::Window, ImageView::surroundings());
     pane->viewport()->setPalette(palette);
     pane->viewport()->setAutoFillBackground(true);
 
-    constexpr int quietMilliseconds = 120; // after the last change of size
+    constexpr int quietMilliseconds = 120; // ends live resizing
     auto* resizeEnd = new QTimer(pane);
     resizeEnd->setSingleShot(true);
     resizeEnd->setInterval(quietMilliseconds);
@@ -109,18 +101,17 @@ void AppDelegate::connectPageViews() {
         setUpTable(*this);
     if (showImageScrollView == nullptr || mImageView == nullptr)
         return;
-    mImageView->setTrace(viewTrace());
     setUpPane(*this);
     pagePaneDidResize();
 }
 
-// The fitted view fills the pane as it is now.
+// A fitted view fills the pane.
 void AppDelegate::pagePaneDidResize() {
     if (showImageScrollView == nullptr || mImageView == nullptr)
         return;
     const QSize pane = showImageScrollView->maximumViewportSize();
     orgRect = {0, 0, static_cast<double>(pane.width()), static_cast<double>(pane.height())};
-    if (_fitOrAcutalImage != 2)
+    if (_fitOrAcutalImage != actualSizeMode)
         mImageView->resize(pane);
     splitViewDidResizeSubviews();
 }

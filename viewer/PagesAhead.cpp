@@ -1,6 +1,6 @@
 #include "viewer/PagesAhead.h"
 
-#include "viewer/PageListing.h"
+#include "viewer/PageListRules.h"
 
 #include <algorithm>
 #include <exception>
@@ -17,7 +17,7 @@ bool isYoung(const FileState& file) {
     return changed > system_clock::now() - PagesAhead::youngAge;
 }
 
-// The library that draws PDF pages belongs to the main thread.
+// PDF pages can only be drawn on the main thread.
 bool canLoadAhead(const PagePlace& place) {
     constexpr uint64_t bytesPerPixel = 4;
     if (pageFileKind(place.path) == PageFileKind::pdf)
@@ -78,7 +78,7 @@ void PagesAhead::expect(const PagePlace& shown, const std::vector<PagePlace>& ne
             try {
                 thread_ = std::thread([this] { work(); });
             } catch (const std::exception&) {
-                // Pages are then loaded when they are asked for.
+                // Without a thread, pages are loaded when they are asked for.
             }
         }
     }
@@ -124,7 +124,7 @@ void PagesAhead::loadAhead(const PagePlace& place, std::unique_lock<std::mutex>&
         if (file && !isYoung(*file) && canLoadAhead(place))
             loaded = load_(place.path, place.pageIndex);
     } catch (const std::exception&) {
-        // Then when it is asked for, and there.
+        // It is loaded again, and fails again, when it is asked for.
     }
     lock.lock();
     loading_.reset();

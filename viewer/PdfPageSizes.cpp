@@ -1,8 +1,8 @@
-// Remembers the page sizes of PDF files from one draw to the next.
+#include "viewer/PdfPageSizes.h"
+
 #include "viewer/FileState.h"
 #include "viewer/PdfPages.h"
 
-#include <chrono>
 #include <memory>
 #include <unordered_map>
 #include <vector>
@@ -11,11 +11,10 @@ namespace paperline {
 
 namespace {
 
-// One file as it was when its pages were asked for. Pages are measured one by one: a file of ten
-// thousand must not hold up the row that is being drawn.
+// Pages are measured one by one: a file may have ten thousand, and a row is being drawn.
 struct KnownFile {
     FileState state;
-    std::vector<PixelSize> sizes; // one per page; zero: not measured yet
+    std::vector<PixelSize> sizes; // per page; 0 x 0: not measured yet
     LargestPageSize largest;      // of the first `compared` pages
     size_t compared = 0;
 };
@@ -47,7 +46,7 @@ public:
     }
 
 private:
-    // Null when the path is no regular file; without pages when it is no PDF file.
+    // Null for no regular file; without pages for no PDF file.
     KnownFile* known(const std::string& path) {
         constexpr size_t maximumFiles = 1024;
         const std::optional<FileState> state = fileState(path);
@@ -76,7 +75,7 @@ private:
         return size;
     }
 
-    // The last file stays open: its neighbouring rows are drawn next.
+    // The last file stays open: the next row is probably of the same file.
     const PdfPages* document(const std::string& path) {
         if (!open_ || openPath_ != path) {
             open_ = std::make_unique<PdfPages>();
@@ -93,7 +92,7 @@ private:
 };
 
 PdfPageSizes& pdfPageSizes() {
-    // Never taken down: an open file must not outlive the application object it would need.
+    // Never deleted: an open document would outlive the application object, which it needs.
     static auto* const sizes = new PdfPageSizes;
     return *sizes;
 }

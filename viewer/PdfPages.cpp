@@ -38,7 +38,7 @@ PdfPages::~PdfPages() = default;
 bool PdfPages::open(const std::string& path) {
     document_.reset();
     if (!fileState(path))
-        return false; // a pipe would never end
+        return false; // reading a pipe would not end
     auto document = std::make_unique<QPdfDocument>();
     if (document->load(QFile::decodeName(path.c_str())) != QPdfDocument::Error::None ||
         document->pageCount() < 1)
@@ -67,7 +67,7 @@ QImage PdfPages::draw(int pageIndex, int longSidePixels) const {
     if (white.isNull())
         return {};
     white.fill(Qt::white);
-    // Nothing is painted where the page is empty, and nothing at all when its picture is damaged.
+    // Transparent where the page is empty, and everywhere when its picture is damaged.
     const QImage drawn = document_->render(pageIndex, size);
     if (drawn.isNull())
         return {};

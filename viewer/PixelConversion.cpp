@@ -1,11 +1,9 @@
 #include "viewer/PixelConversion.h"
 
-#include "platform/process/ParallelFor.h"
 #include "viewer/ColourRows.h"
 
 #include <QPainter>
 
-#include <algorithm>
 #include <cstring>
 
 namespace paperline {
@@ -31,10 +29,8 @@ QImage colourImage(const BitmapImageRep& page) {
         return {};
     auto* pixels = reinterpret_cast<QRgb*>(image.bits());
     const auto width = static_cast<size_t>(page.pixelsWide());
-    const auto bands = static_cast<size_t>((page.pixelsHigh() - 1) / rowsOfBand + 1);
-    parallelFor(bands, processorCount(), [&](size_t band, unsigned) {
-        const int first = static_cast<int>(band) * rowsOfBand;
-        for (int y = first; y < std::min(first + rowsOfBand, page.pixelsHigh()); ++y)
+    forBandsOfRows(page.pixelsHigh(), [&](int first, int end) {
+        for (int y = first; y < end; ++y)
             putColourRow(page.row(y),
                          ColourOrder::redFirst,
                          {pixels + static_cast<size_t>(y) * width, width});
@@ -45,7 +41,7 @@ QImage colourImage(const BitmapImageRep& page) {
 } // namespace
 
 QImage qtImage(const BitmapImageRep& page) {
-    // A view of the page's own pixels: they are only read, and what is given has its own.
+    // Shares the page's pixels, which are only read; the result has its own.
     const QImage::Format format = formatOf(page.bitsPerPixel());
     if (format == QImage::Format_Invalid)
         return {};
@@ -96,6 +92,11 @@ Image imageObject(const QImage& picture) {
                     pixels.constScanLine(y),
                     rowBytes);
     return Image(page);
+}
+
+Rect rectOf(const QRect& rect) {
+    const QRectF exact(rect);
+    return {exact.x(), exact.y(), exact.width(), exact.height()};
 }
 
 } // namespace paperline

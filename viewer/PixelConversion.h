@@ -1,22 +1,24 @@
-// Between the platform's page buffers and Qt's pictures.
+// From the program's pages and rectangles to Qt's, and back.
 #pragma once
 
+#include "codecs/pixels/Geometry.h"
 #include "codecs/pixels/Image.h"
 
 #include <QImage>
+#include <QRect>
 
 namespace paperline {
 
-// A page of 1 (0 is black), 8 or 24 bits as grey or 32-bit colour. Null for another layout, or when
-// memory runs out.
+// A page of 1 bit (polarity: 0 is black), 8 or 24 bits as grey or 32-bit colour. Null for another
+// layout, and without memory.
 QImage qtImage(const BitmapImageRep& page);
 
-// The same pixels without transparency, in the format that draws and scales fastest: 8-bit grey or
-// 32-bit colour. Transparent parts become white.
+// On white, in the format that Qt draws fastest: 8-bit grey or 32-bit colour.
 QImage opaqueImage(const QImage& image);
 
-// An image object of 8 or 24 bits, one point a pixel. Not valid when there are no pixels or memory
-// runs out.
+// An image of 8 or 24 bits, one point per pixel. Invalid without pixels or memory.
 Image imageObject(const QImage& picture);
+
+Rect rectOf(const QRect& rect);
 
 } // namespace paperline

@@ -10,7 +10,7 @@
 namespace paperline {
 namespace {
 
-// Ours are no larger than their pixels.
+// Our own files are not larger than their pixels.
 constexpr uint64_t largestFile = maximumPagePixels * 4;
 
 bool putRows(PngRowReader& rows, QImage& image) {

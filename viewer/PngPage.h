@@ -1,4 +1,4 @@
-// PNG files as this program writes them, read straight into what is drawn.
+// Reads our own PNG files as pictures for drawing.
 #pragma once
 
 #include <QImage>
@@ -7,8 +7,8 @@
 
 namespace paperline {
 
-// The picture of a large file as our own writer makes it: 8-bit grey or 32-bit colour. Null for
-// every other file, a damaged one, and when memory runs out.
+// 8-bit grey or 32-bit colour. Null for files of other programs, small or damaged ones, and without
+// memory.
 QImage readOwnPng(const std::string& path);
 
 } // namespace paperline

@@ -1,4 +1,5 @@
-// An image's pixels: interleaved samples, top row first, rows `bytesPerRow` apart.
+// A page's pixels: interleaved samples, top row first, rows `bytesPerRow` apart. Polarity of
+// lineart (1 bit per pixel): 0 is black.
 #pragma once
 
 #include "codecs/pixels/Geometry.h"

@@ -87,4 +87,10 @@ const PropertyListValue* find(const PropertyListDictionary& dictionary, const st
     return found != dictionary.end() ? &found->second : nullptr;
 }
 
+std::string textUnder(const PropertyListDictionary& dictionary, const std::string& key) {
+    const PropertyListValue* value = find(dictionary, key);
+    const std::string* text = value != nullptr ? value->asString() : nullptr;
+    return text != nullptr ? *text : std::string();
+}
+
 } // namespace paperline

@@ -69,5 +69,7 @@ std::optional<std::vector<uint8_t>> serialisePropertyList(const PropertyListDict
 
 // The entry under the key, or nothing.
 const PropertyListValue* find(const PropertyListDictionary& dictionary, const std::string& key);
+// The text under the key; empty without one.
+std::string textUnder(const PropertyListDictionary& dictionary, const std::string& key);
 
 } // namespace paperline

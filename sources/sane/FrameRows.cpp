@@ -14,7 +14,8 @@ uint8_t eightBits(const uint8_t* sample) {
     return static_cast<uint8_t>((uint32_t{value} * 255 + 32767) / 65535);
 }
 
-// SANE's 1 is black in lineart, ours is white; bits past the last pixel become white.
+// Polarity of lineart: in SANE 1 is black, in TWAIN and here 0. Bits past the last pixel become
+// white.
 void invertLineart(std::span<const uint8_t> line, std::span<uint8_t> row, int32_t width) {
     std::transform(line.begin(), line.end(), row.begin(), [](uint8_t bits) {
         return static_cast<uint8_t>(~bits);

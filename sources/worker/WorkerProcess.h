@@ -13,7 +13,8 @@
 
 namespace paperline::sources {
 
-// How long a worker may be silent: PAPERLINE_WORKER_TIMEOUT in seconds, or 60.
+// Hung source timeout of our own sources: how long a worker may be silent.
+// PAPERLINE_WORKER_TIMEOUT in seconds, or 60.
 std::chrono::milliseconds workerTimeout();
 
 class WorkerProcess {

@@ -6,6 +6,7 @@
 #include "platform/files/Files.h"
 #include "platform/files/PathText.h"
 #include "platform/places/Places.h"
+#include "tests/support/Brands.h"
 #include "twain/TWAINHandler.h"
 #include "ui/MenuText.h"
 #include "ui/SaveFolderTextField.h"
@@ -342,7 +343,10 @@ TEST_F(LifecycleTest, LaunchesEveryBrand) {
                                Brand{5, "Vellum Desk", "Vellum Desk", "Hatsell"},
                                Brand{6, "VellumRoam", "VellumRoam", "Hatsell"},
                                Brand{7, "Roaming Leaf GATHER", "Roaming Leaf GATHER", "Hatsell"},
-                               Brand{8, "Corvane Paperline", "Corvane Paperline", "Corvane"}}) {
+                               Brand{testing_support::unlistedBrand,
+                                     "Corvane Paperline",
+                                     "Corvane Paperline",
+                                     "Corvane"}}) {
         SCOPED_TRACE(brand.code);
         controller.reset();
         endTwainSession();

@@ -6,6 +6,7 @@
 #include "platform/files/PathText.h"
 #include "platform/host/Host.h"
 #include "platform/places/Places.h"
+#include "tests/support/Brands.h"
 #include "tests/support/TestFolder.h"
 #include "ui/SaveFolderTextField.h"
 
@@ -94,10 +95,11 @@ TEST_F(SettingsStoreTest, HasDefaultsWithoutAFile) {
 }
 
 TEST_F(SettingsStoreTest, StartsWithTheFormatOfTheBrand) {
-    for (uint32_t brand = 0; brand <= 8; ++brand) {
+    for (const uint32_t brand : testing_support::everyBrand) {
         const std::unique_ptr<AppDelegate> controller = make(brand);
         controller->ReadUISetting();
-        const bool bmp = brand == 2 || brand == 3 || brand == 4 || brand == 8;
+        const bool bmp =
+            brand == 2 || brand == 3 || brand == 4 || brand == testing_support::unlistedBrand;
         EXPECT_EQ(controller->profileFileformatSelect, bmp ? 0 : 1) << brand;
     }
 }

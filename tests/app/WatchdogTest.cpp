@@ -7,32 +7,32 @@
 using namespace paperline;
 using namespace std::chrono_literals;
 
-TEST(Watchdog, BarksWhenACallStaysAway) {
-    std::promise<void> barked;
-    Watchdog dog(20ms, [&barked] { barked.set_value(); });
+TEST(Watchdog, NoticesACallThatDoesNotReturn) {
+    std::promise<void> noticed;
+    Watchdog dog(20ms, [&noticed] { noticed.set_value(); });
     dog.callStarts();
-    EXPECT_EQ(barked.get_future().wait_for(30s), std::future_status::ready);
+    EXPECT_EQ(noticed.get_future().wait_for(30s), std::future_status::ready);
 }
 
-TEST(Watchdog, BarksEarlierInAHurry) {
-    std::promise<void> barked;
-    std::atomic<bool> hurry = false;
-    Watchdog dog(1h, [&barked] { barked.set_value(); }, {.limit = 20ms, .isWanted = [&hurry] {
-                                                             return hurry.load();
-                                                         }});
+TEST(Watchdog, TakesTheShorterLimitWhileItApplies) {
+    std::promise<void> noticed;
+    std::atomic<bool> applies = false;
+    Watchdog dog(1h, [&noticed] { noticed.set_value(); }, {.limit = 20ms, .applies = [&applies] {
+                                                               return applies.load();
+                                                           }});
     dog.callStarts();
-    auto future = barked.get_future();
+    auto future = noticed.get_future();
     EXPECT_EQ(future.wait_for(50ms), std::future_status::timeout);
-    hurry = true;
+    applies = true;
     EXPECT_EQ(future.wait_for(30s), std::future_status::ready);
 }
 
 TEST(Watchdog, StaysQuietWhenCallsReturn) {
-    std::atomic<bool> barked = false;
+    std::atomic<bool> noticed = false;
     {
-        Watchdog dog(60s, [&barked] { barked = true; });
+        Watchdog dog(60s, [&noticed] { noticed = true; });
         dog.callStarts();
         dog.callEnds();
     }
-    EXPECT_FALSE(barked);
+    EXPECT_FALSE(noticed);
 }

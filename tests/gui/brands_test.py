@@ -37,7 +37,7 @@ BRANDS = [
     Brand(5, "Vellum Desk", "HastellVellumDesk", "Hastell", JPEG, formats=8),
     Brand(6, "VellumRoam", "HastellVellumRoam", "Hastell", JPEG, formats=8),
     Brand(7, "Roaming Leaf GATHER", "HastellRoamingLeafGATHER", "Hastell", JPEG, formats=8),
-    Brand(8, "Corvane Paperline", "CPL", "Corvane", BMP),
+    Brand(1000, "Corvane Paperline", "CPL", "Corvane", BMP),  # no row of the table
 ]
 FORMATS = ["BMP", "JPG", "GIF", "PDF", "Multi-Page PDF", "TIF", "Multi-Page TIF", "PNG"]
 

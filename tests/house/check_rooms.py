@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Builds the graph of rooms from the includes and checks it: no arrow runs up, leaves of Qt-free rooms
-do without Qt, each library is included in its own room, and files stay short.
+do without Qt, each library is included in its own room, files stay short, and only the brand table
+looks at a brand's number.
 
 check_rooms.py ROOT: prints the graph and the calls that run up through the controller, then one line
 per breach; exits 1 when there is any.
@@ -58,6 +59,18 @@ WHOLE_BY_NATURE = {
     "twain/records/StandardRecords.h",
     "twain/records/TwainConstants.h",
 }
+# Everything else asks the brand's row for what it wants to know.
+BRAND_TABLE = re.compile(r"^base/BrandProfile\.")
+BRAND_NUMBER = r"\b(?:PAPERLINE_BRAND|\w*[bB]rand(?:Number)?)\b"
+COMPARISON = r"(?:[!=]=|(?<![-<])[<>]=?(?![<>]))"
+BRAND_TESTS = re.compile("|".join((
+    rf"{BRAND_NUMBER}\s*{COMPARISON}",
+    rf"{COMPARISON}\s*(?:\w+(?:\(\))?(?:\.|->))*{BRAND_NUMBER}",
+    rf"\bswitch\s*\([^{{;]*{BRAND_NUMBER}",
+    rf"\bconstexpr\s[\w\s:]*{BRAND_NUMBER}\s*[={{]",
+    r"\bbrandProfile\(\s*\d",
+    r"\b(?:else)?if\s*\([^)]*PAPERLINE_BRAND",  # CMake
+)))
 LONGEST_SOURCE, LONGEST_HEADER = 400, 200
 CONTROLLER = "controller/AppDelegate.h"
 INCLUDE = re.compile(r'^\s*#\s*include\s+(?:"([^"]+)"|<([^>]+)>)', re.M)
@@ -110,6 +123,15 @@ def check_file(path, text, headers):
     if is_slice and path.endswith(".h"):
         yield f"{path}: headers do not include the controller"
     yield from check_headers(path, headers, is_slice)
+    yield from check_brands(path, text)
+
+
+def check_brands(path, text):
+    if BRAND_TABLE.match(path):
+        return
+    for found in BRAND_TESTS.finditer(text):
+        line = text.count("\n", 0, found.start()) + 1
+        yield f"{path}:{line}: '{found.group()}' looks at a brand's number; give its row a field"
 
 
 def graph_of(files):
@@ -142,6 +164,14 @@ def source_files(root):
     return {file.relative_to(root).as_posix(): file.read_text(encoding="utf-8") for file in paths}
 
 
+def build_files(root):
+    tops = {room.split("/")[0] for room in FLOOR_OF} | {"cmake", "packaging", "resources"}
+    paths = [root / "CMakeLists.txt"] + [file for top in sorted(tops) for file in (root / top).rglob("*")
+                                         if file.name == "CMakeLists.txt" or file.suffix == ".cmake"]
+    return {file.relative_to(root).as_posix(): file.read_text(encoding="utf-8")
+            for file in paths if file.exists()}
+
+
 def main():
     files = source_files(pathlib.Path(sys.argv[1]))
     graph = graph_of({path: text for path, text in files.items() if room_of(path)})
@@ -156,6 +186,8 @@ def main():
             breaches.append(f"{path}: its folder has no floor")
         else:
             breaches += check_file(path, text, headers_of(text))
+    for path, text in build_files(pathlib.Path(sys.argv[1])).items():
+        breaches += check_brands(path, text)
     print("\n".join(breaches))
     sys.exit(1 if breaches else 0)
 

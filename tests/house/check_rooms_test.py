@@ -22,18 +22,27 @@ BREACHES = {
     "too long": ("viewer/A.cpp", "\n" * 401),
     "too long a header": ("viewer/A.h", "\n" * 201),
     "controller in a header": ("ui/A.h", CONTROLLER),
+    "brand number compared": ("app/A.cpp", "    if (gBrandNumber == 2)\n"),
+    "brand number compared from the right": ("ui/A.cpp", "    if (5 <= launchOptions().brand)\n"),
+    "brand number in a switch": ("twain/A.cpp", "    switch (controller.launchOptions().brand) {\n"),
+    "brand number by name": ("twain/A.cpp", "constexpr uint32_t talmerickBrand = 2;\n"),
+    "one brand's row": ("app/A.cpp", "    return brandProfile(2).hasSaveCommand;\n"),
+    "brand number in the preprocessor": ("ui/A.cpp", "#if PAPERLINE_BRAND > 4\n"),
+    "brand number in the build": ("output/CMakeLists.txt", 'if("${PAPERLINE_BRAND}" EQUAL 7)\n'),
 }
 ALLOWED = {
     "slice": ("output/A.cpp", CONTROLLER + '#include "viewer/B.h"\n#include <QString>\n'),
     "leaf": ("twain/A.cpp", '#include "platform/files/Files.h"\n#include <string>\n'),
     "worker that decodes": ("sources/software/A.cpp", '#include "codecs/pictures/PictureReader.h"\n'),
+    "this brand's row": ("app/A.cpp", "    const bool has = options->brand, brandProfile(gBrandNumber).offersPng;\n"),
+    "the brand table": ("base/BrandProfile.cpp", "    return brandNumber < brands.size();\n"),
     "manager that reads files": ("dsm/A.cpp", '#include "platform/files/FileContent.h"\n'),
 }
 
 
 def check(files):
     with tempfile.TemporaryDirectory() as folder:
-        for name, text in files:
+        for name, text in [("base/Leaf.cpp", "\n"), *files]:
             path = pathlib.Path(folder, name)
             path.parent.mkdir(parents=True, exist_ok=True)
             path.write_text(text)

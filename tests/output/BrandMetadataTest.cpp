@@ -6,6 +6,7 @@
 #include "codecs/pictures/PictureReader.h"
 #include "platform/files/FileContent.h"
 #include "platform/files/Files.h"
+#include "tests/support/Brands.h"
 
 #include <cstdio>
 #include <map>
@@ -66,7 +67,7 @@ TEST_F(BrandMetadata, OnlyBrandsTwoAndThreeTouchTheirFiles) {
         const bool carriesNames = format == formatJpeg || format == formatPdf ||
                                   format == formatMultiPagePdf || format == formatTiff ||
                                   format == formatMultiPageTiff;
-        for (uint32_t brand = 0; brand <= 8; ++brand)
+        for (const uint32_t brand : testing_support::everyBrand)
             EXPECT_EQ(filesOf(brand, format, bits) == plain,
                       !carriesNames || (brand != 2 && brand != 3))
                 << "format " << format << ", brand " << brand;

@@ -7,6 +7,7 @@
 #include "platform/files/FileContent.h"
 #include "platform/files/Files.h"
 #include "platform/files/PathText.h"
+#include "tests/support/Brands.h"
 
 #include <gmock/gmock.h>
 
@@ -253,7 +254,7 @@ TEST_F(SaveOperations, MetadataIsPatchedForTwoBrandsOnly) {
             calls.push_back(make + "|" + model);
             return true;
         };
-    for (uint32_t brand = 0; brand <= 8; ++brand) {
+    for (const uint32_t brand : testing_support::everyBrand) {
         const bool patches = brand == 2 || brand == 3;
         gBrandNumber = brand;
         calls.clear();

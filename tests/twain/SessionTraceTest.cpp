@@ -2,10 +2,8 @@
 #include "SessionFixture.h"
 
 #include "base/BrandProfile.h"
-#include "base/CvOutputLog.h"
-#include "platform/files/FileContent.h"
-#include "platform/files/Files.h"
 #include "platform/host/Host.h"
+#include "tests/support/TraceRecording.h"
 
 #include <gmock/gmock.h>
 
@@ -21,36 +19,14 @@ using ::testing::Not;
 
 class SessionTraceTest : public SessionFixture {
 protected:
-    SessionTraceTest() : before_(gOutputLog) {
-        log_.debugLevel = 1;
-        log_.logPath = folder + "-trace.txt";
-        gOutputLog = &log_;
-    }
-    ~SessionTraceTest() override { gOutputLog = before_; }
-
-    // Entries without mark, time and line feed, as ASCII.
     std::vector<std::string> takeTrace() {
-        const std::vector<uint8_t> bytes = readFile(log_.logPath).value_or(std::vector<uint8_t>{});
-        removePath(log_.logPath);
-        std::vector<std::string> lines;
-        std::string line;
-        for (size_t n = 0; n + 1 < bytes.size(); n += 2) {
-            if (bytes[n] == 0xff && bytes[n + 1] == 0xfe)
-                continue;
-            if (bytes[n] != '\n') {
-                line += static_cast<char>(bytes[n]);
-                continue;
-            }
-            const size_t arrow = line.find(" ==> ");
-            lines.push_back(arrow == std::string::npos ? line : line.substr(arrow + 5));
-            line.clear();
-        }
-        return lines;
+        const std::vector<std::string> entries = trace_.entries();
+        trace_.clear();
+        return entries;
     }
 
 private:
-    CvOutputLog log_;
-    CvOutputLog* before_;
+    testing_support::TraceRecording trace_;
 };
 
 TEST_F(SessionTraceTest, TellsOfTheConnection) {

@@ -3,6 +3,7 @@
 #include "base/BrandProfile.h"
 #include "platform/files/Files.h"
 #include "platform/places/Places.h"
+#include "tests/support/Brands.h"
 #include "twain/TWAINHandler.h"
 
 #include <QDialog>
@@ -48,15 +49,16 @@ TEST_F(SourceSelectionTest, IntroducesEveryBrandByItsStrings) {
         const char* manufacturer;
         const char* productName;
     };
-    const std::array<Expected, 9> table{{{0, "Company", "Paperline"},
-                                         {1, "Corvane", "Corvane Paperline"},
-                                         {2, "Corvane", "Talmerick Sheetdesk"},
-                                         {3, "Corvane", "Corvane Paperline"},
-                                         {4, "Lumo", "Lumo Paperline"},
-                                         {5, "Hatsell", "Vellum Desk"},
-                                         {6, "Hatsell", "VellumRoam"},
-                                         {7, "Hatsell", "Roaming Leaf GATHER"},
-                                         {8, "Corvane", "Corvane Paperline"}}};
+    const std::array<Expected, 9> table{
+        {{0, "Company", "Paperline"},
+         {1, "Corvane", "Corvane Paperline"},
+         {2, "Corvane", "Talmerick Sheetdesk"},
+         {3, "Corvane", "Corvane Paperline"},
+         {4, "Lumo", "Lumo Paperline"},
+         {5, "Hatsell", "Vellum Desk"},
+         {6, "Hatsell", "VellumRoam"},
+         {7, "Hatsell", "Roaming Leaf GATHER"},
+         {testing_support::unlistedBrand, "Corvane", "Corvane Paperline"}}};
     for (const Expected& expected : table) {
         endTwainSession();
         gBrandNumber = expected.brand;
@@ -164,12 +166,12 @@ TEST_F(SourceSelectionTest, KeepsTheBrandsAndTheMakersSources) {
                                                         {"A", "C"},
                                                         {"A", "C"},
                                                         {"C"}}};
-    for (uint32_t brand = 0; brand < kept.size(); ++brand) {
+    for (size_t i = 0; i < kept.size(); ++i) {
         endTwainSession();
-        gBrandNumber = brand;
+        gBrandNumber = testing_support::everyBrand.at(i);
         controller->TwainInit();
         controller->selectSpcificSource();
-        EXPECT_EQ(keptProducts(), kept[brand]) << brand;
+        EXPECT_EQ(keptProducts(), kept[i]) << gBrandNumber;
     }
 }
 

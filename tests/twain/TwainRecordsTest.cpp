@@ -1,5 +1,4 @@
 #include "controller/TwainInfo.h"
-#include "twain/BrandFilter.h"
 
 #include <gtest/gtest.h>
 
@@ -64,38 +63,6 @@ TEST(TwainInfoRecord, SurvivesALengthByteBeyondTheField) {
     const TWAIN_INFO info = TWAIN_INFO::from(liar);
     EXPECT_EQ(info.manufacturerText(), std::string(33, 'x'));
     EXPECT_EQ(info.productNameText(), std::string(33, 'y'));
-}
-
-const BrandWords plainBrand{.brandWord = "Hastell", .secondBrandWord = "", .makerWord = "Corvane"};
-
-TEST(BrandFilterTest, KeepsTheBrandsWordAnywhereInTheManufacturer) {
-    EXPECT_TRUE(
-        passesBrandFilter(TWAIN_INFO::from(identity("The Hastell Co", "", "")), plainBrand));
-    EXPECT_FALSE(passesBrandFilter(TWAIN_INFO::from(identity("hastell", "", "")), plainBrand));
-    EXPECT_FALSE(
-        passesBrandFilter(TWAIN_INFO::from(identity("Other", "Hastell", "Hastell")), plainBrand));
-}
-
-TEST(BrandFilterTest, KeepsTheMakersWordForEveryBrand) {
-    EXPECT_TRUE(passesBrandFilter(TWAIN_INFO::from(identity("Corvane Inc.", "", "")), plainBrand));
-}
-
-TEST(BrandFilterTest, KeepsTheSecondWordWhereThereIsOne) {
-    const BrandWords two{
-        .brandWord = "Talmerick", .secondBrandWord = "Nimro", .makerWord = "Corvane"};
-    EXPECT_TRUE(passesBrandFilter(TWAIN_INFO::from(identity("Nimro GmbH", "", "")), two));
-    EXPECT_FALSE(passesBrandFilter(TWAIN_INFO::from(identity("Nimro GmbH", "", "")), plainBrand));
-}
-
-TEST(BrandFilterTest, LooksAtTheFamilyForTheGenericBrand) {
-    const BrandWords generic{.brandWord = "PageCentral",
-                             .secondBrandWord = "",
-                             .makerWord = "Corvane",
-                             .testsProductFamily = true};
-    EXPECT_TRUE(passesBrandFilter(TWAIN_INFO::from(identity("Other", "PageCentral", "")), generic));
-    EXPECT_FALSE(
-        passesBrandFilter(TWAIN_INFO::from(identity("PageCentral", "Other", "")), generic));
-    EXPECT_FALSE(passesBrandFilter(TWAIN_INFO::from(identity("Corvane", "Other", "")), generic));
 }
 
 } // namespace

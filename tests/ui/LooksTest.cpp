@@ -1,5 +1,5 @@
-#include "ui/Colours.h"
 #include "ui/ThemedIcon.h"
+#include "viewer/Colours.h"
 
 #include "tests/support/TestFolder.h"
 

@@ -1,3 +1,4 @@
+#include "tests/support/Brands.h"
 #include "tests/ui/InterfaceFixture.h"
 #include "ui/MenuText.h"
 
@@ -42,7 +43,7 @@ INSTANTIATE_TEST_SUITE_P(
                             "AboutHastellRoamingLeafGATHER",
                             "HideHastellRoamingLeafGATHER",
                             "QuitHastellRoamingLeafGATHER"},
-        ApplicationMenuKeys{8, "AboutCPL", "HideCPL", "QuitCPL"}));
+        ApplicationMenuKeys{testing_support::unlistedBrand, "AboutCPL", "HideCPL", "QuitCPL"}));
 
 class TitlesTest : public InterfaceFixture {};
 
@@ -98,9 +99,9 @@ TEST_F(TitlesTest, TheApplicationMenuBearsTheProductsName) {
                              "VellumRoam",
                              "Roaming Leaf GATHER",
                              "Corvane Paperline"};
-    for (uint32_t brand = 0; brand <= 8; ++brand) {
-        start(brand);
-        EXPECT_EQ(window().findChild<QMenu*>("applicationMenu")->title(), expected[brand]);
+    for (size_t i = 0; i < testing_support::everyBrand.size(); ++i) {
+        start(testing_support::everyBrand.at(i));
+        EXPECT_EQ(window().findChild<QMenu*>("applicationMenu")->title(), expected[i]);
     }
 }
 

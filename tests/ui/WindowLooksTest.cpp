@@ -1,12 +1,12 @@
 // How the main window looks: room, contrast, alignment.
 #include "platform/files/Files.h"
 #include "tests/ui/InterfaceFixture.h"
-#include "ui/Colours.h"
 #include "ui/EmptyState.h"
 #include "ui/LanguageTable.h"
 #include "ui/MainToolbar.h"
 #include "ui/PaneFocusRing.h"
 #include "ui/Theme.h"
+#include "viewer/Colours.h"
 
 #include <QImage>
 #include <QToolButton>

@@ -1,6 +1,7 @@
 #include "viewer/CustomCell.h"
 
 #include "ViewerTestFiles.h"
+#include "tests/support/TraceRecording.h"
 #include "viewer/CellGeometry.h"
 #include "viewer/PageListModel.h"
 
@@ -271,23 +272,19 @@ TEST_F(CustomCellTest, TheCaptionIsGreyOrLightGreyAndNothingWithoutASubtitle) {
 
 TEST_F(CustomCellTest, TracesItsOperations) {
     addRow("a.png", 300, 200, "a");
-    std::vector<std::string> lines;
-    cell_.setTrace({[&lines](const char* name, const char* marker) {
-                        lines.push_back(std::string(marker) + name);
-                    },
-                    {}});
+    const testing_support::TraceRecording trace;
     draw(0);
-    EXPECT_EQ(lines,
-              (std::vector<std::string>{"In drawInteriorWithFrame",
-                                        "In imageRectForBounds",
-                                        "OutimageRectForBounds",
-                                        "In titleRectForBounds",
-                                        "OuttitleRectForBounds",
-                                        "In subtitleRectForBounds",
-                                        "OutsubtitleRectForBounds",
-                                        "In attributedSubtitleValue",
-                                        "OutattributedSubtitleValue",
-                                        "OutdrawInteriorWithFrame"}));
+    EXPECT_EQ(trace.entries(),
+              (std::vector<std::string>{"In  1: drawInteriorWithFrame",
+                                        "In  1: imageRectForBounds",
+                                        "Out 1: imageRectForBounds",
+                                        "In  1: titleRectForBounds",
+                                        "Out 1: titleRectForBounds",
+                                        "In  1: subtitleRectForBounds",
+                                        "Out 1: subtitleRectForBounds",
+                                        "In  1: attributedSubtitleValue",
+                                        "Out 1: attributedSubtitleValue",
+                                        "Out 1: drawInteriorWithFrame"}));
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "viewer/ImageView.h"
 
 #include "ViewerTestFiles.h"
+#include "tests/support/TraceRecording.h"
 
 #include <gtest/gtest.h>
 
@@ -297,25 +298,21 @@ TEST(ImageView, LiveResizingDrawsFastAndKeepsTheHandle) {
 }
 
 TEST(ImageView, TracesItsDrawing) {
-    std::vector<std::string> lines;
+    testing_support::TraceRecording trace;
     ImageView view;
     view.resize(100, 100);
-    view.setTrace({[&lines](const char* name, const char* marker) {
-                       lines.push_back(std::string(marker) + name);
-                   },
-                   [&lines](const char* label, int32_t value) {
-                       lines.push_back(label + std::string("=") + std::to_string(value));
-                   }});
     view.setImage(raster(quarters(10, 10)), properties(1));
-    lines.clear();
+    trace.clear();
     drawn(view);
-    EXPECT_EQ(lines,
-              (std::vector<std::string>{
-                  "In drawRect", "viewBounds.origin.x=0", "FIT_IAMGE tx=5", "OutdrawRect"}));
+    EXPECT_EQ(trace.entries(),
+              (std::vector<std::string>{"In  1: drawRect",
+                                        "    0: viewBounds.origin.x",
+                                        "    5: FIT_IAMGE tx",
+                                        "Out 1: drawRect"}));
     view.setFitorAcutalImage(2);
-    lines.clear();
+    trace.clear();
     drawn(view);
-    EXPECT_EQ(lines[2], "ACTUAL_IMAGE tx=5");
+    EXPECT_EQ(trace.entries().at(2), "    5: ACTUAL_IMAGE tx");
 }
 
 class ImageViewFiles : public ::testing::Test {

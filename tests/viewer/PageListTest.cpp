@@ -209,7 +209,6 @@ TEST_F(PageList, AScratchFileThatCannotBeReadBackIsAFailure) {
     std::filesystem::remove_all(scratchRoot()); // the write fails silently
     host().freeSpaceBytes = [](const std::string&) { return std::optional(INT64_MAX); };
     startTrace();
-    log_.logPath = folder_.file("trace.txt");
     list();
     EXPECT_TRUE(controller_.cellInfos.empty());
     EXPECT_EQ(alerts_.size(), 1U);

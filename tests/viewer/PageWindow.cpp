@@ -4,8 +4,6 @@
 #include "platform/host/Host.h"
 #include "platform/places/Places.h"
 
-#include <QStringDecoder>
-
 #include <algorithm>
 #include <cstdlib>
 
@@ -51,7 +49,6 @@ PageWindow::PageWindow() {
 PageWindow::~PageWindow() {
     setAlertPresenter({});
     host() = realHost();
-    gOutputLog = nullptr;
 }
 
 std::string PageWindow::addPath(const std::string& path) {
@@ -77,23 +74,11 @@ QImage PageWindow::grabView() {
 }
 
 void PageWindow::startTrace() {
-    log_.logPath = scratch_.file("trace.txt");
-    log_.debugLevel = 1;
-    gOutputLog = &log_;
+    trace_.emplace();
 }
 
 std::vector<std::string> PageWindow::traced() const {
-    const Bytes bytes = readBytes(log_.logPath);
-    QStringDecoder decoder(QStringDecoder::Utf16LE, QStringDecoder::Flag::ConvertInitialBom);
-    QString text = decoder.decode(QByteArrayView(reinterpret_cast<const char*>(bytes.data()),
-                                                 static_cast<qsizetype>(bytes.size())));
-    text.remove(QChar(0xFEFF));
-    std::vector<std::string> lines;
-    for (const QString& line : text.split('\n', Qt::SkipEmptyParts)) {
-        const qsizetype entry = line.indexOf(" ==> ");
-        lines.push_back(line.mid(entry + 5).toStdString());
-    }
-    return lines;
+    return trace_->entries();
 }
 
 std::vector<std::string> PageWindow::tracedTexts(const std::string& operation) const {

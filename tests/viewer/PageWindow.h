@@ -2,8 +2,8 @@
 #pragma once
 
 #include "ViewerTestFiles.h"
-#include "base/CvOutputLog.h"
 #include "controller/AppDelegate.h"
+#include "tests/support/TraceRecording.h"
 #include "viewer/ImageView.h"
 
 #include <QScrollArea>
@@ -12,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -40,7 +41,7 @@ protected:
     AppDelegate controller_;
     QSplitter window_;
     std::vector<std::string> alerts_;
-    CvOutputLog log_;
+    std::optional<testing_support::TraceRecording> trace_;
 };
 
 } // namespace paperline

@@ -1,4 +1,4 @@
-#include "viewer/PageListing.h"
+#include "viewer/PageListRules.h"
 
 namespace paperline {
 

@@ -1,4 +1,4 @@
-#include "app/LaunchTexts.h"
+#include "app/SettingsFile.h"
 
 #include "platform/files/Files.h"
 #include "platform/host/Host.h"
@@ -14,16 +14,16 @@ namespace paperline {
 namespace {
 
 // A bundle with two languages; a user who prefers German and has no settings of their own.
-class LaunchTextsTest : public testing::Test {
+class SettingsFileTest : public testing::Test {
 protected:
-    LaunchTextsTest() {
+    SettingsFileTest() {
         setenv("XDG_DATA_HOME", (root_ + "/data").c_str(), 1);
         host().preferredLanguages = [this] { return preferred_; };
         EXPECT_TRUE(createFolderWithParents(bundle_ + "/Contents/MACOS"));
         writeTexts("de.lproj", "Scanner werden gesucht");
         writeTexts("ja.lproj", "検索中");
     }
-    ~LaunchTextsTest() override {
+    ~SettingsFileTest() override {
         host() = realHost();
         unsetenv("XDG_DATA_HOME");
     }
@@ -43,24 +43,24 @@ protected:
     std::vector<std::string> preferred_{"de-DE", "ja-JP"};
 };
 
-TEST_F(LaunchTextsTest, SpeakTheSystemsLanguageBeforeTheFirstSettings) {
+TEST_F(SettingsFileTest, SpeakTheSystemsLanguageBeforeTheFirstSettings) {
     EXPECT_EQ(launchLanguage(bundle_, 7), 5);
     EXPECT_EQ(launchText(bundle_, 7, "Look"), "Scanner werden gesucht");
 }
 
-TEST_F(LaunchTextsTest, SpeakTheLanguageOfTheSettings) {
+TEST_F(SettingsFileTest, SpeakTheLanguageOfTheSettings) {
     writeSettings({{"Language", PropertyListValue(int64_t{3})}});
     EXPECT_EQ(launchText(bundle_, 7, "Look"), "検索中");
 }
 
-TEST_F(LaunchTextsTest, AreEnglishForSettingsBeyondTheTable) {
+TEST_F(SettingsFileTest, AreEnglishForSettingsBeyondTheTable) {
     writeSettings({{"Language", PropertyListValue(int64_t{27})}});
     EXPECT_EQ(launchLanguage(bundle_, 7), 0);
     writeSettings({{"ScannerName", PropertyListValue(std::string("Scan One"))}});
     EXPECT_EQ(launchLanguage(bundle_, 7), 0);
 }
 
-TEST_F(LaunchTextsTest, AreEnglishWhereTheBrandDoesNotOfferTheSystemsLanguage) {
+TEST_F(SettingsFileTest, AreEnglishWhereTheBrandDoesNotOfferTheSystemsLanguage) {
     preferred_ = {"ja-JP"};
     EXPECT_EQ(launchLanguage(bundle_, 7), 3);
     EXPECT_EQ(launchLanguage(bundle_, 2), 0);
@@ -68,7 +68,7 @@ TEST_F(LaunchTextsTest, AreEnglishWhereTheBrandDoesNotOfferTheSystemsLanguage) {
     EXPECT_EQ(launchLanguage(bundle_, 7), 0);
 }
 
-TEST_F(LaunchTextsTest, AreTheKeyWhereTheLanguageHasNone) {
+TEST_F(SettingsFileTest, AreTheKeyWhereTheLanguageHasNone) {
     EXPECT_EQ(launchText(bundle_, 7, "Unknown"), "Unknown");
     writeSettings({{"Language", PropertyListValue(int64_t{6})}});
     EXPECT_EQ(launchText(bundle_, 7, "Look"), "Look");

@@ -1,4 +1,4 @@
-#include "ui/SaveFolderChoice.h"
+#include "ui/SaveFolderText.h"
 
 #include <gtest/gtest.h>
 
