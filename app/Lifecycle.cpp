@@ -3,9 +3,8 @@
 
 #include "base/BrandProfile.h"
 #include "base/CvOutputLog.h"
-#include "output/PageNaming.h"
+#include "output/KeptPages.h"
 #include "output/ScratchNames.h"
-#include "output/StagedPages.h"
 #include "platform/desktop/Alert.h"
 #include "platform/desktop/MainLoop.h"
 #include "platform/files/Files.h"

@@ -5,9 +5,8 @@
 #include "app/Watchdog.h"
 #include "base/FileFormats.h"
 #include "controller/AppDelegate.h"
-#include "output/PageNaming.h"
+#include "output/KeptPages.h"
 #include "output/ScratchNames.h"
-#include "output/StagedPages.h"
 #include "platform/desktop/Alert.h"
 #include "platform/desktop/MainLoop.h"
 #include "platform/files/Descriptor.h"
@@ -177,12 +176,7 @@ bool scanToTheEnd(AppDelegate& controller, int timeoutSeconds) {
 
 // Pages staged for a multi-page file move to a folder of the user's.
 void keepPagesInNoFile() {
-    const std::string name = formatDate({.secondsSinceEpoch = host().secondsSinceEpoch(),
-                                         .localeIdentifier = host().localeIdentifier(),
-                                         .timeZone = {}},
-                                        keptPagesNamePattern);
-    const std::string root = appendPathComponent(userDataFolder(), keptPagesFolderName);
-    for (const KeptPages& kept : keepAllPages(scratchPath(stagingFolderName), root, name)) {
+    for (const KeptPages& kept : keepAllPages(scratchPath(stagingFolderName), keptFolderForNow())) {
         if (!kept.folder.empty())
             systemLog("paperline: pages that are in no file yet are kept in " + kept.folder);
         if (!kept.leftFolder.empty())

@@ -188,11 +188,6 @@ public:
     void keepStagedPages();
     void keepPagesOfEarlierRuns(); // in this scratch root, and in those of ended commands
     void tellKeptPages();          // says where they are, once
-    // Moves a joined file ("/tmp/CorvaneTempImage/TmpImage.pdf") to multiPageTargetPath. A name
-    // taken meanwhile makes it the next free number, with the list's paths following.
-    bool moveJoinedFile(const std::string& joinedName);
-    // The batch's file is complete under its name: its staged pages go, and the observer is told.
-    void finishMultiPageFile();
     // After the last page: joins the staged pages and moves the result to its name. False, after
     // its message: the scan ends without showing results. True at once for single-page formats.
     bool joinMultiPageFile();

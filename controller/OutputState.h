@@ -1,8 +1,6 @@
 // State of naming and saving.
 #pragma once
 
-#include "platform/files/PageFile.h"
-
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -30,17 +28,8 @@ struct OutputState {
     uint32_t dwPreImageSize = 0;
     uint32_t nPreBitsPixel = 0;
 
-    // Set by the dispatch while a writer runs: the next free name when the one it was given was
-    // taken between search and write.
-    NextPagePath nextPagePath;
-    // Where the last page went that a writer wrote, and whether it is whole. The writers' codes do
-    // not tell.
-    PageWrite lastPageWrite;
     // The multi-page file being built, as far as its staged pages tell.
     SavedFile multiPageFile;
-    // Pages of the staging folder that its join left out. They are in no file, and stay where they
-    // are.
-    std::vector<std::string> pagesLeftOut;
     std::vector<std::string> keptPagesFolders; // where unsaved pages are, until the user is told
 
     // Told about every file of the user's that is really complete; the command line prints them.

@@ -1,20 +1,20 @@
-// What happens around the joining of a multi-page file: its final name, its report, and the pages
-// of a file that did not come to be.
+// The end of a batch: joins the file of several pages and keeps the pages that are in no file.
 #include "base/BrandProfile.h"
 #include "base/CvOutputLog.h"
 #include "base/FileFormats.h"
 #include "controller/AppDelegate.h"
+#include "output/JoinedFiles.h"
+#include "output/KeptPages.h"
 #include "output/PageNaming.h"
 #include "output/ScratchNames.h"
-#include "output/StagedPages.h"
 #include "platform/files/FileContent.h"
 #include "platform/files/Files.h"
 #include "platform/files/PathText.h"
-#include "platform/host/DatePatterns.h"
-#include "platform/host/Host.h"
+#include "platform/files/WriteFailure.h"
 #include "platform/places/Places.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -25,27 +25,7 @@ namespace {
 
 constexpr const char* joinedPagesName = "/tmp/CorvaneTempImage/JoinedPages";
 
-std::string keptRoot() {
-    return appendPathComponent(userDataFolder(), keptPagesFolderName);
-}
-
-std::string folderNameForNow() {
-    return formatDate({.secondsSinceEpoch = host().secondsSinceEpoch(),
-                       .localeIdentifier = host().localeIdentifier(),
-                       .timeZone = {}},
-                      keptPagesNamePattern);
-}
-
-// Also by a link that leads nowhere.
-bool isNameTaken(const std::string& path) {
-    if (fileExists(path))
-        return true;
-    const std::vector<std::string> names = folderEntries(folderOfPath(path));
-    return std::find(names.begin(), names.end(), lastPathComponent(path)) != names.end();
-}
-
-// The next free number for the batch's file. The counter has already passed the batch, and passes
-// the new number too.
+// The next free number for the batch's file. The counter moves past it.
 std::string nextTargetPath(AppDelegate& controller) {
     const FileFormat* format = fileFormatOf(controller.multiPageFile.fileFormat);
     const PageNamePattern pattern{controller.createFolerprofileFolderName,
@@ -60,7 +40,7 @@ std::string nextTargetPath(AppDelegate& controller) {
     return name.path;
 }
 
-// Paths of a batch that never became a file would fail the next building of rows.
+// The page list cannot be built with paths of a file that was never written.
 void dropMissingBatchPaths(AppDelegate& controller) {
     std::vector<std::string>& paths = controller.imageFilePath;
     const auto isMissing = [](const std::string& path) {
@@ -76,94 +56,111 @@ void noteKeptPages(AppDelegate& controller, const KeptPages& kept) {
             controller.keptPagesFolders.push_back(folder);
 }
 
-// A joiner's result below 0 ends the scan; only a full disk has a message.
-bool isJoined(AppDelegate& controller, int32_t result) {
-    if (result == -2)
-        controller.showNoEnoughDiskSpaceMessage();
-    return result >= 0;
+bool reportNoSpace(AppDelegate& controller, const std::string& path, const std::string& reason) {
+    reportUnwritten("joinMultiPageFile", {PageWriteResult::notOpened, path, reason});
+    controller.showNoEnoughDiskSpaceMessage();
+    return false;
 }
 
-// The staged pages that are in their file now. In one step, as long as the joiner left none out:
-// removing many takes a while, and whatever ends the process meanwhile must not leave some that
-// would be kept as pages without a file.
-void setJoinedPagesAside(const std::vector<std::string>& pagesLeftOut) {
+// False ends the scan. Only -2 has a message, and one joiner reports a missing file by no code.
+bool isJoined(AppDelegate& controller, const JoinOutcome& joined, const std::string& path) {
+    if (joined.code == -2)
+        return reportNoSpace(controller, path, joined.reason);
+    if (!joined.reason.empty())
+        reportUnwritten("joinMultiPageFile", {PageWriteResult::notOpened, path, joined.reason});
+    return joined.code >= 0;
+}
+
+// Empties the staging folder of the pages that are in their file. If possible in one step, before
+// they are deleted: when the process ends meanwhile, the next one must not keep them as unsaved.
+void setJoinedPagesAside(const std::vector<std::string>& leftOut) {
     const std::string staging = scratchPath(stagingFolderName);
     const std::string aside = scratchPath(joinedPagesName);
     removePath(aside);
-    if (pagesLeftOut.empty() && moveScratchFile(staging, aside)) {
+    if (leftOut.empty() && moveScratchFile(staging, aside)) {
         if (!createPrivateFolder(staging))
             traceText("temporary folder not made", staging);
         return;
     }
     for (const std::string& page : folderEntries(staging))
-        if (std::find(pagesLeftOut.begin(), pagesLeftOut.end(), page) == pagesLeftOut.end())
+        if (std::find(leftOut.begin(), leftOut.end(), page) == leftOut.end())
             removePath(appendPathComponent(staging, page));
 }
 
-// A join that gave no file, and said nothing, leaves nothing to be moved.
-bool moveToTarget(AppDelegate& controller, const char* joinedName) {
-    if (!fileExists(scratchPath(joinedName)))
-        return true;
-    if (!controller.moveJoinedFile(joinedName)) {
-        controller.showNoEnoughDiskSpaceMessage();
-        return false;
+// A name taken meanwhile makes it the next free number, also in the page list. Empty, or why the
+// file could not be moved.
+std::string moveToTarget(AppDelegate& controller, const std::string& joined) {
+    TraceScope trace("moveJoinedFile");
+    while (!moveFile(joined, multiPageTargetPath)) {
+        if (errno != EEXIST)
+            return writeFailureText(errno);
+        const std::string next = nextTargetPath(controller);
+        std::vector<std::string>& paths = controller.imageFilePath;
+        std::replace(paths.begin(), paths.end(), multiPageTargetPath, next);
+        multiPageTargetPath = next;
     }
+    return {};
+}
+
+void finishFile(AppDelegate& controller, const std::vector<std::string>& leftOut) {
+    TraceScope trace("finishMultiPageFile");
+    setJoinedPagesAside(leftOut);
+    SavedFile file = std::exchange(controller.multiPageFile, {});
+    file.pages -= static_cast<int>(leftOut.size());
+    file.path = multiPageTargetPath;
+    if (controller.savedFileObserver && file.pages > 0)
+        controller.savedFileObserver(file);
+    removePath(scratchPath(joinedPagesName));
+}
+
+bool placeFile(AppDelegate& controller, const JoinOutcome& joined, const char* joinedName) {
+    if (!isJoined(controller, joined, multiPageTargetPath))
+        return false;
+    const std::string path = scratchPath(joinedName);
+    if (!fileExists(path))
+        return true;
+    const std::string failure = moveToTarget(controller, path);
+    if (!failure.empty())
+        return reportNoSpace(controller, multiPageTargetPath, failure);
     if (controller.profileFileformatSelect == formatMultiPagePdf)
         controller.replacePDFProducer(multiPageTargetPath, controller.scannerName);
-    controller.finishMultiPageFile();
+    finishFile(controller, joined.leftOut);
     return true;
 }
 
-bool joinPdf(AppDelegate& controller) {
-    return isJoined(controller, controller.CreateMPDF(scratchPath(stagingFolderName))) &&
-           moveToTarget(controller, joinedPdfName);
-}
-
-// The copy that the page list shows; it ends with the program, unlike the user's file. An older one
-// of the same number may stand there: the counter starts anew with the program.
-bool joinTiffForList(AppDelegate& controller) {
+// The copy that the page list shows is deleted with the program's scratch folder. An earlier run
+// may have left one of the same number.
+bool placeListCopy(AppDelegate& controller) {
     const std::string joined = scratchPath(joinedTiffName);
-    if (!isJoined(controller, controller.mergeTiffImage(scratchPath(listStagingFolderName))))
+    if (!isJoined(
+            controller, joinTiffAt300Dpi(scratchPath(listStagingFolderName)), multiTiffListPath))
         return false;
     if (!fileExists(joined))
         return true;
     removePath(multiTiffListPath);
-    if (moveScratchFile(joined, multiTiffListPath))
-        return true;
-    controller.showNoEnoughDiskSpaceMessage();
-    return false;
-}
-
-bool joinTiff(AppDelegate& controller) {
-    const std::string staging = scratchPath(stagingFolderName);
-    const int32_t result = brandProfile(gBrandNumber).copiesTiffPages
-                               ? controller.mergeTiffImageEx(staging)
-                               : controller.mergeTiffImage(staging);
-    return isJoined(controller, result) && moveToTarget(controller, joinedTiffName) &&
-           joinTiffForList(controller);
+    return moveScratchFile(joined, multiTiffListPath) ||
+           reportNoSpace(controller, multiTiffListPath, writeFailureText(errno));
 }
 
 } // namespace
 
 void AppDelegate::keepStagedPages() {
     TraceScope trace("keepStagedPages");
-    noteKeptPages(*this,
-                  keepStaged(scratchPath(stagingFolderName), keptRoot(), folderNameForNow()));
+    noteKeptPages(*this, keepStaged(scratchPath(stagingFolderName), keptFolderForNow()));
     dropMissingBatchPaths(*this);
 }
 
 void AppDelegate::keepPagesOfEarlierRuns() {
     TraceScope trace("keepPagesOfEarlierRuns");
-    const std::string name = folderNameForNow();
-    const std::string staging = scratchPath(stagingFolderName);
-    for (const KeptPages& kept : keepAllPages(staging, keptRoot(), name))
-        noteKeptPages(*this, kept);
+    const std::string kept = keptFolderForNow();
+    for (const KeptPages& pages : keepAllPages(scratchPath(stagingFolderName), kept))
+        noteKeptPages(*this, pages);
     const std::string stagingBelowRoot =
         std::string(stagingFolderName).substr(std::string_view(scratchVolume).size());
     for (const ProcessScratch& scratch : takeAbandonedScratchRoots()) {
         const std::string abandoned = scratch.folder + stagingBelowRoot;
-        for (const KeptPages& kept : keepAllPages(abandoned, keptRoot(), name))
-            noteKeptPages(*this, kept);
+        for (const KeptPages& pages : keepAllPages(abandoned, kept))
+            noteKeptPages(*this, pages);
         if (removeAllButPages(abandoned))
             removePath(scratch.folder);
     }
@@ -178,37 +175,18 @@ void AppDelegate::tellKeptPages() {
         showPagesKeptMessage(folders);
 }
 
-bool AppDelegate::moveJoinedFile(const std::string& joinedName) {
-    TraceScope trace("moveJoinedFile");
-    const std::string joined = scratchPath(joinedName);
-    while (!moveFile(joined, multiPageTargetPath)) {
-        if (!fileExists(joined) || !isNameTaken(multiPageTargetPath))
-            return false;
-        const std::string next = nextTargetPath(*this);
-        std::replace(imageFilePath.begin(), imageFilePath.end(), multiPageTargetPath, next);
-        multiPageTargetPath = next;
-    }
-    return true;
-}
-
-void AppDelegate::finishMultiPageFile() {
-    TraceScope trace("finishMultiPageFile");
-    setJoinedPagesAside(pagesLeftOut);
-    multiPageFile.pages -= static_cast<int>(pagesLeftOut.size());
-    multiPageFile.path = multiPageTargetPath;
-    if (savedFileObserver && multiPageFile.pages > 0)
-        savedFileObserver(multiPageFile);
-    multiPageFile = {};
-    removePath(scratchPath(joinedPagesName));
-}
-
 bool AppDelegate::joinMultiPageFile() {
     const FileFormat* format = fileFormatOf(profileFileformatSelect);
     if (format == nullptr || !format->isMultiPage)
         return true;
     TraceScope trace("joinMultiPageFile");
-    pagesLeftOut.clear();
-    return format->code == formatMultiPagePdf ? joinPdf(*this) : joinTiff(*this);
+    const std::string staging = scratchPath(stagingFolderName);
+    if (format->code == formatMultiPagePdf)
+        return placeFile(*this, joinPdf(staging), joinedPdfName);
+    const JoinOutcome joined = brandProfile(gBrandNumber).copiesTiffPages
+                                   ? joinTiffUnchanged(staging)
+                                   : joinTiffAt300Dpi(staging);
+    return placeFile(*this, joined, joinedTiffName) && placeListCopy(*this);
 }
 
 } // namespace paperline

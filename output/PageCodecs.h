@@ -5,6 +5,7 @@
 
 #include "codecs/pixels/BitmapImageRep.h"
 #include "codecs/pixels/Geometry.h"
+#include "codecs/pixels/PageJoiner.h"
 #include "output/Resolution.h"
 
 #include <cstdint>
@@ -19,23 +20,6 @@ namespace paperline {
 // The library's quality that stands for the compression factor 0.25 of saved pages: the lowest that
 // leaves small print readable, coloured print included (measured; docs/formats.md has the table).
 inline constexpr int jpegQuality = 70;
-
-// Gathers page files into one file. What is not finished leaves no file.
-class PageJoiner {
-public:
-    enum class Added { yes, unreadable, outputFailed };
-
-    PageJoiner() = default;
-    virtual ~PageJoiner() = default;
-    PageJoiner(const PageJoiner&) = delete;
-    PageJoiner& operator=(const PageJoiner&) = delete;
-
-    // Appends the page (a TIFF's first one). An unreadable file adds nothing and may be tried
-    // again.
-    [[nodiscard]] virtual Added add(const std::string& pageFile) = 0;
-    // Completes the file under its name. False: it could not be written, and none is there.
-    [[nodiscard]] virtual bool finish() = 0;
-};
 
 // A PDF file whose pages can be drawn into another.
 class PdfSource {

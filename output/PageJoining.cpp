@@ -1,5 +1,7 @@
 #include "output/PageJoining.h"
 
+#include "base/CvOutputLog.h"
+
 #include <algorithm>
 #include <chrono>
 #include <thread>
@@ -8,27 +10,13 @@ namespace paperline {
 
 namespace {
 
-// Retries in a row before each further one waits a little, so that waiting does not take a whole
-// processor.
+// After so many failures in a row every further attempt waits, to leave the processor to others.
 constexpr unsigned promptRetries = 10000;
 constexpr auto retryPause = std::chrono::milliseconds(5);
 
-void tell(const std::function<void()>& step) {
-    if (step)
-        step();
-}
-
-PageJoiner::Added
-addEntry(PageJoiner& joiner, const std::string& pageFile, const JoinSteps& steps) {
-    tell(steps.loading);
-    const PageJoiner::Added result = joiner.add(pageFile);
-    if (result == PageJoiner::Added::yes) {
-        tell(steps.loaded);
-        tell(steps.added);
-    } else if (result == PageJoiner::Added::unreadable) {
-        tell(steps.retrying);
-    }
-    return result;
+void write(const JoinTrace& trace, const char* line) {
+    if (trace.operation != nullptr)
+        traceLine(trace.operation, line);
 }
 
 } // namespace
@@ -38,41 +26,32 @@ std::vector<std::string> sortedNames(std::vector<std::string> names) {
     return names;
 }
 
-bool joinRetrying(PageJoiner& joiner,
-                  const std::string& folder,
-                  const std::vector<std::string>& names,
-                  const JoinSteps& steps) {
+std::optional<std::vector<std::string>> joinPages(PageJoiner& joiner,
+                                                  const std::string& folder,
+                                                  const std::vector<std::string>& names,
+                                                  UnreadablePages unreadable,
+                                                  const JoinTrace& trace) {
+    std::vector<std::string> leftOut;
     unsigned failuresInARow = 0;
     for (size_t i = 0; i < names.size();) {
-        switch (addEntry(joiner, folder + "/" + names[i], steps)) {
+        write(trace, trace.loading);
+        switch (joiner.add(folder + "/" + names[i])) {
         case PageJoiner::Added::yes:
+            for (const char* line : trace.added)
+                write(trace, line);
             failuresInARow = 0;
             ++i;
             break;
         case PageJoiner::Added::outputFailed:
-            return false;
+            return std::nullopt;
         case PageJoiner::Added::unreadable:
-            if (failuresInARow < promptRetries)
-                ++failuresInARow;
-            else
+            write(trace, trace.unreadable);
+            if (unreadable == UnreadablePages::leftOut)
+                leftOut.push_back(names[i++]);
+            else if (++failuresInARow > promptRetries)
                 std::this_thread::sleep_for(retryPause);
             break;
         }
-    }
-    return true;
-}
-
-std::optional<std::vector<std::string>> joinSkipping(PageJoiner& joiner,
-                                                     const std::string& folder,
-                                                     const std::vector<std::string>& names,
-                                                     const JoinSteps& steps) {
-    std::vector<std::string> leftOut;
-    for (const std::string& name : names) {
-        const PageJoiner::Added result = addEntry(joiner, folder + "/" + name, steps);
-        if (result == PageJoiner::Added::outputFailed)
-            return std::nullopt;
-        if (result == PageJoiner::Added::unreadable)
-            leftOut.push_back(name);
     }
     return leftOut;
 }

@@ -18,6 +18,8 @@ public:
     explicit Joiner(std::unique_ptr<PdfJoiner> joiner) : joiner_(std::move(joiner)) {}
 
     Added add(const std::string& pageFile) override {
+        if (!joiner_)
+            return Added::outputFailed;
         switch (joiner_->add(pageFile)) {
         case PdfJoiner::Added::yes:
             return Added::yes;
@@ -28,7 +30,7 @@ public:
         }
         return Added::outputFailed;
     }
-    bool finish() override { return joiner_->finish(); }
+    bool finish() override { return joiner_ && joiner_->finish(); }
 
 private:
     std::unique_ptr<PdfJoiner> joiner_;
@@ -64,7 +66,7 @@ private:
 
 std::unique_ptr<PageJoiner> openJoiner(const std::string& outputPath) {
     std::unique_ptr<PdfJoiner> joiner = PdfJoiner::open(outputPath, now());
-    return joiner ? std::make_unique<Joiner>(std::move(joiner)) : nullptr;
+    return std::make_unique<Joiner>(std::move(joiner));
 }
 
 std::unique_ptr<PdfSource> openSource(const std::string& path) {

@@ -36,8 +36,7 @@ private:
 
 PageCodecs::JoinerFactory joinerFactory(TiffJoining joining) {
     return [joining](const std::string& outputPath) -> std::unique_ptr<PageJoiner> {
-        auto joiner = std::make_unique<TiffPageJoiner>(outputPath, joining);
-        return joiner->isOpen() ? std::move(joiner) : nullptr;
+        return std::make_unique<TiffPageJoiner>(outputPath, joining);
     };
 }
 

@@ -5,7 +5,8 @@
 #include "base/CvOutputLog.h"
 #include "base/FileFormats.h"
 #include "codecs/bmp/BmpFile.h"
-#include "output/PageNaming.h"
+#include "output/PageSaving.h"
+#include "output/Resolution.h"
 #include "output/ScratchNames.h"
 #include "platform/desktop/Alert.h"
 #include "platform/desktop/Desktop.h"
@@ -106,15 +107,6 @@ void reportUnsavedPage(AppDelegate& controller, int32_t result) {
     }
 }
 
-// Staged pages have a code that tells, pages that are only shown go nowhere.
-void noteUnwrittenPage(const AppDelegate& controller, Batch& batch) {
-    const FileFormat* format = fileFormatOf(controller.profileFileformatSelect);
-    const bool goesIntoFolder =
-        format != nullptr && !format->isMultiPage && controller.mMenuFileSave != 0;
-    if (goesIntoFolder && controller.lastPageWrite.result != PageWriteResult::complete)
-        batch.unwrittenPages.push_back(controller.lastPageWrite.path);
-}
-
 // Once a scan: no page of it may be missing without a word. The command line has its own.
 void tellUnwrittenPages(const AppDelegate& controller, const std::vector<std::string>& pages) {
     constexpr size_t mostNamed = 10;
@@ -150,20 +142,18 @@ struct PageFacts {
 
 void savePage(AppDelegate& controller, Batch& batch, const PageFacts& page) {
     BitmapImageRep& bitmap = *batch.buffers.bitmap();
-    {
-        const Image image(batch.buffers.bitmap());
-        batch.saveResult = controller.saveXferDatatoMedia(bitmap,
-                                                          image,
-                                                          bitmap.bitmapData().data(),
-                                                          static_cast<float>(page.horizontalDpi),
-                                                          static_cast<float>(page.verticalDpi),
-                                                          page.info,
-                                                          page.layout.bytesPerLine);
-    }
-    if (batch.saveResult < 0) {
-        reportUnsavedPage(controller, batch.saveResult);
+    const SaveOutcome saved = saveReceivedPage(controller,
+                                               {bitmap,
+                                                Image(batch.buffers.bitmap()),
+                                                bitmap.bitmapData().data(),
+                                                reportedDpi(page.info.XResolution),
+                                                wholeDpi(static_cast<float>(page.verticalDpi))});
+    batch.saveResult = saved.code;
+    if (saved.code < 0) {
+        reportUnsavedPage(controller, saved.code);
     } else {
-        noteUnwrittenPage(controller, batch);
+        if (saved.write.result != PageWriteResult::complete)
+            batch.unwrittenPages.push_back(saved.write.path + ": " + saved.write.reason);
         keepMemoryForDisplay(controller, batch.copiedBytes);
         if (!isMultiPageFormat(controller.profileFileformatSelect) && controller.mMenuFileSave != 0)
             showNewPages(controller);

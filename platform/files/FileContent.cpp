@@ -30,7 +30,8 @@ bool copyContent(const std::string& from, const std::string& to, int openFlags, 
         return false;
     if (sync && !syncFile(target.descriptor()))
         return false;
-    return target.publish() == 0;
+    errno = target.publish();
+    return errno == 0;
 }
 
 template <typename Bytes>
@@ -62,8 +63,10 @@ std::optional<Bytes> readContent(const std::string& path, uint64_t maximumBytes)
 }
 
 bool moveContent(const std::string& from, const std::string& to, bool sync) {
-    if (statusOf(to))
+    if (statusOf(to)) {
+        errno = EEXIST;
         return false;
+    }
     // Sync the bytes before the name: a crash must not leave an empty file under it.
     if (sync) {
         const std::optional<RegularFile> source = openRegularFile(from, O_RDONLY | O_NOFOLLOW);
@@ -79,6 +82,7 @@ bool moveContent(const std::string& from, const std::string& to, bool sync) {
             return false;
         }
     } else if (failure != 0) {
+        errno = failure;
         return false;
     }
     if (sync)
@@ -95,8 +99,11 @@ Descriptor openForWriting(const std::string& path) {
     struct stat status = {};
     if (!file.isOpen() || ::fstat(file.number(), &status) != 0)
         return Descriptor();
-    if (shared && (status.st_uid != ::geteuid() || !S_ISREG(status.st_mode) || status.st_nlink > 1))
+    if (shared &&
+        (status.st_uid != ::geteuid() || !S_ISREG(status.st_mode) || status.st_nlink > 1)) {
+        errno = EPERM;
         return Descriptor();
+    }
     // After truncation ext4 flushes the new content on close, even if the file was empty. Scratch
     // files, which are removed soon, need not reach the disk.
     if (S_ISREG(status.st_mode) && status.st_size > 0 && ::ftruncate(file.number(), 0) != 0)
@@ -148,7 +155,8 @@ CreateResult createFileWhole(const std::string& path,
         if (!writeAll(file.descriptor(), bytes.subspan(begin, end - begin)))
             return CreateResult::failed;
     }
-    switch (file.publish()) {
+    errno = file.publish();
+    switch (errno) {
     case 0:
         return CreateResult::created;
     case EEXIST:

@@ -1,4 +1,5 @@
-// Reads, writes, copies and moves files. Errors are values, nothing throws. Paths are UTF-8.
+// Reads, writes, copies and moves files. Nothing throws; what writes, creates or moves a file sets
+// errno when it fails. Paths are UTF-8.
 #pragma once
 
 #include "platform/files/Descriptor.h"

@@ -86,8 +86,10 @@ void NewFile::openNamed(unsigned mode) {
 }
 
 NewFile::~NewFile() {
+    const int failure = errno; // of the write that failed
     if (!hiddenPath_.empty())
         ::unlink(hiddenPath_.c_str());
+    errno = failure;
 }
 
 int NewFile::publish() {

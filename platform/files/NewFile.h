@@ -11,7 +11,7 @@ namespace paperline {
 // one. Removed with the object unless published.
 class NewFile {
 public:
-    // `mode` is reduced by the umask.
+    // isOpen() tells whether it was created, errno why not. `mode` is reduced by the umask.
     explicit NewFile(const std::string& targetPath, unsigned mode = 0666);
     // Always under a hidden name, which replaceTarget() needs.
     struct Named {};
@@ -25,7 +25,7 @@ public:
 
     // Gives the file the target's name unless that is taken. 0, or the errno.
     [[nodiscard]] int publish();
-    // Replaces whatever has the target's name.
+    // Replaces whatever has the target's name. Sets errno on failure.
     [[nodiscard]] bool replaceTarget();
 
 private:

@@ -18,7 +18,8 @@ enum class PageWriteResult {
 
 struct PageWrite {
     PageWriteResult result = PageWriteResult::notOpened;
-    std::string path; // of the file written; after a collision not the path asked for
+    std::string path;   // of the file written; after a collision not the path asked for
+    std::string reason; // why the file is not complete; empty when it is
 };
 
 // The next free name, after another program took the last one; empty when there is none.

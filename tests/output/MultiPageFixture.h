@@ -28,7 +28,10 @@ protected:
 class FullDiskJoiner : public PageJoiner {
 public:
     Added add(const std::string&) override { return Added::yes; }
-    bool finish() override { return false; }
+    bool finish() override {
+        failure_ = "No space left on device";
+        return false;
+    }
 };
 
 } // namespace paperline

@@ -161,7 +161,7 @@ TEST_F(MultiPage, APdfPageGetsItsDocumentAtOnce) {
 
 // Each is staged under the same name.
 TEST_F(MultiPage, DocumentsThatCannotBeWrittenKeepEachTheirPage) {
-    pageCodecs().pdf = [](const std::string&) { return nullptr; };
+    pageCodecs().pdf = [](const std::string&) { return std::make_unique<FullDiskJoiner>(); };
     controller->profileFileformatSelect = formatPdf;
     for (const char* page : {"first", "second"}) {
         pageCodecs().jpeg = [page](const BitmapImageRep&, Density) {

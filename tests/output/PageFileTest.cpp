@@ -38,6 +38,7 @@ TEST_F(PageFile, AUsersFileAppearsWhole) {
     const PageWrite write = writePageFile({path("a.jpg"), false, {}}, page);
     EXPECT_EQ(write.result, PageWriteResult::complete);
     EXPECT_EQ(write.path, path("a.jpg"));
+    EXPECT_EQ(write.reason, "");
     EXPECT_EQ(readFile(path("a.jpg")), page);
 }
 
@@ -45,6 +46,7 @@ TEST_F(PageFile, ATakenNameIsNeverOverwritten) {
     ASSERT_TRUE(writeFile(path("a.jpg"), Bytes{9}));
     const PageWrite write = writePageFile({path("a.jpg"), false, {}}, page);
     EXPECT_EQ(write.result, PageWriteResult::notOpened);
+    EXPECT_EQ(write.reason, "File exists");
     EXPECT_EQ(readFile(path("a.jpg")), Bytes{9});
 }
 
@@ -76,17 +78,21 @@ TEST_F(PageFile, ScratchFilesAreReplaced) {
 }
 
 TEST_F(PageFile, AVanishedFolderIsNotOpened) {
-    EXPECT_EQ(writePageFile({path("gone/a.jpg"), false, {}}, page).result,
-              PageWriteResult::notOpened);
-    EXPECT_EQ(writePageFile({path("gone/a.jpg"), true, {}}, page).result,
-              PageWriteResult::notOpened);
+    for (const bool isScratch : {false, true}) {
+        const PageWrite write = writePageFile({path("gone/a.jpg"), isScratch, {}}, page);
+        EXPECT_EQ(write.result, PageWriteResult::notOpened);
+        EXPECT_EQ(write.reason, "the folder is gone");
+    }
 }
 
 TEST(FullDiskPage, IsIncompleteAndLeavesNothingUnderItsName) {
     const testing_support::SmallDisk disk(64);
-    EXPECT_EQ(writePageFile({disk / "a.jpg", false, {}}, Bytes(200 * 1024)).result,
-              PageWriteResult::incomplete);
-    EXPECT_TRUE(folderEntries(disk.path()).empty());
+    for (const bool isScratch : {false, true}) {
+        const PageWrite write = writePageFile({disk / "a.jpg", isScratch, {}}, Bytes(200 * 1024));
+        EXPECT_EQ(write.result, PageWriteResult::incomplete);
+        EXPECT_EQ(write.reason, disk.fullText());
+        EXPECT_EQ(folderEntries(disk.path()).empty(), !isScratch);
+    }
 }
 
 // Runs in a child with a limit on file sizes, which makes writes fail as a full disk does.
@@ -115,7 +121,9 @@ int writeAsPlainUser(const std::string& target) {
     constexpr uid_t plainUser = 65534;
     if (geteuid() == 0 && (setgid(plainUser) != 0 || setuid(plainUser) != 0))
         return 2;
-    return writePageFile({target, false, {}}, page).result == PageWriteResult::notOpened ? 0 : 1;
+    const PageWrite write = writePageFile({target, false, {}}, page);
+    return write.result == PageWriteResult::notOpened && write.reason == "Permission denied" ? 0
+                                                                                             : 1;
 }
 
 TEST_F(PageFile, AReadOnlyFolderIsNotOpened) {

@@ -44,11 +44,7 @@ TEST(PageJoining, AnEntryThatFailsAThousandTimesIsStillJoinedInItsPlace) {
         return file == "/s/2" && attempt <= 1001 ? PageJoiner::Added::unreadable
                                                  : PageJoiner::Added::yes;
     });
-    int retries = 0;
-    JoinSteps steps;
-    steps.retrying = [&retries] { ++retries; };
-    EXPECT_TRUE(joinRetrying(joiner, "/s", {"1", "2", "3"}, steps));
-    EXPECT_EQ(retries, 1000);
+    EXPECT_EQ(joinPages(joiner, "/s", {"1", "2", "3"}, UnreadablePages::retried), Names{});
     EXPECT_EQ(joiner.attempts, 1003);
     EXPECT_EQ(joiner.added, (Names{"/s/1", "/s/2", "/s/3"}));
 }
@@ -57,7 +53,7 @@ TEST(PageJoining, RetryingWaitsLongBeforeItGivesNothingUp) {
     ScriptedJoiner joiner([](const std::string&, int attempt) {
         return attempt <= 10005 ? PageJoiner::Added::unreadable : PageJoiner::Added::yes;
     });
-    EXPECT_TRUE(joinRetrying(joiner, "/s", {"1"}, {}));
+    EXPECT_EQ(joinPages(joiner, "/s", {"1"}, UnreadablePages::retried), Names{});
     EXPECT_EQ(joiner.attempts, 10006);
 }
 
@@ -65,7 +61,7 @@ TEST(PageJoining, SkippingLeavesUnreadableEntriesOut) {
     ScriptedJoiner joiner([](const std::string& file, int) {
         return file == "/s/2" ? PageJoiner::Added::unreadable : PageJoiner::Added::yes;
     });
-    EXPECT_EQ(joinSkipping(joiner, "/s", {"1", "2", "3"}, {}), Names{"2"});
+    EXPECT_EQ(joinPages(joiner, "/s", {"1", "2", "3"}, UnreadablePages::leftOut), Names{"2"});
     EXPECT_EQ(joiner.added, (Names{"/s/1", "/s/3"}));
     EXPECT_EQ(joiner.attempts, 3);
 }
@@ -74,28 +70,11 @@ TEST(PageJoining, AFailedOutputEndsBoth) {
     const auto failsAtTwo = [](const std::string& file, int) {
         return file == "/s/2" ? PageJoiner::Added::outputFailed : PageJoiner::Added::yes;
     };
-    ScriptedJoiner retrying(failsAtTwo);
-    EXPECT_FALSE(joinRetrying(retrying, "/s", {"1", "2", "3"}, {}));
-    EXPECT_EQ(retrying.attempts, 2);
-    ScriptedJoiner skipping(failsAtTwo);
-    EXPECT_FALSE(joinSkipping(skipping, "/s", {"1", "2", "3"}, {}).has_value());
-    EXPECT_EQ(skipping.attempts, 2);
-}
-
-TEST(PageJoining, TheStepsAreToldInOrder) {
-    ScriptedJoiner joiner([](const std::string&, int attempt) {
-        return attempt == 1 ? PageJoiner::Added::unreadable : PageJoiner::Added::yes;
-    });
-    Names told;
-    const auto tell = [&told](const char* step) { return [&told, step] { told.push_back(step); }; };
-    EXPECT_TRUE(joinRetrying(joiner,
-                             "/s",
-                             {"1"},
-                             {.loading = tell("in"),
-                              .loaded = tell("out"),
-                              .retrying = tell("continue"),
-                              .added = tell("added")}));
-    EXPECT_EQ(told, (Names{"in", "continue", "in", "out", "added"}));
+    for (const UnreadablePages unreadable : {UnreadablePages::retried, UnreadablePages::leftOut}) {
+        ScriptedJoiner joiner(failsAtTwo);
+        EXPECT_FALSE(joinPages(joiner, "/s", {"1", "2", "3"}, unreadable).has_value());
+        EXPECT_EQ(joiner.attempts, 2);
+    }
 }
 
 } // namespace

@@ -45,6 +45,20 @@ TEST(Moving, ReportsWhatCannotBeMoved) {
     EXPECT_EQ(textOf(folder / "from"), "content");
 }
 
+TEST(Moving, SetsErrno) {
+    const TestFolder folder;
+    const OtherFileSystem other(deviceOf(folder.path()));
+    for (const std::string& from : {folder / "from", other / "from"}) {
+        ASSERT_TRUE(put(from, "content"));
+        errno = 0;
+        EXPECT_FALSE(moveFile(from, folder / "missing/to"));
+        EXPECT_EQ(errno, ENOENT);
+        ASSERT_TRUE(put(folder / "taken", "old"));
+        EXPECT_FALSE(moveFile(from, folder / "taken"));
+        EXPECT_EQ(errno, EEXIST);
+    }
+}
+
 TEST(Moving, CopiesAcrossFileSystems) {
     const TestFolder folder;
     const OtherFileSystem other(deviceOf(folder.path()));

@@ -45,6 +45,8 @@ public:
 
     std::string operator/(const std::string& name) const { return folder_ / name; }
     const std::string& path() const { return folder_.path(); }
+    // The system's text for a write that does not fit.
+    const char* fullText() const { return mounted_ ? "No space left on device" : "File too large"; }
 
 private:
     TestFolder folder_;

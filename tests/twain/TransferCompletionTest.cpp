@@ -328,7 +328,9 @@ TEST_F(TransferCompletionTest, NamesThePagesThatAreOnNoDisk) {
     };
     scanAtOnce();
     EXPECT_THAT(alerts, ElementsAre("NoSaveImage"));
-    EXPECT_EQ(named, folder + "/nowhere/Image_00001.jpg\n" + folder + "/nowhere/Image_00003.jpg");
+    EXPECT_EQ(named,
+              folder + "/nowhere/Image_00001.jpg: the folder is gone\n" + folder +
+                  "/nowhere/Image_00003.jpg: the folder is gone");
     EXPECT_THAT(controller->imageFilePath, ElementsAre(savedPath(2, "jpg")));
     EXPECT_EQ(dsm.count(resetXfer), 0U) << "the scan went on";
     expectIdle();
@@ -345,7 +347,7 @@ TEST_F(TransferCompletionTest, NamesTenSuchPagesAtTheMost) {
     controller->createFolerprofileFolderName = folder + "/nowhere";
     scanAtOnce();
     EXPECT_EQ(std::count(named.begin(), named.end(), '\n'), 10);
-    EXPECT_TRUE(named.ends_with("/Image_00010.jpg\n…")) << named;
+    EXPECT_TRUE(named.ends_with("/Image_00010.jpg: the folder is gone\n…")) << named;
 }
 
 TEST_F(TransferCompletionTest, SaysNothingOfPagesThatWereNotToBeSaved) {
@@ -356,7 +358,6 @@ TEST_F(TransferCompletionTest, SaysNothingOfPagesThatWereNotToBeSaved) {
     scanAtOnce(); // not even the preview could be written
     controller->mMenuFileSave = 1;
     controller->profileFileformatSelect = 42; // no format: no file
-    controller->lastPageWrite = {PageWriteResult::notOpened, "of an earlier page"};
     scanAtOnce();
     EXPECT_THAT(alerts, IsEmpty());
 }

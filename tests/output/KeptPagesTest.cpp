@@ -1,4 +1,4 @@
-#include "output/StagedPages.h"
+#include "output/KeptPages.h"
 
 #include "platform/files/FileContent.h"
 #include "platform/files/Files.h"
@@ -17,7 +17,7 @@ namespace {
 
 using Bytes = std::vector<uint8_t>;
 
-class StagedPages : public testing::Test {
+class KeptPagesTest : public testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(createFolder(path("MultiImage"))); }
     std::string path(const std::string& name) const { return folder_ + "/" + name; }
@@ -25,10 +25,10 @@ protected:
     const std::string& folder_ = testFolder_.path();
 };
 
-TEST_F(StagedPages, MoveToAFolderOfTheUsers) {
+TEST_F(KeptPagesTest, MoveToAFolderOfTheUsers) {
     ASSERT_TRUE(writeFile(path("MultiImage/Image_00001.jpg"), Bytes{1}));
     ASSERT_TRUE(writeFile(path("MultiImage/Image_00002.jpg"), Bytes{2}));
-    const KeptPages kept = keepPages(path("MultiImage"), path("data/Kept Pages"), "now");
+    const KeptPages kept = keepPages(path("MultiImage"), path("data/Kept Pages/now"));
     EXPECT_EQ(kept.folder, path("data/Kept Pages/now"));
     EXPECT_EQ(kept.moved, 2U);
     EXPECT_EQ(kept.failed, 0U);
@@ -37,26 +37,26 @@ TEST_F(StagedPages, MoveToAFolderOfTheUsers) {
     EXPECT_TRUE(folderEntries(path("MultiImage")).empty());
 }
 
-TEST_F(StagedPages, NoPagesMakeNoFolder) {
-    const KeptPages kept = keepPages(path("MultiImage"), path("kept"), "now");
+TEST_F(KeptPagesTest, NoPagesMakeNoFolder) {
+    const KeptPages kept = keepPages(path("MultiImage"), path("kept/now"));
     EXPECT_EQ(kept.folder, "");
     EXPECT_FALSE(fileExists(path("kept")));
-    EXPECT_EQ(keepPages(path("missing"), path("kept"), "now").folder, "");
+    EXPECT_EQ(keepPages(path("missing"), path("kept/now")).folder, "");
 }
 
-TEST_F(StagedPages, ASecondBatchOfTheSameMomentGetsAFolderOfItsOwn) {
+TEST_F(KeptPagesTest, ASecondBatchOfTheSameMomentGetsAFolderOfItsOwn) {
     ASSERT_TRUE(writeFile(path("MultiImage/a"), Bytes{1}));
-    (void)keepPages(path("MultiImage"), path("kept"), "now");
+    (void)keepPages(path("MultiImage"), path("kept/now"));
     ASSERT_TRUE(writeFile(path("MultiImage/a"), Bytes{2}));
-    EXPECT_EQ(keepPages(path("MultiImage"), path("kept"), "now").folder, path("kept/now 2"));
+    EXPECT_EQ(keepPages(path("MultiImage"), path("kept/now")).folder, path("kept/now 2"));
     EXPECT_EQ(readFile(path("kept/now/a")), Bytes{1});
     EXPECT_EQ(readFile(path("kept/now 2/a")), Bytes{2});
 }
 
-TEST_F(StagedPages, WithoutAFolderThePagesStayWhereTheyAre) {
+TEST_F(KeptPagesTest, WithoutAFolderThePagesStayWhereTheyAre) {
     ASSERT_TRUE(writeFile(path("MultiImage/a"), Bytes{1}));
     ASSERT_TRUE(writeFile(path("kept"), Bytes{0})); // a file stands in the folder's place
-    const KeptPages kept = keepPages(path("MultiImage"), path("kept"), "now");
+    const KeptPages kept = keepPages(path("MultiImage"), path("kept/now"));
     EXPECT_EQ(kept.folder, "");
     EXPECT_EQ(kept.failed, 1U);
     EXPECT_EQ(kept.leftFolder, path("MultiImage"));
@@ -64,11 +64,11 @@ TEST_F(StagedPages, WithoutAFolderThePagesStayWhereTheyAre) {
 }
 
 // No file system takes a new folder there, not even from root.
-constexpr const char* readOnlyPlace = "/proc/Kept Pages";
+constexpr const char* readOnlyPlace = "/proc/Kept Pages/now";
 
-TEST_F(StagedPages, ThatCannotBeMovedAreSetAsideForTheNextBatch) {
+TEST_F(KeptPagesTest, ThatCannotBeMovedAreSetAsideForTheNextBatch) {
     ASSERT_TRUE(writeFile(path("MultiImage/a"), Bytes{1}));
-    const KeptPages kept = keepStaged(path("MultiImage"), readOnlyPlace, "now");
+    const KeptPages kept = keepStaged(path("MultiImage"), readOnlyPlace);
     EXPECT_EQ(kept.folder, "");
     EXPECT_EQ(kept.leftFolder, path("MultiImage now"));
     EXPECT_EQ(kept.failed, 1U);
@@ -77,13 +77,12 @@ TEST_F(StagedPages, ThatCannotBeMovedAreSetAsideForTheNextBatch) {
     // The next batch, within the same second.
     ASSERT_TRUE(createFolder(path("MultiImage")));
     ASSERT_TRUE(writeFile(path("MultiImage/a"), Bytes{2}));
-    EXPECT_EQ(keepStaged(path("MultiImage"), readOnlyPlace, "now").leftFolder,
-              path("MultiImage now 2"));
+    EXPECT_EQ(keepStaged(path("MultiImage"), readOnlyPlace).leftFolder, path("MultiImage now 2"));
     EXPECT_EQ(readFile(path("MultiImage now/a")), Bytes{1});
     EXPECT_EQ(readFile(path("MultiImage now 2/a")), Bytes{2});
 }
 
-TEST_F(StagedPages, ThatFitNowhereAreLeftWhileTheOthersAreKept) {
+TEST_F(KeptPagesTest, ThatFitNowhereAreLeftWhileTheOthersAreKept) {
     // On another file system: within one a move needs no room.
     const testing_support::TestFolder elsewhere("/dev/shm");
     const std::string staging = elsewhere / "MultiImage";
@@ -92,7 +91,7 @@ TEST_F(StagedPages, ThatFitNowhereAreLeftWhileTheOthersAreKept) {
     ASSERT_TRUE(writeFile(staging + "/small", Bytes(1'000, 2)));
     testing_support::inChild([&staging] { // which may have to limit itself
         const testing_support::SmallDisk disk(256);
-        const KeptPages kept = keepStaged(staging, disk / "kept", "now");
+        const KeptPages kept = keepStaged(staging, disk / "kept/now");
         EXPECT_EQ(kept.moved, 1U);
         EXPECT_EQ(kept.failed, 1U);
         EXPECT_EQ(kept.folder, disk / "kept/now");
@@ -102,24 +101,24 @@ TEST_F(StagedPages, ThatFitNowhereAreLeftWhileTheOthersAreKept) {
     EXPECT_EQ(readFile(staging + " now/large"), Bytes(1'000'000, 1));
 }
 
-TEST_F(StagedPages, SetAsideAreTriedAgain) {
+TEST_F(KeptPagesTest, SetAsideAreTriedAgain) {
     ASSERT_TRUE(createFolder(path("MultiImage earlier")));
     ASSERT_TRUE(writeFile(path("MultiImage earlier/a"), Bytes{1}));
     ASSERT_TRUE(writeFile(path("MultiImage/a"), Bytes{2}));
-    for (const KeptPages& kept : keepAllPages(path("MultiImage"), readOnlyPlace, "now"))
+    for (const KeptPages& kept : keepAllPages(path("MultiImage"), readOnlyPlace))
         EXPECT_EQ(kept.failed, 1U);
     EXPECT_FALSE(removeAllButPages(path("MultiImage")));
     EXPECT_EQ(readFile(path("MultiImage earlier/a")), Bytes{1});
     EXPECT_EQ(readFile(path("MultiImage now/a")), Bytes{2});
 
-    for (const KeptPages& kept : keepAllPages(path("MultiImage"), path("kept"), "then"))
+    for (const KeptPages& kept : keepAllPages(path("MultiImage"), path("kept/then")))
         EXPECT_EQ(kept.failed, 0U);
     const bool inOrder = readFile(path("kept/then/a")) == Bytes{1};
     EXPECT_EQ(readFile(path(inOrder ? "kept/then/a" : "kept/then 2/a")), Bytes{1});
     EXPECT_EQ(readFile(path(inOrder ? "kept/then 2/a" : "kept/then/a")), Bytes{2});
 }
 
-TEST_F(StagedPages, AreAllThatStaysOfTheTemporaryFolder) {
+TEST_F(KeptPagesTest, AreAllThatStaysOfTheTemporaryFolder) {
     const auto root = [this](const std::string& name) { return path("root/" + name); };
     for (const char* name : {"MultiImage", "MultiImage_Scale", "MultiImage now", "MultiImage old"})
         ASSERT_TRUE(createFolderWithParents(root(name)));
@@ -136,12 +135,12 @@ TEST_F(StagedPages, AreAllThatStaysOfTheTemporaryFolder) {
     EXPECT_TRUE(removeAllButPages(root("MultiImage"))) << "nothing is there";
 }
 
-TEST_F(StagedPages, AreNeverLookedForThroughALink) {
+TEST_F(KeptPagesTest, AreNeverLookedForThroughALink) {
     ASSERT_TRUE(writeFile(path("MultiImage/mine"), Bytes{1}));
     ASSERT_TRUE(writeFile(path("letter"), Bytes{2}));
     const testing_support::TestFolder other;
     ASSERT_EQ(::symlink(folder_.c_str(), (other / "root").c_str()), 0);
-    EXPECT_TRUE(keepAllPages(other / "root/MultiImage", path("kept"), "now").empty());
+    EXPECT_TRUE(keepAllPages(other / "root/MultiImage", path("kept/now")).empty());
     EXPECT_TRUE(removeAllButPages(other / "root/MultiImage"));
     EXPECT_FALSE(fileExists(other / "root"));
     EXPECT_EQ(readFile(path("MultiImage/mine")), Bytes{1});
@@ -149,14 +148,14 @@ TEST_F(StagedPages, AreNeverLookedForThroughALink) {
 }
 
 // A folder in which nothing can be renamed: root goes without its rights for this.
-TEST_F(StagedPages, ThatCannotEvenBeSetAsideStay) {
+TEST_F(KeptPagesTest, ThatCannotEvenBeSetAsideStay) {
     ASSERT_TRUE(writeFile(path("MultiImage/a"), Bytes{1}));
     ASSERT_EQ(::chmod(path("MultiImage").c_str(), 0555), 0);
     ASSERT_EQ(::chmod(folder_.c_str(), 0555), 0);
     testing_support::inChild([this] {
         const bool isRoot = ::geteuid() == 0;
         ASSERT_TRUE(!isRoot || ::setresuid(65534, 65534, 65534) == 0);
-        const KeptPages kept = keepStaged(path("MultiImage"), readOnlyPlace, "now");
+        const KeptPages kept = keepStaged(path("MultiImage"), readOnlyPlace);
         EXPECT_EQ(kept.leftFolder, path("MultiImage"));
         EXPECT_FALSE(removeAllButPages(path("MultiImage")));
     });
