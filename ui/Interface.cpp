@@ -101,8 +101,8 @@ void joinSelectionWindow(AppDelegate& controller) {
 // Restores the window's size of the last run, as far as the screen has room, and saves it at the
 // end.
 void keepWindowSize(MainWindow& window) {
-    constexpr const char* sizeKey = "MainWindow/size";
-    constexpr const char* maximizedKey = "MainWindow/maximized";
+    static constexpr const char* sizeKey = "MainWindow/size";
+    static constexpr const char* maximizedKey = "MainWindow/maximized";
     const QString file = QString::fromStdString(userDataFolder() + "/window.ini");
     const auto remember = [&window, file] {
         QSettings settings(file, QSettings::IniFormat);
