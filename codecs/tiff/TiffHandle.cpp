@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <fcntl.h>
 #include <limits>
 #include <new>
 #include <sys/stat.h>
@@ -173,11 +172,10 @@ TiffHandle openTiffDescriptor(TiffDescriptor& file,
 }
 
 TiffFile::TiffFile(const std::string& path, tmsize_t largestAllocation)
-    : file_(openFile(path, O_RDONLY | O_NONBLOCK | O_NOCTTY)) {
-    struct stat status = {};
-    if (!file_.isOpen() || ::fstat(file_.number(), &status) != 0 || !S_ISREG(status.st_mode))
+    : file_(openRegularFile(path)) {
+    if (!file_)
         return;
-    access_.number = file_.number();
+    access_.number = file_->descriptor.number();
     tiff_ = openTiffDescriptor(access_, "rm", errors_, largestAllocation);
 }
 

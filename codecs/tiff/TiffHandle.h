@@ -52,7 +52,7 @@ public:
     bool hasErrors() const { return errors_.count > 0; }
 
 private:
-    Descriptor file_;
+    std::optional<RegularFile> file_;
     TiffErrors errors_;
     TiffDescriptor access_;
     TiffHandle tiff_;

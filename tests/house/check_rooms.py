@@ -72,6 +72,7 @@ BRAND_TESTS = re.compile("|".join((
     r"\b(?:else)?if\s*\([^)]*PAPERLINE_BRAND",  # CMake
 )))
 LONGEST_SOURCE, LONGEST_HEADER = 400, 200
+TOP_FOLDERS = {room.split("/")[0] for room in FLOOR_OF} | {"tests", "bench", "docs", "resources", "packaging"}
 CONTROLLER = "controller/AppDelegate.h"
 INCLUDE = re.compile(r'^\s*#\s*include\s+(?:"([^"]+)"|<([^>]+)>)', re.M)
 OPERATION = re.compile(r"^[\w:<>&*,\s]*?\bAppDelegate::(\w+)\(", re.M)
@@ -172,6 +173,22 @@ def build_files(root):
             for file in paths if file.exists()}
 
 
+def check_guide(root):
+    """docs/architecture.md lists exactly these rooms, and every path it names is there."""
+    guide = root / "docs/architecture.md"
+    if not guide.exists():
+        return
+    text = guide.read_text(encoding="utf-8")
+    listed = [(int(floor), room) for floor, room in re.findall(r"^\| (\d+) \| `([\w/]+)/` \|", text, re.M)]
+    wanted = [(floor, room) for floor, rooms in enumerate(FLOORS) for room in rooms]
+    for floor, room in sorted(set(listed) ^ set(wanted)):
+        yield f"docs/architecture.md: floor {floor} and {room}/ are not in both the guide and the check"
+    for path in re.findall(r"`([\w.-]+/[\w./-]*)`", text):
+        path = path.rstrip("/")
+        if path.split("/")[0] in TOP_FOLDERS and not (root / path).exists() and not list(root.glob(path + ".*")):
+            yield f"docs/architecture.md: {path} is not there"
+
+
 def main():
     files = source_files(pathlib.Path(sys.argv[1]))
     graph = graph_of({path: text for path, text in files.items() if room_of(path)})
@@ -188,6 +205,7 @@ def main():
             breaches += check_file(path, text, headers_of(text))
     for path, text in build_files(pathlib.Path(sys.argv[1])).items():
         breaches += check_brands(path, text)
+    breaches += check_guide(pathlib.Path(sys.argv[1]))
     print("\n".join(breaches))
     sys.exit(1 if breaches else 0)
 

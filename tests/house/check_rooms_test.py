@@ -5,6 +5,8 @@ import subprocess
 import sys
 import tempfile
 
+import check_rooms
+
 CHECK = pathlib.Path(__file__).with_name("check_rooms.py")
 CONTROLLER = '#include "controller/AppDelegate.h"\n'
 BREACHES = {
@@ -21,6 +23,7 @@ BREACHES = {
     "codec in what others load": ("sources/framework/A.cpp", '#include "codecs/png/PngCodec.h"\n'),
     "too long": ("viewer/A.cpp", "\n" * 401),
     "too long a header": ("viewer/A.h", "\n" * 201),
+    "a guide without the rooms": ("docs/architecture.md", "# Rooms\n"),
     "controller in a header": ("ui/A.h", CONTROLLER),
     "brand number compared": ("app/A.cpp", "    if (gBrandNumber == 2)\n"),
     "brand number compared from the right": ("ui/A.cpp", "    if (5 <= launchOptions().brand)\n"),
@@ -51,6 +54,14 @@ def check(files):
 
 failures = [name for name, file in BREACHES.items() if check([file]).returncode != 1]
 failures += [name for name, file in ALLOWED.items() if check([file]).returncode != 0]
+
+# The guide names the rooms as they are, and only paths that are there.
+GUIDE = "".join(f"| {floor} | `{room}/` | |\n" for floor, rooms in enumerate(check_rooms.FLOORS) for room in rooms)
+EVERY_ROOM = [(f"{room}/A.cpp", "\n") for room in check_rooms.FLOOR_OF]
+if check(EVERY_ROOM + [("docs/architecture.md", GUIDE + "`base/A.cpp`")]).returncode != 0:
+    failures.append("a true guide")
+if check(EVERY_ROOM + [("docs/architecture.md", GUIDE + "`base/Gone.cpp`")]).returncode != 1:
+    failures.append("a path that is not there")
 
 # The graph and the calls through the controller are printed.
 drawn = check([
