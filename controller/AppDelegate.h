@@ -126,7 +126,7 @@ public:
     // Data source language: twain/SourceLanguage.cpp (mode 1 read, 2 write)
     void ReadWriteDSLanguageSetting(int32_t mode, bool orgLanaguage);
 
-    // Naming and dispatch: output/NamingAndDispatch.cpp
+    // Naming and saving a page: output/PageSaving.cpp
     int32_t saveXferDatatoMedia(BitmapImageRep& imageRep,
                                 const Image& orgImage,
                                 uint8_t* tmppDst1,
@@ -139,14 +139,13 @@ public:
     void updateDateTimeInfo();
     bool Contains(const std::string& needle, const std::string& text) const;
 
-    // BMP: output/SaveAsBmp.cpp
+    // Writers of single pages, BMP, JPEG, PNG, GIF and TIFF: output/PageWriters.cpp
     int32_t saveAsBMPWithName(uint8_t* pixels,
                               BitmapImageRep& imageRep,
                               uint32_t xRes,
                               uint32_t yRes,
                               const std::string& fileName);
 
-    // JPEG, PNG, GIF and single TIFF: output/SaveAsJpeg.cpp
     int32_t saveAsJpegWithName(const Image& image,
                                int32_t imageType,
                                const std::string& fileName,
@@ -156,17 +155,16 @@ public:
                                         int32_t imageType,
                                         const std::string& fileName,
                                         const std::string& volumePath);
-    // A new image of exactly the target size with the source centred in it; invalid for an invalid
-    // source.
+    // Scaling: output/ScaleImage.cpp. A new image of exactly the target size with the source
+    // centred in it; invalid for an invalid source.
     Image imageByScalingProportionallyToSize(Size targetSizePoints, const Image& sourceImage);
     Image saveAsJpegWithName_scaleSize_4PDF(const Image& image); // a quarter of its size
 
-    // Multi-page TIFF: output/JoinTiff.cpp
+    // Joined TIFF and PDF files: output/JoinedFiles.cpp
     std::vector<std::string> sortArray(std::vector<std::string> names) const; // plain, ascending
     int32_t mergeTiffImage(const std::string& folder);                        // 1; -2 not written
     int32_t mergeTiffImageEx(const std::string& folder); // 1; -1 the folder is empty
 
-    // PDF: output/SaveAsPdf.cpp
     int32_t CreatePDF(const std::string& folder, const std::string& outFileName); // 1 or -2
     int32_t CreateMPDF(const std::string& folder);                                // 1 or -2
 

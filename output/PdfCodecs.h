@@ -1,4 +1,4 @@
-// The PDF members of the codec table, by platform/PdfFiles.
+// The PDF members of the codec table, by codecs/pdf/PdfFiles.h.
 #pragma once
 
 #include "output/PageCodecs.h"

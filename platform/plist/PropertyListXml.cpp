@@ -197,14 +197,15 @@ bool isXmlCharacter(char character) {
 // Writes tabs, line feeds and the names of elements as other writers of the format do.
 class Writer {
 public:
+    bool write(const PropertyListDictionary& root) { return put(root, 0); }
+    std::string xml;
+
+private:
     bool write(const PropertyListValue& value, int depth) {
         return depth < propertyListLimits.depth &&
                std::visit([&](const auto& content) { return put(content, depth); },
                           value.storage());
     }
-    std::string xml;
-
-private:
     void indent(int depth) { xml.append(static_cast<size_t>(depth), '\t'); }
 
     bool element(const char* name, std::string_view text) {
@@ -283,7 +284,7 @@ std::optional<std::string> xmlOfPropertyList(const PropertyListDictionary& root)
                  "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
                  "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
                  "<plist version=\"1.0\">\n";
-    if (!writer.write(PropertyListValue(root), 0))
+    if (!writer.write(root))
         return std::nullopt;
     writer.xml += "</plist>\n";
     return std::move(writer.xml);

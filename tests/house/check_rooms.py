@@ -127,6 +127,13 @@ def check_file(path, text, headers):
     yield from check_brands(path, text)
 
 
+def check_mentions(root, path, text):
+    """Files that a comment names are there."""
+    for named in re.findall(r"//.*?(?<![\w/.])([\w-]+(?:/[\w.-]+)*/\w+\.(?:cpp|h|py|md))\b", text):
+        if named.split("/")[0] in TOP_FOLDERS and not (root / named).exists():
+            yield f"{path}: {named} is not there"
+
+
 def check_brands(path, text):
     if BRAND_TABLE.match(path):
         return
@@ -203,6 +210,7 @@ def main():
             breaches.append(f"{path}: its folder has no floor")
         else:
             breaches += check_file(path, text, headers_of(text))
+            breaches += check_mentions(pathlib.Path(sys.argv[1]), path, text)
     for path, text in build_files(pathlib.Path(sys.argv[1])).items():
         breaches += check_brands(path, text)
     breaches += check_guide(pathlib.Path(sys.argv[1]))

@@ -24,6 +24,7 @@ BREACHES = {
     "too long": ("viewer/A.cpp", "\n" * 401),
     "too long a header": ("viewer/A.h", "\n" * 201),
     "a guide without the rooms": ("docs/architecture.md", "# Rooms\n"),
+    "a comment that names no file": ("ui/A.cpp", "// as in output/Gone.cpp\n"),
     "controller in a header": ("ui/A.h", CONTROLLER),
     "brand number compared": ("app/A.cpp", "    if (gBrandNumber == 2)\n"),
     "brand number compared from the right": ("ui/A.cpp", "    if (5 <= launchOptions().brand)\n"),

@@ -12,8 +12,8 @@ namespace paperline {
 void* lockDsmMemory(TW_HANDLE handle);
 void unlockDsmMemory(TW_HANDLE handle);
 void freeDsmMemory(TW_HANDLE handle);
-// Bytes of the block, perhaps a few more than were asked for; 0 when another maker's manager owns it
-// and does not tell.
+// Bytes of the block, perhaps a few more than were asked for; 0 when another maker's manager owns
+// it and does not tell.
 size_t dsmMemorySize(TW_HANDLE handle);
 
 } // namespace paperline

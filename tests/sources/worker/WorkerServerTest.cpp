@@ -1,6 +1,6 @@
 // The worker's half against data sources that break the rules, and its program around it.
-#include "sources/worker/WorkerProgram.h"
 #include "sources/worker/WorkerServer.h"
+#include "sources/worker/WorkerProgram.h"
 
 #include "sources/worker/Protocol.h"
 
